@@ -1,0 +1,30 @@
+# The spooler's libraries, its folders, and the one place that silences deprecation.
+# SPDX-License-Identifier: Apache-2.0
+find_program(CUPS_CONFIG cups-config)
+if(NOT CUPS_CONFIG)
+  message(FATAL_ERROR "cups-config not found: install libcups2-dev and libcupsimage2-dev")
+endif()
+
+find_library(CUPS_LIBRARY cups REQUIRED)
+find_library(CUPSIMAGE_LIBRARY cupsimage REQUIRED)
+find_path(CUPS_INCLUDE_DIR cups/cups.h REQUIRED)
+
+# Printer descriptions are the interface that the spooler offers to filters, deprecated or not.
+add_library(korvel_cups INTERFACE)
+target_link_libraries(korvel_cups INTERFACE ${CUPS_LIBRARY})
+target_include_directories(korvel_cups SYSTEM INTERFACE ${CUPS_INCLUDE_DIR})
+target_compile_options(korvel_cups INTERFACE -Wno-deprecated-declarations)
+
+add_library(korvel_cups_raster INTERFACE)
+target_link_libraries(korvel_cups_raster INTERFACE korvel_cups ${CUPSIMAGE_LIBRARY})
+
+# Where the spooler looks for filters and descriptions; override with -DKORVEL_CUPS_SERVERBIN=...
+function(korvel_cups_dir variable what)
+  execute_process(
+    COMMAND ${CUPS_CONFIG} --${what}
+    OUTPUT_VARIABLE answer
+    OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  set(${variable} ${answer} CACHE PATH "The spooler's ${what} folder")
+endfunction()
+korvel_cups_dir(KORVEL_CUPS_SERVERBIN serverbin)
+korvel_cups_dir(KORVEL_CUPS_DATADIR datadir)

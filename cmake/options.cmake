@@ -1,0 +1,30 @@
+# Flags that every target of ours compiles and links with: link korvel_options privately.
+# SPDX-License-Identifier: Apache-2.0
+add_library(korvel_options INTERFACE)
+
+# A fused multiply-add rounds once where the dots are defined by two roundings.
+target_compile_options(korvel_options INTERFACE -ffp-contract=off)
+target_include_directories(korvel_options INTERFACE ${PROJECT_SOURCE_DIR})
+
+target_compile_options(
+  korvel_options
+  INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wformat=2
+            $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast;-Wnon-virtual-dtor>)
+if(KORVEL_WERROR)
+  target_compile_options(korvel_options INTERFACE -Werror)
+endif()
+
+if(KORVEL_HARDEN)
+  target_compile_options(korvel_options INTERFACE -fstack-protector-strong
+                                                  $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+  target_link_options(korvel_options INTERFACE -pie -Wl,-z,relro -Wl,-z,now)
+endif()
+
+# korvel_library(NAME HEADERS ... SOURCES ...): one folder's library. Its headers form a header
+# set, so that the target all_verify_interface_header_sets compiles each of them alone.
+function(korvel_library name)
+  cmake_parse_arguments(arg "" "" "HEADERS;SOURCES" ${ARGN})
+  add_library(${name} STATIC ${arg_SOURCES})
+  target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
+  target_link_libraries(${name} PRIVATE korvel_options)
+endfunction()

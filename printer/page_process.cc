@@ -1,0 +1,107 @@
+// Page processing: grey page, tone, turn, mirror, halftone, negative, frame, copy.
+// Either the palette image's own halftones run or the stencil library's.
+// SPDX-License-Identifier: Apache-2.0
+#include "printer/log.h"
+#include "printer/pellam_printer.h"
+#include "tattoo/pipelines.h"
+
+int PellamPrinter::PageProcess(DitherType type, const unsigned char* src, int stride, int width,
+                               int height, unsigned char* dst) {
+  useQMDithering_ = halftoneType_ == kHalftoneTattoo || halftoneType_ == kHalftoneTattooZ4;
+  pellamLogCommon(0, "PageProcess: QM dithering is %s", useQMDithering_ ? "enabled" : "disabled");
+
+  if (!cximage_.CreateFromArray(src, static_cast<uint32_t>(width), static_cast<uint32_t>(height), 8,
+                                static_cast<uint32_t>(stride), false)) {
+    pellamLogCommon(4, "cximage.CreateFromArray with grey failed!");
+    return 0;
+  }
+  pellamLogCommon(0, "PageProcess: Successfully created CxImage from array with stride %d", stride);
+
+  if (brightness_ != 0 || contrast_ != 0) {
+    cximage_.Light(brightness_ * 5, contrast_ * 2);
+    pellamLogCommon(0, "PageProcess: Adjusted brightness to %d and contrast to %d", brightness_ * 5,
+                    contrast_ * 2);
+  }
+  if (isRotate180Print()) {
+    cximage_.Rotate180(nullptr);
+    pellamLogCommon(0, "PageProcess: Rotated the image 180 degrees");
+  }
+  if (isMirrorPrint()) {
+    cximage_.Mirror();
+    pellamLogCommon(0, "PageProcess: Mirrored the image");
+  }
+
+  if (useQMDithering_) {
+    if (!halftoneForStencil(dst, width, height, stride)) return 0;
+  } else {
+    cximage_.Dither(type);
+    cximage_.IncreaseBpp(8);
+    pimage = &cximage_;
+    pellamLogCommon(0, "PageProcess: Applied default dithering and increased bit depth");
+  }
+
+  pellamLogCommon(0, "PageProcess: negativePrint_ %d", negativePrint_ ? 1 : 0);
+  if (negativePrint_) {
+    pellamLogCommon(0, "PageProcess: Inverting the image for negative print");
+    pimage->Negative();
+  }
+  if (antiWrinkle_ != 0) EnableAntiWrink(*pimage);
+
+  // The frame may have made the image larger than twice the page.
+  const size_t capacity = 2 * static_cast<size_t>(stride) * static_cast<size_t>(height);
+  const uint32_t outStride = pimage->GetEffWidth();
+  copyProcessedPixels(pimage, dst, static_cast<int>(pimage->GetWidth()),
+                      static_cast<int>(pimage->GetHeight()), static_cast<int>(outStride), capacity);
+  const auto length = static_cast<int>(static_cast<uint32_t>(height) * outStride);
+  pellamLogCommon(0, "PageProcess: Filled the output buffer with processed pixels, length: %d",
+                  length);
+  return length;
+}
+
+// Runs a stencil halftone by way of `dst` and sets the result image. The copy lies `stride` apart
+// but is read back unpadded: on lines longer than wide the picture shears (PaddedStencilLines).
+bool PellamPrinter::halftoneForStencil(unsigned char* dst, int width, int height, int stride) {
+  copyPixels(cximage_, dst, width, height, stride);
+  pellamLogCommon(0,
+                  "PageProcess: Copied pixels to the output buffer for QM dithering, with stride "
+                  "%d, EffWidth %d",
+                  stride, static_cast<int>(cximage_.GetEffWidth()));
+  const QMImage input(width, height, QM_IMG_GRAY, dst);
+  const QMImage output =
+      halftoneType_ == kHalftoneTattooZ4 ? qmTattooDitheringZ4(input) : qmTattooDithering(input);
+  pellamLogCommon(0, "PageProcess: Applied QM dithering with stride %d, width %d",
+                  ((output.width + 3) / 4) * 4, width);
+
+  const auto columns = static_cast<uint32_t>(width);
+  const auto rows = static_cast<uint32_t>(height);
+  if (!ditheredImage_.CreateFromArray(output.data, columns, rows, 8, columns, false)) {
+    pellamLogCommon(3, "PageProcess: Failed to create a new CxImage from QM dithered data");
+    return false;
+  }
+  pellamLogCommon(0, "PageProcess: Successfully created a new CxImage from QM dithered data");
+  pimage = &ditheredImage_;
+  return true;
+}
+
+void PellamPrinter::copyPixels(CxImage& image, unsigned char* dst, int width, int height,
+                               int stride) {
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      dst[static_cast<ptrdiff_t>(y) * stride + x] = image.GetPixelIndex(x, y);
+    }
+  }
+}
+
+void PellamPrinter::copyProcessedPixels(CxImage* image, unsigned char* dst, int width, int height,
+                                        int stride, size_t capacity) {
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const size_t at =
+          static_cast<size_t>(y) * static_cast<size_t>(stride) + static_cast<size_t>(x);
+      if (at >= capacity) return;
+      const uint8_t index = image->GetPixelIndex(x, y);
+      const uint8_t level = index == 1 ? 255 : index;
+      dst[at] = isNegativePrint() ? static_cast<uint8_t>(~level) : level;
+    }
+  }
+}

@@ -1,0 +1,65 @@
+// The concrete printer: its commands, the transmission of a page's image, its status.
+// One object serves a job; the job refreshes it before every page.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_PROTOCOL_KORVEL_PRINTER_H
+#define KORVEL_PROTOCOL_KORVEL_PRINTER_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "printer/pellam_printer.h"
+#include "protocol/packet.h"
+
+// An image's size.
+struct _SIZEL {  // NOLINT(bugprone-reserved-identifier): the record's established name
+  int64_t cx;    // width in pixels
+  int64_t cy;    // height in rows
+};
+
+// 1 after a feed that leaves the media ahead of the print position, 0 after one that brings it
+// back (mode 4). Set by FeedPaper; the next page reads it.
+extern int32_t bNeedGoBack;
+
+class KorvelPrinter : public PellamPrinter {
+ public:
+  KorvelPrinter() = default;
+  ~KorvelPrinter() override = default;
+
+  // Packs the page in place and sends it; a stencil printer first feeds 12 mm.
+  void doPrintImage(const unsigned char* image, size_t bytesPerLine, size_t height,
+                    size_t width) override;
+
+  // Sends the print area, then the packed rows in packets of four. `byteCount` is the packed size
+  // of all rows; size.cy must not be 0.
+  void SendImage(int64_t byteCount, _SIZEL size, unsigned char* data);
+
+  // Tells the printer where a row's first dot lies and how many dots follow.
+  void SetPrintArea(_SIZEL size, int64_t bytesPerRow);
+
+  // A command that cannot be built for want of memory is left out without a word.
+  void PrintControl(unsigned char mode);  // 0 before a group of commands, 1 after it
+  bool SendPrintSetting();                // the print density; always true
+  void FeedPaper(int mode, int lines);    // dot lines, the low 16 bits
+  void DoPaperCut();
+  void DoFeedCutPaper();
+
+  // Waits until a reporting model is ready with paper (mask 0x00800000) or its sheet is out
+  // (0x00080000). Returns true when that was seen or the model never reports, false after 300
+  // attempts of a second or more. Passes each new status on.
+  bool WaitForPrinterStatus(int mask);
+
+  // Turns a status word into the spooler's state lines, once a change.
+  void UpdatePrinterStatus(int64_t status);
+
+  int32_t tattooPrinter_ = 0;  // non-zero for a stencil printer; the job writes it
+
+ private:
+  bool sendPacket(const _ASTRAPV2& packet);
+  bool reportsStatus() const;
+  void requestStatus();
+  bool readStatus(int64_t* status);
+
+  int64_t lastStatus_ = 0;  // the status word last passed on
+};
+
+#endif
