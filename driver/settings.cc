@@ -48,8 +48,10 @@ void readSettings(ppd_file_t* ppd, Settings* settings) {
   copyChoice(ppd, "Origin", settings->Origin);
   settings->halftoneType =
       pellamHalftoneTypeFromStr(pellamPpdGetChoiceAsStrDefault(ppd, "HalftoneType", ""));
+  // NOLINTBEGIN(bugprone-signed-char-misuse): the 8-bit value widens with its sign
   settings->MirrorImage = pellamPpdGetChoiceAsBoolDefault(ppd, "MirrorImage", 0);
   settings->NegativeImage = pellamPpdGetChoiceAsBoolDefault(ppd, "NegativeImage", 0);
+  // NOLINTEND(bugprone-signed-char-misuse)
   settings->Rotate180 = std::strcmp(settings->Origin, "Rotation180") == 0 ? 1 : 0;
   settings->AntiWrinkle = pellamPpdGetChoiceAsIntDefault(ppd, "AntiWrinkle", -1);
   settings->IsTattooPrinter = settings->AntiWrinkle != -1 ? 1 : 0;

@@ -61,6 +61,7 @@ float my_pow(float base, float exponent) {
 }
 
 int my_round(float x) {
+  // NOLINTNEXTLINE(bugprone-incorrect-roundings): the single-precision sum is the definition
   if (static_cast<double>(x) >= 0.0) return static_cast<int>(x + 0.5f);
   return static_cast<int>(x - 0.5f);
 }
