@@ -1,0 +1,52 @@
+// Owners of a descriptor and of a child process, and the channels between the two: nothing stays
+// open, and no child stays alive, behind the object that holds it.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_TOOLS_CHILD_PROCESS_H_
+#define KORVEL_TOOLS_CHILD_PROCESS_H_
+
+#include <sys/types.h>
+
+namespace korvel {
+
+class Descriptor {
+ public:
+  Descriptor() = default;
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { reset(); }
+
+  int get() const { return fd_; }
+  bool isOpen() const { return fd_ >= 0; }
+  void reset();
+  // Takes `fd` over, closed on exec and moved clear of the numbers that a filter is born with.
+  // False, with errno told, leaves this closed.
+  bool adopt(int fd);
+  bool setNonBlocking();
+
+ private:
+  int fd_ = -1;
+};
+
+// False, with errno told, when the pair cannot be made.
+bool openPipe(Descriptor* readEnd, Descriptor* writeEnd);
+bool openSocketPair(Descriptor* one, Descriptor* other);
+
+// A process that is killed and reaped when this goes.
+class Child {
+ public:
+  Child() = default;
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+  ~Child() { kill(); }
+
+  void start(pid_t pid) { pid_ = pid; }
+  bool reap(int* status);  // true once, when it has ended; its wait status
+  void kill();
+
+ private:
+  pid_t pid_ = -1;
+};
+
+}  // namespace korvel
+
+#endif
