@@ -7,7 +7,7 @@
 #include <cstddef>
 
 // Pixel layouts, named by the order of their bytes.
-enum QM_IMG_COLOR { QM_IMG_GRAY = 0, QM_IMG_BGR, QM_IMG_RGB, QM_IMG_BGRA, QM_IMG_RGBA };
+enum QM_IMG_COLOR : int { QM_IMG_GRAY = 0, QM_IMG_BGR, QM_IMG_RGB, QM_IMG_BGRA, QM_IMG_RGBA };
 
 // Owns width * height * channels bytes, never a caller's memory. Sides are not checked.
 // An allocation that fails throws std::bad_alloc.

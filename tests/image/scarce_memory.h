@@ -1,0 +1,17 @@
+// Makes the C allocator of the code under test fail, for as long as an object lives.
+// The test program links with --wrap=malloc and --wrap=calloc, so no other library notices.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_TESTS_IMAGE_SCARCE_MEMORY_H
+#define KORVEL_TESTS_IMAGE_SCARCE_MEMORY_H
+
+class ScarceMemory {
+ public:
+  ScarceMemory();
+  ~ScarceMemory();
+  ScarceMemory(const ScarceMemory&) = delete;
+  ScarceMemory& operator=(const ScarceMemory&) = delete;
+
+  int refusals() const;  // allocations refused so far
+};
+
+#endif
