@@ -1,16 +1,12 @@
-// Rows from packets, and the two file formats. In both a set bit means a printed dot at the
-// source; PBM prints set bits black as well, PNG's grey has it the other way round.
+// Rows from packets, and the two file formats.
+// A set bit is a printed dot, black in both.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/page_picture.h"
 
-#include <png.h>
-
-#include <cerrno>
-#include <cmath>
-#include <csetjmp>
 #include <cstdio>
-#include <cstring>
 #include <memory>
+
+#include "tools/png_file.h"
 
 namespace korvel {
 namespace {
@@ -38,43 +34,8 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-std::string cannotWrite(const std::string& path) {
-  return "cannot write " + path + ": " + std::strerror(errno);
-}
-
 std::string closeWritten(File file, const std::string& path) {
   return std::fclose(file.release()) == 0 ? std::string() : cannotWrite(path);
-}
-
-struct PngShape {
-  png_uint_32 width;
-  png_uint_32 height;
-  size_t rowBytes;
-  png_uint_32 dotsPerMetre;  // 0: not told
-};
-
-// The library leaves by a long jump: nothing with a destructor may live in here.
-bool encodePng(std::FILE* file, const PngShape& shape, const uint8_t* dots) {
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  if (png == nullptr) return false;
-  png_infop info = png_create_info_struct(png);
-  if (info == nullptr || setjmp(png_jmpbuf(png)) != 0) {
-    png_destroy_write_struct(&png, &info);
-    return false;
-  }
-  png_init_io(png, file);
-  png_set_user_limits(png, 0x7fffffff, 0x7fffffff);
-  png_set_IHDR(png, info, shape.width, shape.height, 1, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
-               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-  if (shape.dotsPerMetre != 0) {
-    png_set_pHYs(png, info, shape.dotsPerMetre, shape.dotsPerMetre, PNG_RESOLUTION_METER);
-  }
-  png_write_info(png, info);
-  png_set_invert_mono(png);
-  for (size_t y = 0; y < shape.height; ++y) png_write_row(png, dots + y * shape.rowBytes);
-  png_write_end(png, info);
-  png_destroy_write_struct(&png, &info);
-  return true;
 }
 
 }  // namespace
@@ -119,12 +80,8 @@ std::string PagePicture::checkShape() const {
 std::string PagePicture::writePng(const std::string& path, unsigned dpi) const {
   std::string fault = checkShape();
   if (!fault.empty()) return fault;
-  File file(std::fopen(path.c_str(), "wb"));
-  if (!file) return cannotWrite(path);
-  const PngShape shape = {static_cast<png_uint_32>(width()), static_cast<png_uint_32>(height()),
-                          rowBytes(), static_cast<png_uint_32>(std::lround(dpi / 0.0254))};
-  if (!encodePng(file.get(), shape, dots_.data())) return "cannot write " + path + " as PNG";
-  return closeWritten(std::move(file), path);
+  const PngPicture picture = {width(), height(), rowBytes(), 1, dpi, {}};
+  return writePngFile(path, picture, dots_.data());
 }
 
 std::string PagePicture::writePbm(const std::string& path) const {
