@@ -1,0 +1,345 @@
+// One poll loop plays the spooler, the backend and the printer to a real filter process.
+// The filter dies with the test that started it, whatever happens to the test.
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/support/job_runner.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kBackChannel = 3;
+constexpr int kSideChannel = 4;
+constexpr auto kBetweenReads = std::chrono::milliseconds(250);
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+#else
+constexpr bool kSanitized = false;
+#endif
+
+std::string readFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+void writeFile(const fs::path& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+void closeOne(int* descriptor) {
+  if (*descriptor != -1) close(*descriptor);
+  *descriptor = -1;
+}
+
+void setNonBlocking(int descriptor) {
+  fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+}
+
+// Keeps what the caller's environment says and adds what this run needs.
+void addOption(const char* variable, const std::string& option) {
+  const char* old = std::getenv(variable);
+  const std::string both = old == nullptr ? option : std::string(old) + ":" + option;
+  setenv(variable, both.c_str(), 1);
+}
+
+std::string makeFolder() {
+  std::string pattern = (fs::temp_directory_path() / "korvel-job-XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr) std::abort();
+  return pattern;
+}
+
+}  // namespace
+
+double slowness() { return underMemcheck() ? 20 : (kSanitized ? 4 : 1); }
+
+bool underSanitizer() { return kSanitized; }
+
+bool underMemcheck() {
+#ifdef KORVEL_MEMCHECK
+  return true;
+#else
+  return false;
+#endif
+}
+
+std::string testPpd(const std::string& name, const std::string& model) {
+  std::istringstream in(readFile(fs::path(KORVEL_TEST_PPD_DIR) / (name + ".ppd")));
+  std::string text;
+  for (std::string line; std::getline(in, line);) {
+    const bool ours = !model.empty() && line.starts_with("*ModelName:");
+    text += (ours ? "*ModelName: \"" + model + "\"" : line) + "\n";
+  }
+  return text;
+}
+
+JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
+  signal(SIGPIPE, SIG_IGN);  // a filter that ends early must not end the test
+  deadline_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                 std::chrono::duration<double>(plan_.timeout * slowness()));
+  if (plan_.dumpFolder) fs::create_directory(folder_ + "/dumps");
+  if (!plan_.ppd.empty()) writeFile(folder_ + "/printer.ppd", plan_.ppd);
+  if (plan_.byPath) {
+    writeFile(folder_ + "/raster", plan_.input);
+  } else {
+    pending_ = plan_.input;
+  }
+
+  if (underMemcheck()) {
+    // Its clean-up of the C library would flush standard output after an immediate exit.
+    command_ = {"valgrind", "-q", "--error-exitcode=99", "--run-libc-freeres=no"};
+  }
+  command_.push_back(KORVEL_FILTER);
+  if (plan_.arguments) {
+    command_.insert(command_.end(), plan_.arguments->begin(), plan_.arguments->end());
+  } else {
+    for (const char* word : {"1", "user", "title", "1"}) command_.push_back(word);
+    command_.push_back(plan_.options);
+    if (plan_.byPath) command_.push_back(folder_ + "/raster");
+  }
+  openChannels();
+  start();
+}
+
+JobRunner::~JobRunner() {
+  if (pid_ != -1) {
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+  }
+  closeAll();
+  std::error_code ignored;
+  fs::remove_all(folder_, ignored);
+}
+
+void JobRunner::openChannels() {
+  for (const int channel : {0, 1, 2, kBackChannel}) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) std::abort();
+    const bool filterReads = channel == 0 || channel == kBackChannel;
+    theirs_[channel] = ends[filterReads ? 0 : 1];
+    ours_[channel] = ends[filterReads ? 1 : 0];
+    setNonBlocking(ours_[channel]);
+  }
+  setNonBlocking(theirs_[kBackChannel]);  // as the spooler hands it over
+  int pair[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) std::abort();
+  ours_[kSideChannel] = pair[0];
+  theirs_[kSideChannel] = pair[1];
+
+  if (!plan_.outputPath.empty()) {
+    closeOne(&theirs_[1]);
+    theirs_[1] = open(plan_.outputPath.c_str(), O_WRONLY | O_CLOEXEC);
+  }
+  if (plan_.messagesDescriptor != -1) {
+    closeOne(&theirs_[2]);
+    theirs_[2] = fcntl(plan_.messagesDescriptor, F_DUPFD_CLOEXEC, 0);
+  }
+}
+
+void JobRunner::start() {
+  const pid_t parent = getpid();
+  pid_ = fork();
+  if (pid_ == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) _exit(127);
+    becomeFilter();
+  }
+  for (int& descriptor : theirs_) closeOne(&descriptor);
+  if (pending_.empty() && !plan_.inputStaysOpen) closeInput();
+}
+
+// In the child: descriptors, environment, limits, then the program itself.
+void JobRunner::becomeFilter() {
+  int high[5];
+  for (int i = 0; i < 5; ++i) high[i] = fcntl(theirs_[i], F_DUPFD_CLOEXEC, 100);
+  for (int i = 0; i < 5; ++i) dup2(high[i], i);
+  for (const int descriptor : plan_.closed) close(descriptor);
+  close_range(5, ~0u, CLOSE_RANGE_CLOEXEC);
+  signal(SIGPIPE, SIG_DFL);
+
+  unsetenv("PPD");
+  if (!plan_.ppd.empty()) setenv("PPD", (folder_ + "/printer.ppd").c_str(), 1);
+  setenv("TZ", "UTC", 1);
+  setenv("LC_ALL", "C", 1);
+  setenv("KORVEL_SANDBOX", folder_.c_str(), 1);
+  setenv("LD_PRELOAD", KORVEL_SANDBOX_LIBRARY, 1);
+  addOption("ASAN_OPTIONS", "verify_asan_link_order=0");
+  if (plan_.addressSpace != 0) {
+    const struct rlimit limit = {plan_.addressSpace, plan_.addressSpace};
+    setrlimit(RLIMIT_AS, &limit);
+  }
+  std::vector<char*> words;
+  for (std::string& word : command_) words.push_back(word.data());
+  words.push_back(nullptr);
+  execvp(words[0], words.data());
+  _exit(127);
+}
+
+bool JobRunner::runUntil(const std::function<bool(const JobResult&)>& reached) {
+  while (!reached(result_)) {
+    if (reap()) return reached(result_);
+    if (Clock::now() >= deadline_) return false;
+    serveOnce(5);
+  }
+  return true;
+}
+
+bool JobRunner::runUntilMessage(const std::string& text) {
+  return runUntil(
+      [&text](const JobResult& so_far) { return so_far.messages.find(text) != std::string::npos; });
+}
+
+void JobRunner::runFor(double seconds) {
+  const auto until = Clock::now() + std::chrono::duration<double>(seconds);
+  runUntil([until](const JobResult&) { return Clock::now() >= until; });
+}
+
+void JobRunner::feed(const std::string& bytes) { pending_ += bytes; }
+
+void JobRunner::closeInput() { closeOne(&ours_[0]); }
+
+void JobRunner::closeOutput() { closeOne(&ours_[1]); }
+
+void JobRunner::sendSignal(int number) {
+  signalled_ = Clock::now();
+  if (pid_ != -1) kill(pid_, number);
+}
+
+const JobResult& JobRunner::finish() {
+  if (!runUntil([](const JobResult&) { return false; }) && pid_ != -1) {
+    result_.timedOut = true;
+    kill(pid_, SIGKILL);
+    while (!reap()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  readInto(&ours_[1], &result_.output);
+  readInto(&ours_[2], &result_.messages);
+  collectFiles();
+  return result_;
+}
+
+void JobRunner::serveOnce(int milliseconds) {
+  writeLate();
+  const bool stalls = plan_.outputStalls;
+  struct pollfd watched[] = {{pending_.empty() ? -1 : ours_[0], POLLOUT, 0},
+                             {stalls ? -1 : ours_[1], POLLIN, 0},
+                             {ours_[2], POLLIN, 0},
+                             {ours_[kSideChannel], POLLIN, 0}};
+  if (poll(watched, std::size(watched), milliseconds) <= 0) return;
+  if (watched[0].revents != 0) writeInput();
+  if (watched[1].revents != 0) readInto(&ours_[1], &result_.output);
+  if (watched[2].revents != 0) readInto(&ours_[2], &result_.messages);
+  if (watched[3].revents != 0) answerSideChannel();
+}
+
+void JobRunner::writeInput() {
+  const ssize_t written = write(ours_[0], pending_.data(), pending_.size());
+  if (written == -1 && errno == EAGAIN) return;
+  if (written == -1) {
+    pending_.clear();  // nobody reads any more
+  } else {
+    pending_.erase(0, static_cast<size_t>(written));
+  }
+  if (pending_.empty() && !plan_.inputStaysOpen) closeInput();
+}
+
+// Takes what is there; closes at the end.
+void JobRunner::readInto(int* descriptor, std::string* text) {
+  char bytes[65536];
+  while (*descriptor != -1) {
+    const ssize_t count = read(*descriptor, bytes, sizeof bytes);
+    if (count > 0) {
+      text->append(bytes, static_cast<size_t>(count));
+    } else if (count == 0 || errno != EAGAIN) {
+      closeOne(descriptor);
+    } else {
+      return;
+    }
+  }
+}
+
+// A request is command, status, length (16 bits, high byte first) and data; so is its answer.
+void JobRunner::answerSideChannel() {
+  unsigned char request[1024];
+  const ssize_t count = recv(ours_[kSideChannel], request, sizeof request, MSG_DONTWAIT);
+  if (count <= 0) {
+    closeOne(&ours_[kSideChannel]);
+    return;
+  }
+  if (nextAnswer_ >= plan_.answers.size()) return;
+  const StatusAnswer& answer = plan_.answers[nextAnswer_++];
+  if (answer.status == -1) return;
+  std::string reply{static_cast<char>(request[0]), static_cast<char>(answer.status),
+                    static_cast<char>(answer.data.size() >> 8),
+                    static_cast<char>(answer.data.size() & 0xFF)};
+  reply += answer.data;
+  Clock::time_point due = Clock::now();
+  for (const std::string& bytes : answer.reads) {
+    late_.push_back({due, bytes});
+    due += kBetweenReads;
+  }
+  writeLate();  // the first is there before the answer is
+  if (send(ours_[kSideChannel], reply.data(), reply.size(), MSG_NOSIGNAL) == -1) {
+    closeOne(&ours_[kSideChannel]);
+  }
+}
+
+void JobRunner::writeLate() {
+  while (!late_.empty() && late_.front().due <= Clock::now()) {
+    const std::string bytes = late_.front().bytes;
+    late_.erase(late_.begin());
+    if (write(ours_[kBackChannel], bytes.data(), bytes.size()) == -1) late_.clear();
+  }
+}
+
+bool JobRunner::reap() {
+  if (pid_ == -1) return true;
+  int status = 0;
+  if (waitpid(pid_, &status, WNOHANG) != pid_) return false;
+  ended_ = Clock::now();
+  pid_ = -1;
+  if (WIFEXITED(status)) result_.exitStatus = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) result_.signal = WTERMSIG(status);
+  return true;
+}
+
+void JobRunner::collectFiles() {
+  std::error_code none;
+  for (const auto& entry : fs::directory_iterator(folder_ + "/dumps", none)) {
+    result_.dumps[entry.path().filename().string()] = readFile(entry.path());
+  }
+  if (fs::is_regular_file(pageNotePath())) result_.pageNote = readFile(pageNotePath());
+}
+
+void JobRunner::closeAll() {
+  for (int& descriptor : ours_) closeOne(&descriptor);
+  for (int& descriptor : theirs_) closeOne(&descriptor);
+}
+
+JobResult runJob(const JobPlan& plan) {
+  JobRunner runner(plan);
+  return runner.finish();
+}
