@@ -1,0 +1,64 @@
+// Debian's print spooler, private to a test: its own configuration, spool and socket in a temporary
+// folder, the filter and the descriptions as the install rules put them, no port, no browsing.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_TESTS_SPOOLER_PRIVATE_SPOOLER_H_
+#define KORVEL_TESTS_SPOOLER_PRIVATE_SPOOLER_H_
+
+#include <cups/http.h>
+#include <cups/ipp.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/spooler/guarded_process.h"
+#include "tests/support/temporary_folder.h"
+
+class PrivateSpooler {
+ public:
+  // Installs the build and starts the spooler; a failure is the test's.
+  PrivateSpooler();
+  PrivateSpooler(const PrivateSpooler&) = delete;
+  PrivateSpooler& operator=(const PrivateSpooler&) = delete;
+  // Stops it; when the test has failed, shows the end of the spooler's log.
+  ~PrivateSpooler();
+
+  // A queue to a printer on a port of this machine. `description` is the file's bare name.
+  void addQueue(const std::string& queue, const std::string& description, int port);
+
+  // Hands a job over by the command line. Returns its number, or 0 after a failure of the test's.
+  int print(const std::string& queue, const std::vector<std::string>& arguments);
+  void cancel(int job);
+
+  // IPP_JOB_COMPLETED and its kin; 0 when the spooler does not tell.
+  int jobState(int job);
+  bool waitForJob(int job, double seconds);                 // until it is completed
+  int sheetsCompleted(int job);                             // as the spooler counts them
+  int queueState(const std::string& queue);                 // IPP_PRINTER_IDLE and its kin
+  std::set<std::string> reasons(const std::string& queue);  // printer-state-reasons but "none"
+
+  // Processes of filters and backends that are alive, by program.
+  std::set<std::string> jobPrograms() const;
+  std::string pageLog() const { return folder_.read("log/page"); }
+  std::string errorLog() const { return folder_.read("log/error"); }
+  std::string descriptionPath(const std::string& description) const;
+  std::string toolPath(const std::string& tool) const;
+  std::string temporaryFiles() const { return folder_.file("spool/tmp"); }
+
+ private:
+  void install();
+  void linkStock(const std::string& stock, const std::string& ours,
+                 const std::vector<std::string>& merged);
+  void configure();
+  void startDaemon();
+  std::string socket() const { return folder_.file("socket/cups"); }
+  std::string installed(const std::string& path) const { return folder_.file("installed" + path); }
+  ipp_t* ask(ipp_op_t operation, const std::string& path);
+  int askInteger(ipp_op_t operation, const std::string& path, const char* attribute);
+
+  TemporaryFolder folder_;
+  GuardedProcess daemon_;
+  http_t* connection_ = nullptr;
+};
+
+#endif
