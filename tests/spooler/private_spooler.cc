@@ -90,10 +90,12 @@ void PrivateSpooler::linkStock(const std::string& stock, const std::string& ours
 }
 
 void PrivateSpooler::configure() {
-  for (const char* name : {"etc", "spool", "spool/tmp", "cache", "run", "log", "socket"}) {
+  for (const char* name :
+       {"etc", "spool", "spool/tmp", "spool/tmp/dumps", "cache", "run", "log", "socket"}) {
     fs::create_directory(folder_.file(name));
   }
   chmod(folder_.file("socket").c_str(), 0700);
+  chmod(folder_.file("spool/tmp/dumps").c_str(), 01777);  // filters run as another user
   folder_.write("etc/cupsd.conf", "Listen " + socket() +
                                       "\n"
                                       "Browsing No\n"
@@ -132,6 +134,7 @@ void PrivateSpooler::configure() {
         << "Group " << groupName() << "\n"
         << "SystemGroup " << (groupName() == "root" ? "sys" : "root") << "\n"  // never the same
         << "SetEnv LD_PRELOAD " << folder_.file("diverted_files.so") << "\n"
+        << "SetEnv KORVEL_SANDBOX " << temporaryFiles() << "\n"
         << "SetEnv ASAN_OPTIONS verify_asan_link_order=0:detect_leaks=0\n";
   folder_.write("etc/cups-files.conf", files.str());
 }

@@ -50,7 +50,7 @@ std::vector<Picture> referencePages(const std::string& document, const std::stri
   {
     const BuildLock lock;
     result = run(words, kBuildSeconds,
-                 {{"LD_PRELOAD", KORVEL_DIVERTED_FILES}, {"TMPDIR", folder.path()}});
+                 {{"LD_PRELOAD", KORVEL_DIVERTED_FILES}, {"KORVEL_SANDBOX", folder.path()}});
   }
   EXPECT_EQ(result.status, 0) << result.output;
   std::vector<Picture> pages;
