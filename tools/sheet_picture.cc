@@ -38,7 +38,8 @@ SheetDot SheetPicture::at(size_t x, size_t y) const {
   }
   const size_t byte = (y - leadLines_) * rowBytes_ + (x - left_) / 8;
   if (byte >= page_.dots().size()) return SheetDot::kPaper;
-  const unsigned bit = page_.dots()[byte] >> (7 - (x - left_) % 8) & 1u;
+  const unsigned bits = page_.dots()[byte];
+  const unsigned bit = bits >> (7 - (x - left_) % 8) & 1u;
   return bit != 0 ? SheetDot::kDot : SheetDot::kPaper;
 }
 
