@@ -5,9 +5,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -176,7 +178,11 @@ void logHeader(const cups_page_header2_t& header, int32_t page) {
 }
 
 float millimetres(unsigned int dots, unsigned int resolution) {
-  return static_cast<float>(dots * kMillimetresPerInch / resolution);
+  const double length = dots * kMillimetresPerInch / resolution;
+  // No dots at no resolution: processors differ in the sign of what is no number, and the log
+  // would show it.
+  if (std::isnan(length)) return -std::numeric_limits<float>::quiet_NaN();
+  return static_cast<float>(length);
 }
 
 // Prints page after page. Returns true at the end of the input, false when a page cannot be

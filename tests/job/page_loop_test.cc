@@ -254,6 +254,23 @@ TEST(PageLoop, WithoutMemoryForThePixelsTheJobEndsInSilence) {
   EXPECT_EQ(countOf(job.messages, "jobEnd"), 0u);
 }
 
+TEST(PageLoop, LogsThePageInMillimetresWhateverTheResolution) {
+  struct Case {
+    const char* sentence;
+    const char* page;
+    const char* line;
+  };
+  const Case cases[] = {
+      {"single precision shows", "16x5 203x300dpi", "pageWidth: 2.001971,pageHeight: 0.423333\n"},
+      {"no resolution has no end", "16x5 0x300dpi", "pageWidth: inf,pageHeight: 0.423333\n"},
+      {"no dots at no resolution, the same on every processor", "0x5 0x300dpi pad=8",
+       "pageWidth: -nan,pageHeight: 0.423333\n"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(countOf(runJob(labelJob({c.page})).messages, c.line), 1u) << c.sentence;
+  }
+}
+
 TEST(PageLoop, LogsTheHeaderBetweenSetupAndPixels) {
   const JobResult job = runJob(labelJob({"16x5 203x300dpi copies=3 pad=4 picture=checker:1"}));
   const std::string want =
