@@ -131,6 +131,8 @@ class CxImage {
   bool Dither(DitherMethod method);
 
  private:
+  friend struct CxImageLiteral;  // the plain forms (image/cximage_literal.h)
+
   struct Info {
     uint32_t effWidth;  // bytes between stored rows
     uint8_t* bits;      // first pixel row, inside the block

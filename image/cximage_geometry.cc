@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "image/cximage.h"
+#include "image/rows.h"
 
 bool CxImage::Rotate180(CxImage* destination) {
   if (dib == nullptr) return false;
@@ -25,11 +26,8 @@ void CxImage::Mirror() {
   CxImage mirrored;
   if (mirrored.CreateLike(*this, GetWidth(), GetHeight(), 8)) {
     mirrored.SetPalette(GetPalette(), header.biClrUsed);
-    const int64_t last = Width() - 1;
     for (int64_t y = 0; y < Height(); ++y) {
-      const uint8_t* from = PixelRow(y);
-      uint8_t* to = mirrored.PixelRow(y);
-      for (int64_t x = 0; x <= last; ++x) to[x] = from[last - x];
+      imageRows().reverse(PixelRow(y), GetWidth(), mirrored.PixelRow(y));
     }
   }
   Transfer(mirrored);  // without memory for it the page has no image any more
