@@ -120,6 +120,11 @@ KORVEL_INLINE Vector interleave(Vector a, Vector b, Indexes<I...> /*lanes*/) {
 }
 
 template <class Vector, size_t... I>
+KORVEL_INLINE Vector shiftedUp(Vector before, Vector vector, Indexes<I...> /*lanes*/) {
+  return __builtin_shufflevector(before, vector, (sizeof...(I) - 1 + I)...);
+}
+
+template <class Vector, size_t... I>
 KORVEL_INLINE Vector reversed(Vector a, Indexes<I...> /*lanes*/) {
   return __builtin_shufflevector(a, a, (sizeof...(I) - 1 - I)...);
 }
@@ -135,6 +140,12 @@ KORVEL_INLINE Vector interleaveLow(Vector a, Vector b) {
 template <class Vector>
 KORVEL_INLINE Vector interleaveHigh(Vector a, Vector b) {
   return shuffles::interleave<true>(a, b, typename shuffles::UpTo<kLanesOf<Vector>>::Type{});
+}
+
+// Each lane takes what the lane before it has, lane 0 what the last lane of `before` has.
+template <class Vector>
+KORVEL_INLINE Vector shiftUp(Vector before, Vector vector) {
+  return shuffles::shiftedUp(before, vector, typename shuffles::UpTo<kLanesOf<Vector>>::Type{});
 }
 
 // Last lane first.
@@ -187,6 +198,26 @@ KORVEL_INLINE Words multiplyHigh(Words a, Words b) {
   const uint32x4_t low = vmull_u16(vget_low_u16(x), vget_low_u16(y));
   const uint32x4_t high = vmull_high_u16(x, y);
   return as<Words>(vuzp2q_u16(vreinterpretq_u16_u32(low), vreinterpretq_u16_u32(high)));
+#endif
+}
+
+// Each int is the sum of the products of two neighbouring words; it fits.
+KORVEL_INLINE Ints multiplyPairs(SignedWords a, SignedWords b) {
+#if defined(KORVEL_TARGET_IS_PORTABLE)
+  Ints sums{};
+  for (size_t i = 0; i < kLanesOf<Ints>; ++i) {
+    sums[i] = a[2 * i] * b[2 * i] + a[2 * i + 1] * b[2 * i + 1];
+  }
+  return sums;
+#elif defined(__AVX2__) && KORVEL_LANES == 32
+  return as<Ints>(_mm256_madd_epi16(as<__m256i>(a), as<__m256i>(b)));
+#elif defined(__SSE2__)
+  return as<Ints>(_mm_madd_epi16(as<__m128i>(a), as<__m128i>(b)));
+#else
+  const auto x = as<int16x8_t>(a);
+  const auto y = as<int16x8_t>(b);
+  const int32x4_t low = vmull_s16(vget_low_s16(x), vget_low_s16(y));
+  return as<Ints>(vpaddq_s32(low, vmull_high_s16(x, y)));
 #endif
 }
 
@@ -272,6 +303,22 @@ KORVEL_INLINE Bytes bitPlaces() {
   constexpr uint8_t kPlaces[32] = {128, 64, 32, 16, 8, 4, 2, 1, 128, 64, 32, 16, 8, 4, 2, 1,
                                    128, 64, 32, 16, 8, 4, 2, 1, 128, 64, 32, 16, 8, 4, 2, 1};
   return load<Bytes>(kPlaces);
+}
+
+// Whether any bit of a mask is set, whose bytes are all ones or zero.
+KORVEL_INLINE bool anySet(Bytes mask) {
+#if defined(KORVEL_TARGET_IS_PORTABLE)
+  const auto longs = as<Longs>(mask);
+  int64_t all = 0;
+  for (size_t i = 0; i < kLanesOf<Longs>; ++i) all |= longs[i];
+  return all != 0;
+#elif defined(__AVX2__) && KORVEL_LANES == 32
+  return _mm256_movemask_epi8(as<__m256i>(mask)) != 0;
+#elif defined(__SSE2__)
+  return _mm_movemask_epi8(as<__m128i>(mask)) != 0;
+#else
+  return vmaxvq_u8(as<uint8x16_t>(mask)) != 0;
+#endif
 }
 
 // One bit a lane, lane 0 in the top bit of the first byte: kLanes / 8 bytes. Lanes of the mask
