@@ -50,6 +50,7 @@ class DumpFolder {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (std::freopen("/dev/null", "w", stderr) == nullptr) return 1;  // the pages' own log
   const DumpFolder dumps;
   RatioTable table(takeResultPath(argc, argv));
   std::vector<char*> arguments = {argv[0]};

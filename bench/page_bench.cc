@@ -14,6 +14,7 @@
 #include "bench/pages.h"
 #include "bench/plain_printer.h"
 #include "driver/settings.h"
+#include "printer/page_literal.h"
 
 namespace {
 
@@ -60,9 +61,59 @@ PageJob& pageJob() {
   return job;
 }
 
+// A halftoned page as bytes of 0 and 1, which packing spoils.
+std::vector<uint8_t>& halftonedPage() {
+  static std::vector<uint8_t> page;
+  return page;
+}
+
+void takeHalftonedPage() {
+  halftonedPage() = a4Page().pixels;
+  for (uint8_t& pixel : halftonedPage()) pixel = pixel >> 7;
+}
+
+// The page's image as the processed copy reads it.
+CxImage& copiedImage() {
+  static CxImage image;
+  if (!image.IsValid()) {
+    takeHalftonedPage();
+    const auto width = static_cast<uint32_t>(a4Page().width);
+    const auto height = static_cast<uint32_t>(a4Page().height);
+    image.CreateFromArray(halftonedPage().data(), width, height, 8, width, false);
+  }
+  return image;
+}
+
+bool copyPage(bool plainly) {
+  const GreyPage& page = a4Page();
+  static std::vector<uint8_t> copy(2 * page.pixels.size());
+  if (plainly) {
+    PageLiteral::copyProcessedPixels(&copiedImage(), copy.data(), page.width, page.height,
+                                     page.width, false, copy.size());
+  } else {
+    pageJob().printer.copyProcessedPixels(&copiedImage(), copy.data(), page.width, page.height,
+                                          page.width, copy.size());
+  }
+  return true;
+}
+
+bool packPage(bool plainly) {
+  const GreyPage& page = a4Page();
+  uint8_t* rows = halftonedPage().data();
+  const int packed = plainly ? PageLiteral::GrayToMono(page.width, page.height, 0, rows)
+                             : pageJob().printer.GrayToMono(page.width, page.height, rows);
+  return packed == (page.width + 7) / 8 * page.height;
+}
+
 }  // namespace
 
 void registerPages() {
+  const auto touchImage = [] { copiedImage(); };
+  registerForms("copy of a page", {touchImage, [] { return copyPage(true); }},
+                {touchImage, [] { return copyPage(false); }});
+  registerForms("pack", {takeHalftonedPage, [] { return packPage(true); }},
+                {takeHalftonedPage, [] { return packPage(false); }});
+
   struct Halftone {
     const char* what;
     DitherType type;

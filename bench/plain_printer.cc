@@ -19,11 +19,13 @@ void PlainPrinter::printPlainly(const unsigned char* data, size_t bytesPerLine, 
                   static_cast<int>(bytesPerLine));
   if (isNegativePrint()) CxImageLiteral::Negative(*pimage);
   if (getAntiWrinkle() != 0) EnableAntiWrink(*pimage);
-  literal::copyProcessedPixels(*pimage, copy, isNegativePrint(), 2 * size);
+  PageLiteral::copyProcessedPixels(
+      pimage, copy, static_cast<int>(pimage->GetWidth()), static_cast<int>(pimage->GetHeight()),
+      static_cast<int>(pimage->GetEffWidth()), isNegativePrint(), 2 * size);
   saveImage(pimage->GetBits(), pimage->GetEffWidth(), pimage->GetHeight(), pimage->GetWidth(), 8);
   const auto rows = static_cast<int>(pimage->GetHeight());
   const int packed =
-      literal::GrayToMono(static_cast<int>(pimage->GetEffWidth()), rows, 0, pimage->GetBits());
+      PageLiteral::GrayToMono(static_cast<int>(pimage->GetEffWidth()), rows, 0, pimage->GetBits());
   SendImage(packed, {static_cast<int64_t>(pimage->GetWidth()), rows}, pimage->GetBits());
   std::free(copy);
 }
@@ -36,7 +38,7 @@ void PlainPrinter::halftonePlainly(unsigned char* copy, int width, int height, i
     pimage = &cximage_;
     return;
   }
-  literal::copyPixels(cximage_, copy, width, height, stride);
+  PageLiteral::copyPixels(cximage_, copy, width, height, stride);
   const QMImage input(width, height, QM_IMG_GRAY, copy);
   const QMImage output = type == kHalftoneTattooZ4 ? literal::qmTattooDitheringZ4(input)
                                                    : literal::qmTattooDithering(input);

@@ -53,6 +53,19 @@ std::string verdict(const Promise* promise, bool wide, double least, double leas
   return want + (fastEnough || likeCopy ? "" : " MISSED");
 }
 
+// In the order of the promises; what nothing is promised of comes last.
+std::vector<std::string> names(
+    const std::map<std::string, std::map<std::string, std::vector<double>>>& forms) {
+  std::vector<std::string> order;
+  for (const Promise& promise : kPromises) {
+    if (forms.count(promise.what) != 0) order.emplace_back(promise.what);
+  }
+  for (const auto& [what, unused] : forms) {
+    if (promiseOf(what) == nullptr) order.push_back(what);
+  }
+  return order;
+}
+
 std::string lineOf(const char* name) {
   std::ifstream info("/proc/cpuinfo");
   for (std::string line; std::getline(info, line);) {
@@ -78,9 +91,7 @@ void RatioTable::ReportRuns(const std::vector<Run>& runs) {
     const size_t slash = name.find('/');
     const std::string what = name.substr(0, slash);
     const std::string form = name.substr(slash + 1, name.find('/', slash + 1) - slash - 1);
-    if (forms_.find(what) == forms_.end()) order_.push_back(what);
     forms_[what][form].push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
-    std::cerr << '.' << std::flush;
   }
 }
 
@@ -90,7 +101,7 @@ std::string RatioTable::tableText() const {
            "|\n"
         << "|---|---|---|---|---|---|---|\n";
   const auto copies = forms_.find("copy");
-  for (const std::string& what : order_) {
+  for (const std::string& what : names(forms_)) {
     const auto& forms = forms_.at(what);
     const auto plain = forms.find("plain");
     for (const auto& [form, seconds] : forms) {
@@ -116,7 +127,6 @@ std::string RatioTable::tableText() const {
 
 void RatioTable::Finalize() {
   const std::string table = tableText();
-  std::cerr << '\n';
   std::cout << table;
   if (resultPath_.empty()) return;
   std::ofstream file(resultPath_);

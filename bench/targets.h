@@ -30,7 +30,7 @@ constexpr Promise kPromises[] = {
     {"mirror", 10, 10, true},
     {"negative", 10, 10, true},
     {"depth", 10, 10, true},
-    {"copy", 10, 10, true},
+    {"copy of a page", 10, 10, true},
     {"pack", 10, 10, true},
     {"page, Jarvis-Judice-Ninke", 40, 40},
     {"page, ordered 4x4", 8, 8},

@@ -28,7 +28,4 @@ const TattooRows& tattooRows(Target target) {
   }
 }
 
-const TattooRows& tattooRows() {
-  static const TattooRows& chosen = tattooRows(chosenTarget());
-  return chosen;
-}
+const TattooRows& tattooRows() { return tattooRows(chosenTarget()); }
