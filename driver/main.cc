@@ -3,6 +3,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cups/raster.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -94,6 +95,21 @@ void installTerminationHandler() {
 void bufferMessagesByLine() {
   static char buffer[16384];
   std::setvbuf(stderr, buffer, _IOLBF, sizeof buffer);
+}
+
+// Packets leave in blocks as large as a pipe holds. Whoever waits for an answer or ends a page
+// flushes.
+void bufferPackets() {
+  static char buffer[65536];
+  std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
+}
+
+// What a page frees stays in the heap, its memory in place, for the next page; the limits are those
+// that the allocator reaches by itself on large pages. Only for jobs of some length: memory kept is
+// memory held, and after two pages a job has held as much already.
+void keepFreedMemory() {
+  mallopt(M_MMAP_THRESHOLD, 32 << 20);
+  mallopt(M_TRIM_THRESHOLD, 64 << 20);
 }
 
 // Occupies closed descriptors, so that no file of ours lands on a channel of the spooler.
@@ -207,7 +223,7 @@ bool printPages(Job& job) {
     const unsigned int size = header.cupsHeight * header.cupsBytesPerLine;  // makeRoom limits it
     if (cupsRasterReadPixels(job.raster.get(), job.pixels.get(), size) == 0) continue;
     printPage(job.printer.get(), job.settings, header, job.pixels.get(), job.page);
-    ++job.page;
+    if (++job.page == 2) keepFreedMemory();
   }
   return true;
 }
@@ -241,6 +257,7 @@ bool runJob(Job& job, int argc, char** argv) {
 int main(int argc, char** argv) {
   installTerminationHandler();
   bufferMessagesByLine();
+  bufferPackets();
   reserveDescriptors();
   try {
     Job job;

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "image/rows.h"
 #include "printer/own_file.h"
 #include "printer/pellam_printer.h"
 
@@ -58,14 +59,8 @@ void writeGrey(FILE* file, const unsigned char* data, size_t pixels) {
 
 // Packs one row: a zero byte is white, index 1, and so are the unused bits of the last byte.
 void packWhiteBits(const unsigned char* from, size_t pixels, unsigned char* to) {
-  unsigned int bits = 0;
-  for (size_t x = 0; x < pixels; ++x) {
-    if (from[x] == 0) bits |= 128u >> (x % 8);
-    if (x % 8 != 7) continue;
-    *to++ = static_cast<unsigned char>(bits);
-    bits = 0;
-  }
-  if (pixels % 8 != 0) *to = static_cast<unsigned char>(bits | (0xFFu >> (pixels % 8)));
+  imageRows().bitsOfInk(from, pixels, to);
+  imageRows().complement(to, (pixels + 7) / 8);
 }
 
 // Rows of the buffer, last one first, one bit a pixel; `pixels` is counted by the buffer's stride.

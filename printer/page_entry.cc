@@ -86,8 +86,7 @@ void PellamPrinter::printImage(const unsigned char* data, size_t bytesPerLine, s
                     "printImage: Saving original image, file path will be generated based on time");
     saveImage(data, bytesPerLine, height, width, 8);
 
-    // Zeroed: the stencil halftones read the gaps between rows that are longer than wide.
-    result = static_cast<unsigned char*>(std::calloc(2 * size, 1));
+    result = static_cast<unsigned char*>(std::malloc(2 * size));
     if (result == nullptr) {
       pellamLogCommon(3,
                       "printImage: Memory allocation for processing result failed, unable to "

@@ -2,6 +2,7 @@
 // Either the palette image's own halftones run or the stencil library's.
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <cstring>
 
 #include "image/rows.h"
 #include "printer/log.h"
@@ -62,8 +63,11 @@ int PellamPrinter::PageProcess(DitherType type, const unsigned char* src, int st
 }
 
 // Runs a stencil halftone by way of `dst` and sets the result image. The copy lies `stride` apart
-// but is read back unpadded: on lines longer than wide the picture shears (PaddedStencilLines).
+// but is read back unpadded: on lines longer than wide the picture shears, and the gaps are read
+// as black (PaddedStencilLines).
 bool PellamPrinter::halftoneForStencil(unsigned char* dst, int width, int height, int stride) {
+  if (stride > width)
+    std::memset(dst, 0, static_cast<size_t>(stride) * static_cast<size_t>(height));
   copyPixels(cximage_, dst, width, height, stride);
   pellamLogCommon(0,
                   "PageProcess: Copied pixels to the output buffer for QM dithering, with stride "
