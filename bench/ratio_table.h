@@ -25,7 +25,6 @@ class RatioTable : public benchmark::BenchmarkReporter {
   std::string tableText() const;
 
   std::string resultPath_;
-  std::vector<std::string> order_;                               // what, in order of appearance
   std::map<std::string, std::map<std::string, Seconds>> forms_;  // what, form
 };
 

@@ -71,12 +71,14 @@ KORVEL_INLINE void store(void* to, Vector vector) {
 
 // 16 bytes from `low`; a 32-byte vector takes its upper half from `high`.
 KORVEL_INLINE Bytes loadHalves(const uint8_t* low, [[maybe_unused]] const uint8_t* high) {
-  Bytes vector;
-  __builtin_memcpy(&vector, low, 16);
-  if constexpr (kLanes == 32) {
-    __builtin_memcpy(reinterpret_cast<uint8_t*>(&vector) + 16, high, 16);
-  }
-  return vector;
+#if KORVEL_LANES == 32
+  // Joined in registers: by way of memory the whole load would wait for two stores.
+  using Half = int64_t __attribute__((vector_size(16)));
+  const auto halves = __builtin_shufflevector(load<Half>(low), load<Half>(high), 0, 1, 2, 3);
+  return reinterpret_cast<Bytes>(halves);
+#else
+  return load<Bytes>(low);
+#endif
 }
 
 // The same value in every lane.

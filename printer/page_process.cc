@@ -73,9 +73,10 @@ bool PellamPrinter::halftoneForStencil(unsigned char* dst, int width, int height
                   "PageProcess: Copied pixels to the output buffer for QM dithering, with stride "
                   "%d, EffWidth %d",
                   stride, static_cast<int>(cximage_.GetEffWidth()));
-  const QMImage input(width, height, QM_IMG_GRAY, dst);
-  const QMImage output =
-      halftoneType_ == kHalftoneTattooZ4 ? qmTattooDitheringZ4(input) : qmTattooDithering(input);
+  const auto halftone =
+      halftoneType_ == kHalftoneTattooZ4 ? qmTattooDitheringZ4 : qmTattooDithering;
+  // The input is gone before the result's image is made: one page less in memory.
+  const QMImage output = halftone(QMImage(width, height, QM_IMG_GRAY, dst));
   pellamLogCommon(0, "PageProcess: Applied QM dithering with stride %d, width %d",
                   ((output.width + 3) / 4) * 4, width);
 

@@ -33,11 +33,34 @@ uint16_t exactLevel(const BlurWeights& weights, const uint16_t* const* rows, siz
   return static_cast<uint8_t>(my_round(static_cast<float>(acc)));  // low 8 bits, no clamp
 }
 
+// Sums anew the levels of the words that the mask marks. They are few and far between.
+[[gnu::noinline]] void settle(const BlurWeights& weights, const uint16_t* const* rows, size_t x,
+                              SignedWords open, uint16_t* to) {
+  constexpr size_t kFew = sizeof(uint64_t) / sizeof(uint16_t);
+  uint16_t isOpen[kWords];
+  store(isOpen, open);
+  for (size_t i = 0; i < kWords; i += kFew) {
+    uint64_t few;
+    __builtin_memcpy(&few, isOpen + i, sizeof few);
+    if (few == 0) continue;
+    for (size_t k = i; k < i + kFew; ++k) {
+      if (isOpen[k] != 0) to[k] = exactLevel(weights, rows, x + k);
+    }
+  }
+}
+
 // Taps k and its mirror image; the middle one, and what fills up its pair, have none.
 KORVEL_INLINE SignedWords pairSum(const uint16_t* const* rows, size_t count, size_t k, size_t x) {
   const size_t middle = count / 2;
   const auto first = load<SignedWords>((k <= middle ? rows[k] : rows[count]) + x);
   return k < middle ? first + load<SignedWords>(rows[count - 1 - k] + x) : first;
+}
+
+// The steps of taps k and k + 1 in turns.
+KORVEL_INLINE SignedWords twoSteps(const BlurWeights& weights, size_t k) {
+  int32_t both;
+  __builtin_memcpy(&both, weights.steps + k, sizeof both);
+  return as<SignedWords>(splat<Ints>(both));
 }
 
 // Two words' worth of lanes, `kLanes` pixels. A count known when compiled unrolls the taps.
@@ -52,27 +75,22 @@ KORVEL_INLINE void blurRow(const BlurWeights& given, const uint16_t* const* rows
     Ints sums[4];
     for (Ints& sum : sums) sum = splat<Ints>(weights.rounding);
     for (size_t k = 0; k <= taps / 2; k += 2) {
-      const auto both = interleaveLow(splat<SignedWords>(weights.steps[k]),
-                                      splat<SignedWords>(weights.steps[k + 1]));
+      const SignedWords steps = twoSteps(weights, k);
       for (size_t half = 0; half < 2; ++half) {
         const SignedWords a = pairSum(rows, taps, k, x + half * kWords);
         const SignedWords b = pairSum(rows, taps, k + 1, x + half * kWords);
-        sums[2 * half] += multiplyPairs(interleaveLow(a, b), both);
-        sums[2 * half + 1] += multiplyPairs(interleaveHigh(a, b), both);
+        sums[2 * half] += multiplyPairs(interleaveLow(a, b), steps);
+        sums[2 * half + 1] += multiplyPairs(interleaveHigh(a, b), steps);
       }
     }
-    Ints open[4];
-    for (size_t i = 0; i < 4; ++i) open[i] = as<Ints>((sums[i] & remainder) < doubt);
     for (size_t half = 0; half < 2; ++half) {
-      store(to + x + half * kWords,
-            packInts(sums[2 * half] >> weights.shift, sums[2 * half + 1] >> weights.shift));
-    }
-    if (anySet(as<Bytes>(open[0] | open[1] | open[2] | open[3]))) {
-      uint16_t isOpen[2 * kWords];
-      store(isOpen, packInts(open[0], open[1]));
-      store(isOpen + kWords, packInts(open[2], open[3]));
-      for (size_t i = 0; i < 2 * kWords; ++i) {
-        if (isOpen[i] != 0) to[x + i] = exactLevel(weights, rows, x + i);
+      const Ints* sum = sums + 2 * half;
+      uint16_t* levels = to + x + half * kWords;
+      store(levels, packInts(sum[0] >> weights.shift, sum[1] >> weights.shift));
+      const auto low = as<Ints>((sum[0] & remainder) < doubt);
+      const auto high = as<Ints>((sum[1] & remainder) < doubt);
+      if (anySet(as<Bytes>(low | high))) {
+        settle(weights, rows, x + half * kWords, packInts(low, high), levels);
       }
     }
   }
