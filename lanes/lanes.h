@@ -79,6 +79,20 @@ KORVEL_INLINE Bytes loadHalves(const uint8_t* low, [[maybe_unused]] const uint8_
   return vector;
 }
 
+// 8 bytes from `low` in the lower part of the first half, of a 32-byte vector 8 bytes from `high`
+// in the lower part of the second; the upper parts are zero.
+KORVEL_INLINE Bytes loadEights(const uint8_t* low, [[maybe_unused]] const uint8_t* high) {
+  Longs vector{};
+  int64_t eight;
+  __builtin_memcpy(&eight, low, 8);
+  vector[0] = eight;
+  if constexpr (kLanes == 32) {
+    __builtin_memcpy(&eight, high, 8);
+    vector[kLanesOf<Longs> / 2] = eight;
+  }
+  return reinterpret_cast<Bytes>(vector);
+}
+
 // The same value in every lane.
 template <class Vector, class Value>
 KORVEL_INLINE Vector splat(Value value) {
