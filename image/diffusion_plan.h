@@ -87,10 +87,15 @@ consteval DiffusionPlan planOf(const DiffusionKernel& kernel) {
   return plan;
 }
 
-// Whether every tap has become a source, and every share is exact for every error there is.
+// Whether every tap has become a source, those of the own row one or two columns behind, and every
+// share is exact for every error there is.
 consteval bool isExact(const DiffusionPlan& plan, const DiffusionKernel& kernel) {
   constexpr uint32_t kLargestError = 128;
   if (plan.sources != kernel.taps.size()) return false;
+  for (size_t i = 0; i < plan.sources; ++i) {
+    const DiffusionSource& source = plan.source[i];
+    if (source.dy == 0 && (source.dx < 1 || source.dx > 2)) return false;
+  }
   for (uint32_t error = 0; error <= kLargestError; ++error) {
     uint32_t shares[8]{};
     for (size_t i = 0; i < plan.shares; ++i) {

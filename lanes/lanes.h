@@ -181,6 +181,16 @@ KORVEL_INLINE SignedBytes addSaturated(SignedBytes a, SignedBytes b) {
 #endif
 }
 
+// -number where the mask's lane is all ones, the number itself where it is zero.
+KORVEL_INLINE SignedBytes negatedWhere(Bytes mask, SignedBytes numbers) {
+#if defined(__AVX2__) && KORVEL_LANES == 32
+  return as<SignedBytes>(_mm256_sign_epi8(as<__m256i>(numbers), as<__m256i>(mask | 1)));
+#else
+  const auto minus = as<SignedBytes>(mask);
+  return (numbers ^ minus) - minus;
+#endif
+}
+
 // Upper 16 bits of the 32-bit products.
 KORVEL_INLINE Words multiplyHigh(Words a, Words b) {
 #if defined(KORVEL_TARGET_IS_PORTABLE)
