@@ -12,6 +12,8 @@
 
 namespace KORVEL_TARGET {
 
+namespace {  // what is compiled for a wide machine stays in its object
+
 // The part of an error that one weight gives, without its sign: error * weight / divisor. Either
 // the upper half of a product, or another value shifted, since
 // floor(floor(x) / 2) = floor(x / 2).
@@ -41,14 +43,14 @@ struct DiffusionPlan {
   DiffusionSource source[16];
 };
 
-consteval uint32_t quotientInShifts(uint32_t larger, uint32_t smaller) {
+constexpr uint32_t quotientInShifts(uint32_t larger, uint32_t smaller) {
   for (uint32_t shift = 1; shift < 8; ++shift) {
     if (smaller << shift == larger) return shift;
   }
   return 0;
 }
 
-consteval DiffusionShare shareOf(uint32_t weight, uint32_t divisor, const DiffusionPlan& plan) {
+constexpr DiffusionShare shareOf(uint32_t weight, uint32_t divisor, const DiffusionPlan& plan) {
   if (const uint32_t shift = quotientInShifts(divisor, weight)) {
     return {weight, 0, DiffusionShare::kOfError, static_cast<int>(shift)};
   }
@@ -61,7 +63,7 @@ consteval DiffusionShare shareOf(uint32_t weight, uint32_t divisor, const Diffus
 }
 
 // Shares are listed from the largest weight down.
-consteval DiffusionPlan planOf(const DiffusionKernel& kernel) {
+constexpr DiffusionPlan planOf(const DiffusionKernel& kernel) {
   DiffusionPlan plan{};
   for (uint32_t weight = 255; weight > 0; --weight) {
     for (const DiffusionTap& tap : kernel.taps) {
@@ -89,7 +91,7 @@ consteval DiffusionPlan planOf(const DiffusionKernel& kernel) {
 
 // Whether every tap has become a source, those of the own row one or two columns behind, and every
 // share is exact for every error there is.
-consteval bool isExact(const DiffusionPlan& plan, const DiffusionKernel& kernel) {
+constexpr bool isExact(const DiffusionPlan& plan, const DiffusionKernel& kernel) {
   constexpr uint32_t kLargestError = 128;
   if (plan.sources != kernel.taps.size()) return false;
   for (size_t i = 0; i < plan.sources; ++i) {
@@ -109,6 +111,8 @@ consteval bool isExact(const DiffusionPlan& plan, const DiffusionKernel& kernel)
   }
   return true;
 }
+
+}  // namespace
 
 }  // namespace KORVEL_TARGET
 
