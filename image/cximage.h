@@ -4,6 +4,7 @@
 #ifndef KORVEL_IMAGE_CXIMAGE_H
 #define KORVEL_IMAGE_CXIMAGE_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "image/rgb_quad.h"
@@ -14,6 +15,7 @@
 using DitherMethod = int64_t;
 
 struct DiffusionKernel;  // image/dither_tables.h
+struct ThresholdTable;
 
 // Bitmap header with the layout of the published BITMAPINFOHEADER.
 struct DibHeader {
@@ -89,6 +91,10 @@ class CxImage {
   uint8_t GetPixelIndex(int64_t x, int64_t y) const;
   void SetPixelIndex(int64_t x, int64_t y, uint8_t index);
 
+  // Copies the indices of `count` pixels of a stored row, from column x on, as GetPixelIndex gives
+  // them one by one.
+  void GetPixelIndices(int64_t x, int64_t y, size_t count, uint8_t* to) const;
+
   // Unchecked access for loops that stay inside a valid image.
   uint8_t BlindGetPixelIndex(int64_t x, int64_t y) const;
   void BlindSetPixelIndex(int64_t x, int64_t y, uint8_t index);
@@ -143,18 +149,27 @@ class CxImage {
     bool lastColorValid;
   };
 
+  static constexpr size_t kRunPixels = 512;  // a multiple of 8
+
+  // Indices of a row's pixels from some column on.
+  struct IndexRun {
+    const uint8_t* indices;
+    size_t count;
+  };
+
   uint32_t PaletteBytes() const { return 4 * header.biClrUsed; }
   int64_t Width() const { return header.biWidth; }
   int64_t Height() const { return header.biHeight; }
   bool IsInside(int64_t x, int64_t y) const;
   uint8_t* PixelRow(int64_t y) const;  // unchecked
+  IndexRun RunAt(int64_t x, int64_t y, uint8_t* scratch) const;
+  bool CreateUnwritten(uint32_t width, uint32_t height, uint32_t bpp, uint32_t type);
+  void ClearRowsFrom(uint64_t byte);
   bool CreateLike(const CxImage& source, uint32_t width, uint32_t height, uint32_t bpp);
   bool TakeErrorFrom(CxImage& failed);
   void FillWith(tagRGBQUAD colour);
   void CopyPixelsTo(CxImage& larger, int64_t left, int64_t bottom) const;
-  void ThresholdInto(CxImage& target) const;
-  void OrderedInto(CxImage& target) const;
-  void BayerInto(CxImage& target) const;
+  void CompareInto(CxImage& target, const ThresholdTable& thresholds) const;
   void DiffuseInto(CxImage& target, const DiffusionKernel& kernel);
 
   DibHeader header{};

@@ -5,6 +5,7 @@
 
 #include "image/cximage.h"
 #include "image/dither_tables.h"
+#include "image/rows.h"
 
 namespace {
 
@@ -27,17 +28,74 @@ const DiffusionKernel& diffusionKernel(DitherMethod method) {
   }
 }
 
-// Interleaves the bits of column and row into a threshold (B. E. Bayer, 1973).
-uint8_t bayerThreshold(int column, int row, int order) {
-  int value = 0;
-  for (int bit = 0; bit < order; ++bit) {
-    value = (value << 1) | ((row & 1) ^ (column & 1));
-    value = (value << 1) | (column & 1);
-    row >>= 1;
-    column >>= 1;
-  }
-  return static_cast<uint8_t>(value);  // low 8 bits
+}  // namespace
+
+// A pixel is white where its index is above the threshold of its place, row y mod 4, column x
+// mod 4.
+struct ThresholdTable {
+  uint8_t at[4][4];
+};
+
+namespace {
+
+constexpr ThresholdTable kFixedThresholds = {{
+    {128, 128, 128, 128},
+    {128, 128, 128, 128},
+    {128, 128, 128, 128},
+    {128, 128, 128, 128},
+}};
+
+// The ordered dither in its own terms: a grey is a whole level and a fraction of the next, which
+// the matrix entries below it raise.
+constexpr bool isOrderedWhite(int value, int entry) {
+  const int level = (value * 16) / 255;  // 0..16, truncates
+  return level / 16 + (entry < level % 16 ? 1 : 0) != 0;
 }
+
+// Greys up to the threshold are black; a grey of 0 always is.
+constexpr ThresholdTable orderedThresholds() {
+  ThresholdTable table{};
+  for (int i = 0; i < 16; ++i) {
+    int black = 0;
+    while (!isOrderedWhite(black + 1, kOrderedMatrix[i / 4][i % 4])) ++black;
+    table.at[i / 4][i % 4] = static_cast<uint8_t>(black);
+  }
+  return table;
+}
+
+constexpr ThresholdTable kOrderedThresholds = orderedThresholds();
+
+constexpr bool areOrderedThresholdsRight() {
+  for (int i = 0; i < 16 * 256; ++i) {
+    const int entry = kOrderedMatrix[i / 4 % 4][i % 4];
+    const bool isAbove = i / 16 > kOrderedThresholds.at[i / 4 % 4][i % 4];
+    if (isAbove != isOrderedWhite(i / 16, entry)) return false;
+  }
+  return true;
+}
+static_assert(areOrderedThresholdsRight());
+
+// Interleaves the bits of column and row into a threshold (B. E. Bayer, 1973). Four bits of each
+// are taken, though only 4 x 4 of the 16 x 16 thresholds they define are used, so these are
+// multiples of 16 (BayerThresholds).
+constexpr ThresholdTable bayerThresholds() {
+  ThresholdTable table{};
+  for (int i = 0; i < 16; ++i) {
+    int row = i / 4;
+    int column = i % 4;
+    int value = 0;
+    for (int bit = 0; bit < 4; ++bit) {
+      value = (value << 1) | ((row & 1) ^ (column & 1));
+      value = (value << 1) | (column & 1);
+      row >>= 1;
+      column >>= 1;
+    }
+    table.at[i / 4][i % 4] = static_cast<uint8_t>(value);
+  }
+  return table;
+}
+
+constexpr ThresholdTable kBayerThresholds = bayerThresholds();
 
 }  // namespace
 
@@ -49,13 +107,13 @@ bool CxImage::Dither(DitherMethod method) {
 
   switch (method) {
     case 0:
-      ThresholdInto(target);
+      CompareInto(target, kFixedThresholds);
       break;
     case 1:
-      OrderedInto(target);
+      CompareInto(target, kOrderedThresholds);
       break;
     case 7:
-      BayerInto(target);
+      CompareInto(target, kBayerThresholds);
       break;
     default:
       DiffuseInto(target, diffusionKernel(method));
@@ -66,39 +124,14 @@ bool CxImage::Dither(DitherMethod method) {
   return Transfer(target);
 }
 
-void CxImage::ThresholdInto(CxImage& target) const {
+void CxImage::CompareInto(CxImage& target, const ThresholdTable& thresholds) const {
+  uint8_t scratch[kRunPixels];
   for (int64_t y = 0; y < Height(); ++y) {
-    for (int64_t x = 0; x < Width(); ++x) {
-      const bool white = BlindGetPixelIndex(x, y) > kThreshold;
-      target.SetPixelIndex(x, y, white ? 255 : 0);  // one bit keeps a 1 of the 255
-    }
-  }
-}
-
-void CxImage::OrderedInto(CxImage& target) const {
-  for (int64_t y = 0; y < Height(); ++y) {
-    for (int64_t x = 0; x < Width(); ++x) {
-      const int level = (BlindGetPixelIndex(x, y) * 16) / 255;  // 0..16, truncates
-      const int fraction = level % 16;
-      const int whole = level / 16;
-      const int index = whole + (kOrderedMatrix[y % 4][x % 4] < fraction ? 1 : 0);
-      target.BlindSetPixelIndex(x, y, static_cast<uint8_t>(index));
-    }
-  }
-}
-
-// The order serves as the modulus too: 4 x 4 of the 16 x 16 thresholds that order 4 defines are
-// used, so they are multiples of 16 (BayerThresholds).
-void CxImage::BayerInto(CxImage& target) const {
-  constexpr int kOrder = 4;
-  uint8_t thresholds[1 << (2 * kOrder)];
-  for (int i = 0; i < 1 << (2 * kOrder); ++i) {
-    thresholds[i] = bayerThreshold(i % kOrder, i / kOrder, kOrder);
-  }
-  for (int64_t y = 0; y < Height(); ++y) {
-    for (int64_t x = 0; x < Width(); ++x) {
-      const uint8_t threshold = thresholds[(x % kOrder) + kOrder * (y % kOrder)];
-      target.SetPixelIndex(x, y, BlindGetPixelIndex(x, y) > threshold ? 1 : 0);
+    for (int64_t x = 0; x < Width();) {
+      const IndexRun run = RunAt(x, y, scratch);
+      imageRows().bitsAbove(run.indices, run.count, thresholds.at[y % 4],
+                            target.PixelRow(y) + x / 8);
+      x += static_cast<int64_t>(run.count);
     }
   }
 }

@@ -10,15 +10,21 @@
 bool CxImage::Rotate180(CxImage* destination) {
   if (dib == nullptr) return false;
   CxImage turned;
-  turned.CreateLike(*this, GetWidth(), GetHeight(), 8);
-  turned.SetPalette(GetPalette(), header.biClrUsed);
-  for (int64_t y = 0; y < Height(); ++y) {
-    for (int64_t x = 0; x < Width(); ++x) {
-      turned.SetPixelIndex(Width() - 1 - x, Height() - 1 - y, BlindGetPixelIndex(x, y));
+  if (turned.CreateLike(*this, GetWidth(), GetHeight(), 8)) {
+    turned.SetPalette(GetPalette(), header.biClrUsed);
+    uint8_t scratch[kRunPixels];
+    for (int64_t y = 0; y < Height(); ++y) {
+      uint8_t* to = turned.PixelRow(Height() - 1 - y) + Width();
+      for (int64_t x = 0; x < Width();) {
+        const IndexRun run = RunAt(x, y, scratch);
+        to -= run.count;
+        imageRows().reverse(run.indices, run.count, to);
+        x += static_cast<int64_t>(run.count);
+      }
     }
   }
   CxImage& receiver = destination != nullptr ? *destination : *this;
-  return receiver.Transfer(turned);
+  return receiver.Transfer(turned);  // without memory for it the receiver has no image any more
 }
 
 void CxImage::Mirror() {
@@ -36,7 +42,8 @@ void CxImage::Mirror() {
 void CxImage::MakeCenter(int32_t newWidth) {
   if (dib == nullptr || header.biWidth >= newWidth) return;
   CxImage centred;
-  centred.CreateLike(*this, static_cast<uint32_t>(newWidth), GetHeight(), 8);
+  centred.CopyInfo(*this);
+  centred.Create(static_cast<uint32_t>(newWidth), GetHeight(), 8, info.imageType);
   centred.SetPalette(GetPalette(), header.biClrUsed);
   const int32_t shift = (newWidth - header.biWidth) / 2;
   for (int64_t y = 0; y < Height(); ++y) {

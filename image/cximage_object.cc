@@ -40,15 +40,22 @@ bool fitsInMemoryLimit(uint32_t width, uint32_t height, uint32_t depth) {
 }  // namespace
 
 uint8_t* CxImage::Create(uint32_t width, uint32_t height, uint32_t bpp, uint32_t type) {
+  if (!CreateUnwritten(width, height, bpp, type)) return nullptr;
+  std::memset(info.bits, 0, header.biSizeImage);
+  return dib;
+}
+
+// Creates the image but for its pixel rows, which hold anything.
+bool CxImage::CreateUnwritten(uint32_t width, uint32_t height, uint32_t bpp, uint32_t type) {
   Destroy();
   if (width == 0 || height == 0) {
     std::strcpy(info.lastError, "CxImage::Create : width and height must be greater than zero");
-    return nullptr;
+    return false;
   }
   const uint32_t depth = normalisedDepth(bpp);
   if (!fitsInMemoryLimit(width, height, depth)) {
     std::strcpy(info.lastError, "CXIMAGE_MAX_MEMORY exceeded");
-    return nullptr;
+    return false;
   }
 
   info.effWidth = ((depth * width + 31) >> 5) << 2;
@@ -62,15 +69,21 @@ uint8_t* CxImage::Create(uint32_t width, uint32_t height, uint32_t bpp, uint32_t
   header.biSizeImage = info.effWidth * height;
   header.biClrUsed = paletteEntries(depth);
 
-  // Cleared as a whole: packing walks the stride, so a row's padding becomes dots.
-  dib = static_cast<uint8_t*>(std::calloc(GetSize(), 1));
+  dib = static_cast<uint8_t*>(std::malloc(GetSize()));
   if (dib == nullptr) {
     std::strcpy(info.lastError, "CxImage::Create can't allocate memory");
-    return nullptr;
+    return false;
   }
   std::memcpy(dib, &header, sizeof header);
+  std::memset(dib + sizeof header, 0, PaletteBytes());
   info.bits = GetBits(0);
-  return dib;
+  return true;
+}
+
+// Clears every row from this byte on.
+void CxImage::ClearRowsFrom(uint64_t byte) {
+  if (byte >= info.effWidth) return;
+  for (int64_t y = 0; y < Height(); ++y) std::memset(PixelRow(y) + byte, 0, info.effWidth - byte);
 }
 
 bool CxImage::Destroy() {
@@ -94,10 +107,14 @@ void CxImage::CopyInfo(const CxImage& source) {
   if (dib == nullptr) info = source.info;
 }
 
-// Makes this fresh image one of the given size that carries the source's type and cache.
+// Makes this fresh image one of the given size that carries the source's type and cache. The
+// caller writes every pixel. What lies behind a row's last one is clear: packing walks the stride,
+// so it becomes dots.
 bool CxImage::CreateLike(const CxImage& source, uint32_t width, uint32_t height, uint32_t bpp) {
   CopyInfo(source);
-  return Create(width, height, bpp, source.info.imageType) != nullptr;
+  if (!CreateUnwritten(width, height, bpp, source.info.imageType)) return false;
+  ClearRowsFrom(uint64_t{width} * header.biBitCount / 8);  // with the last pixels' byte
+  return true;
 }
 
 // Copies the error text of a temporary that could not be created; returns false for its caller.
@@ -123,8 +140,10 @@ bool CxImage::CreateFromArray(const uint8_t* array, uint32_t width, uint32_t hei
   const bool knownDepth = bitsPerPixel == 1 || bitsPerPixel == 4 || bitsPerPixel == 8 ||
                           bitsPerPixel == 24 || bitsPerPixel == 32;
   if (array == nullptr || !knownDepth) return false;
-  if (Create(width, height, bitsPerPixel, 0) == nullptr) return false;
+  if (!CreateUnwritten(width, height, bitsPerPixel, 0)) return false;
   if (bitsPerPixel < 24) SetGrayPalette();
+  // Rows that the array does not fill end clear.
+  ClearRowsFrom(bitsPerPixel == 32 ? 3 * uint64_t{width} : bytesPerLine);
 
   for (uint32_t y = 0; y < height; ++y) {
     uint8_t* to = PixelRow(flip ? height - 1 - y : y);

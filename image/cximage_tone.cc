@@ -4,12 +4,11 @@
 #include <algorithm>
 
 #include "image/cximage.h"
+#include "image/rows.h"
 
 void CxImage::Negative() {
   if (dib == nullptr) return;
-  for (uint32_t i = 0; i < header.biSizeImage; ++i) {
-    info.bits[i] = static_cast<uint8_t>(~info.bits[i]);
-  }
+  imageRows().complement(info.bits, header.biSizeImage);
 }
 
 bool CxImage::Light(int32_t brightness, int32_t contrast) {
@@ -28,6 +27,10 @@ bool CxImage::Light(int32_t brightness, int32_t contrast) {
 bool CxImage::Lut(const uint8_t* table) {
   if (dib == nullptr || table == nullptr) return false;
   for (int64_t y = 0; y < Height(); ++y) {
+    if (header.biBitCount == 8) {
+      imageRows().lookUp(PixelRow(y), GetWidth(), table);
+      continue;
+    }
     for (int64_t x = 0; x < Width(); ++x) {
       BlindSetPixelIndex(x, y, table[BlindGetPixelIndex(x, y)]);
     }

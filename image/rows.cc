@@ -21,7 +21,4 @@ const ImageRows& imageRows(Target target) {
   }
 }
 
-const ImageRows& imageRows() {
-  static const ImageRows& chosen = imageRows(chosenTarget());
-  return chosen;
-}
+const ImageRows& imageRows() { return imageRows(chosenTarget()); }

@@ -134,6 +134,11 @@ KORVEL_INLINE Vector interleave(Vector a, Vector b, Indexes<I...> /*lanes*/) {
 }
 
 template <class Vector, size_t... I>
+KORVEL_INLINE Vector shiftedUp(Vector before, Vector vector, Indexes<I...> /*lanes*/) {
+  return __builtin_shufflevector(before, vector, (sizeof...(I) - 1 + I)...);
+}
+
+template <class Vector, size_t... I>
 KORVEL_INLINE Vector reversed(Vector a, Indexes<I...> /*lanes*/) {
   return __builtin_shufflevector(a, a, (sizeof...(I) - 1 - I)...);
 }
@@ -151,13 +156,21 @@ KORVEL_INLINE Vector interleaveHigh(Vector a, Vector b) {
   return shuffles::interleave<true>(a, b, typename shuffles::UpTo<kLanesOf<Vector>>::Type{});
 }
 
+// Each lane takes what the lane before it has, lane 0 what the last lane of `before` has.
+template <class Vector>
+KORVEL_INLINE Vector shiftUp(Vector before, Vector vector) {
+  return shuffles::shiftedUp(before, vector, typename shuffles::UpTo<kLanesOf<Vector>>::Type{});
+}
+
 // Last lane first.
 KORVEL_INLINE Bytes reverse(Bytes bytes) {
 #if defined(__SSE2__) && !defined(__SSSE3__)
-  // Bytes swapped in words, then words reversed: there is no byte shuffle here.
-  const auto words = as<Words>(bytes);
-  const Words swapped = (words << 8) | (words >> 8);
-  return as<Bytes>(shuffles::reversed(swapped, shuffles::UpTo<kLanesOf<Words>>::Type{}));
+  // There is no byte shuffle here: halves, words and at last the bytes of words change places.
+  auto words = as<__m128i>(bytes);
+  words = _mm_shuffle_epi32(words, _MM_SHUFFLE(1, 0, 3, 2));
+  words = _mm_shufflelo_epi16(words, _MM_SHUFFLE(0, 1, 2, 3));
+  words = _mm_shufflehi_epi16(words, _MM_SHUFFLE(0, 1, 2, 3));
+  return as<Bytes>((as<Words>(words) << 8) | (as<Words>(words) >> 8));
 #else
   return shuffles::reversed(bytes, shuffles::UpTo<kLanes>::Type{});
 #endif
@@ -209,6 +222,26 @@ KORVEL_INLINE Words multiplyHigh(Words a, Words b) {
   const uint32x4_t low = vmull_u16(vget_low_u16(x), vget_low_u16(y));
   const uint32x4_t high = vmull_high_u16(x, y);
   return as<Words>(vuzp2q_u16(vreinterpretq_u16_u32(low), vreinterpretq_u16_u32(high)));
+#endif
+}
+
+// Each int is the sum of the products of two neighbouring words; it fits.
+KORVEL_INLINE Ints multiplyPairs(SignedWords a, SignedWords b) {
+#if defined(KORVEL_TARGET_IS_PORTABLE)
+  Ints sums{};
+  for (size_t i = 0; i < kLanesOf<Ints>; ++i) {
+    sums[i] = a[2 * i] * b[2 * i] + a[2 * i + 1] * b[2 * i + 1];
+  }
+  return sums;
+#elif defined(__AVX2__) && KORVEL_LANES == 32
+  return as<Ints>(_mm256_madd_epi16(as<__m256i>(a), as<__m256i>(b)));
+#elif defined(__SSE2__)
+  return as<Ints>(_mm_madd_epi16(as<__m128i>(a), as<__m128i>(b)));
+#else
+  const auto x = as<int16x8_t>(a);
+  const auto y = as<int16x8_t>(b);
+  const int32x4_t low = vmull_s16(vget_low_s16(x), vget_low_s16(y));
+  return as<Ints>(vpaddq_s32(low, vmull_high_s16(x, y)));
 #endif
 }
 
@@ -289,6 +322,29 @@ KORVEL_INLINE Floats toFloats(Ints ints) { return __builtin_convertvector(ints, 
 // Truncates toward zero; the floats fit into ints.
 KORVEL_INLINE Ints toInts(Floats floats) { return __builtin_convertvector(floats, Ints); }
 
+// What each lane's bit is worth in its byte.
+KORVEL_INLINE Bytes bitPlaces() {
+  constexpr uint8_t kPlaces[32] = {128, 64, 32, 16, 8, 4, 2, 1, 128, 64, 32, 16, 8, 4, 2, 1,
+                                   128, 64, 32, 16, 8, 4, 2, 1, 128, 64, 32, 16, 8, 4, 2, 1};
+  return load<Bytes>(kPlaces);
+}
+
+// Whether any bit of a mask is set, whose bytes are all ones or zero.
+KORVEL_INLINE bool anySet(Bytes mask) {
+#if defined(KORVEL_TARGET_IS_PORTABLE)
+  const auto longs = as<Longs>(mask);
+  int64_t all = 0;
+  for (size_t i = 0; i < kLanesOf<Longs>; ++i) all |= longs[i];
+  return all != 0;
+#elif defined(__AVX2__) && KORVEL_LANES == 32
+  return _mm256_movemask_epi8(as<__m256i>(mask)) != 0;
+#elif defined(__SSE2__)
+  return _mm_movemask_epi8(as<__m128i>(mask)) != 0;
+#else
+  return vmaxvq_u8(as<uint8x16_t>(mask)) != 0;
+#endif
+}
+
 // One bit a lane, lane 0 in the top bit of the first byte: kLanes / 8 bytes. Lanes of the mask
 // are all ones or zero.
 KORVEL_INLINE void storeBits(uint8_t* to, Bytes mask) {
@@ -298,38 +354,75 @@ KORVEL_INLINE void storeBits(uint8_t* to, Bytes mask) {
     for (size_t k = 0; k < 8; ++k) bits = bits << 1 | (mask[i + k] & 1u);
     to[i / 8] = static_cast<uint8_t>(bits);
   }
-#else
-  constexpr uint64_t kPlaces = 0x0102040810204080;  // low byte first: lane 0 is worth 128
-  const Bytes places = as<Bytes>(splat<Longs>(static_cast<int64_t>(kPlaces)));
-#if defined(__AVX2__) && KORVEL_LANES == 32
-  const auto sums = as<Longs>(_mm256_sad_epu8(as<__m256i>(mask & places), __m256i{}));
+#elif defined(__AVX2__) && KORVEL_LANES == 32
+  // Lane 0 would get the lowest bit: lanes are turned within their eights.
+  const __m256i turned = _mm256_set_epi64x(0x08090A0B0C0D0E0F, 0x0001020304050607,
+                                           0x08090A0B0C0D0E0F, 0x0001020304050607);
+  const int bits = _mm256_movemask_epi8(_mm256_shuffle_epi8(as<__m256i>(mask), turned));
+  __builtin_memcpy(to, &bits, sizeof bits);
 #elif defined(__SSE2__)
-  const auto sums = as<Longs>(_mm_sad_epu8(as<__m128i>(mask & places), __m128i{}));
+  const Bytes worth = mask & bitPlaces();
+  const __m128i sums = _mm_sad_epu8(as<__m128i>(worth), __m128i{});  // in the first byte of eight
+  const int bits = _mm_cvtsi128_si32(_mm_or_si128(sums, _mm_srli_si128(sums, 7)));
+  __builtin_memcpy(to, &bits, 2);
 #else
-  const auto sums = as<Longs>(vpaddlq_u32(vpaddlq_u16(vpaddlq_u8(as<uint8x16_t>(mask & places)))));
+  const auto worth = as<uint8x16_t>(mask & bitPlaces());
+  to[0] = vaddv_u8(vget_low_u8(worth));
+  to[1] = vaddv_u8(vget_high_u8(worth));
 #endif
-  for (size_t i = 0; i < kLanesOf<Longs>; ++i) to[i] = static_cast<uint8_t>(sums[i]);
+}
+
+// The bits of eight masks, one after the other: kLanes bytes.
+KORVEL_INLINE void storeBits(uint8_t* to, const Bytes (&masks)[8]) {
+#if defined(KORVEL_TARGET_IS_PORTABLE) || KORVEL_LANES == 32
+  for (size_t i = 0; i < 8; ++i) storeBits(to + i * kLanes / 8, masks[i]);
+#elif defined(__SSE2__)
+  __m128i sums[8];  // two bytes in each, eight apart
+  for (size_t i = 0; i < 8; ++i) {
+    const Bytes worth = masks[i] & bitPlaces();
+    sums[i] = _mm_sad_epu8(as<__m128i>(worth), __m128i{});
+  }
+  for (size_t i = 0; i < 8; i += 2) sums[i] = _mm_packs_epi32(sums[i], sums[i + 1]);
+  const __m128i low = _mm_packs_epi32(sums[0], sums[2]);
+  const __m128i high = _mm_packs_epi32(sums[4], sums[6]);
+  store(to, _mm_packus_epi16(low, high));
+#else
+  uint8x16_t sums[8];
+  for (size_t i = 0; i < 8; ++i) {
+    sums[i] = as<uint8x16_t>(masks[i] & bitPlaces());
+  }
+  for (size_t apart = 1; apart < 8; apart *= 2) {
+    for (size_t i = 0; i < 8; i += 2 * apart) sums[i] = vpaddq_u8(sums[i], sums[i + apart]);
+  }
+  store(to, sums[0]);
 #endif
 }
 
 // The way back: lane i is all ones where bit i, counted from the top of the first byte, is set.
 KORVEL_INLINE Bytes loadBits(const uint8_t* from) {
 #if defined(KORVEL_TARGET_IS_PORTABLE)
-  Bytes mask{};
-  for (size_t i = 0; i < kLanes; ++i) {
-    mask[i] = (from[i / 8] >> (7 - i % 8) & 1) != 0 ? uint8_t{0xFF} : uint8_t{0};
-  }
-  return mask;
-#else
-  constexpr uint64_t kPlaces = 0x0102040810204080;
   constexpr uint64_t kEachByte = 0x0101010101010101;
-  Longs spread{};
+  Longs eights{};
   for (size_t i = 0; i < kLanesOf<Longs>; ++i) {
-    spread[i] = static_cast<int64_t>(kEachByte * from[i]);
+    eights[i] = static_cast<int64_t>(kEachByte * from[i]);
   }
-  const Bytes places = as<Bytes>(splat<Longs>(static_cast<int64_t>(kPlaces)));
-  return as<Bytes>((as<Bytes>(spread) & places) == places);
+  const auto spread = as<Bytes>(eights);
+#elif defined(__AVX2__) && KORVEL_LANES == 32
+  int bits = 0;
+  __builtin_memcpy(&bits, from, sizeof bits);
+  const __m256i byteOfLane =
+      _mm256_set_epi64x(0x0303030303030303, 0x0202020202020202, 0x0101010101010101, 0);
+  const auto spread = as<Bytes>(_mm256_shuffle_epi8(_mm256_set1_epi32(bits), byteOfLane));
+#elif defined(__SSE2__)
+  uint16_t bits = 0;
+  __builtin_memcpy(&bits, from, sizeof bits);
+  __m128i both = _mm_cvtsi32_si128(bits);
+  both = _mm_shufflelo_epi16(_mm_unpacklo_epi8(both, both), _MM_SHUFFLE(1, 1, 0, 0));
+  const auto spread = as<Bytes>(_mm_shuffle_epi32(both, _MM_SHUFFLE(1, 1, 0, 0)));
+#else
+  const auto spread = as<Bytes>(vcombine_u8(vdup_n_u8(from[0]), vdup_n_u8(from[1])));
 #endif
+  return as<Bytes>((spread & bitPlaces()) == bitPlaces());
 }
 
 }  // namespace KORVEL_TARGET

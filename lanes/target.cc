@@ -16,7 +16,7 @@ bool machineRuns([[maybe_unused]] Target target) {
   return true;
 }
 
-Target choose() {
+Target widestOrNamed() {
   const std::span<const Target> targets = availableTargets();
   if (const char* wanted = std::getenv("KORVEL_TARGET")) {
     for (const Target target : targets) {
@@ -24,6 +24,11 @@ Target choose() {
     }
   }
   return targets.back();
+}
+
+Target& choice() {
+  static Target chosen = widestOrNamed();
+  return chosen;
 }
 
 }  // namespace
@@ -53,7 +58,6 @@ const char* nameOf(Target target) {
   }
 }
 
-Target chosenTarget() {
-  static const Target chosen = choose();
-  return chosen;
-}
+Target chosenTarget() { return choice(); }
+
+void chooseTarget(Target target) { choice() = target; }

@@ -27,4 +27,7 @@ const char* nameOf(Target target);
 // a name that is not available counts for nothing. Decided at the first call.
 Target chosenTarget();
 
+// Chooses an available target from here on, for tests and benches that compare them.
+void chooseTarget(Target target);
+
 #endif

@@ -1,6 +1,7 @@
 // Packs a page's bytes to the bits that the printer burns.
 // In place: the page buffer is sent from where it lies.
 // SPDX-License-Identifier: Apache-2.0
+#include "image/rows.h"
 #include "printer/log.h"
 #include "printer/pellam_printer.h"
 
@@ -12,17 +13,13 @@ int PellamPrinter::GrayToMono(int bytesPerLine, int height, unsigned char* buffe
   pellamLogCommon(0, "GrayToMono, bpl(%d), h(%d), skipPixels(%d), wb(%d)", bytesPerLine, height,
                   skip, wb);
 
-  int out = 0;
+  const auto pixels = static_cast<size_t>(wb);
+  const unsigned char* row = buffer;
+  unsigned char* packed = buffer;
   for (int y = 0; y < height; ++y) {
-    const unsigned char* row = buffer + static_cast<ptrdiff_t>(y) * bytesPerLine;
-    unsigned int bits = 0;
-    for (int x = 0; x < wb; ++x) {
-      if (row[x] != 0) bits |= 128u >> (x % 8);
-      if (x % 8 != 7) continue;
-      buffer[out++] = static_cast<unsigned char>(bits);
-      bits = 0;
-    }
-    if (wb % 8 != 0) buffer[out++] = static_cast<unsigned char>(bits);
+    imageRows().bitsOfInk(row, pixels, packed);
+    row += bytesPerLine;
+    packed += (pixels + 7) / 8;
   }
-  return out;
+  return static_cast<int>(packed - buffer);
 }

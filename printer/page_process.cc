@@ -1,6 +1,9 @@
 // Page processing: grey page, tone, turn, mirror, halftone, negative, frame, copy.
 // Either the palette image's own halftones run or the stencil library's.
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
+#include "image/rows.h"
 #include "printer/log.h"
 #include "printer/pellam_printer.h"
 #include "tattoo/pipelines.h"
@@ -86,22 +89,19 @@ bool PellamPrinter::halftoneForStencil(unsigned char* dst, int width, int height
 void PellamPrinter::copyPixels(CxImage& image, unsigned char* dst, int width, int height,
                                int stride) {
   for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      dst[static_cast<ptrdiff_t>(y) * stride + x] = image.GetPixelIndex(x, y);
-    }
+    image.GetPixelIndices(0, y, static_cast<size_t>(width),
+                          dst + static_cast<ptrdiff_t>(y) * stride);
   }
 }
 
 void PellamPrinter::copyProcessedPixels(CxImage* image, unsigned char* dst, int width, int height,
                                         int stride, size_t capacity) {
+  const auto pixels = static_cast<size_t>(width);
   for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const size_t at =
-          static_cast<size_t>(y) * static_cast<size_t>(stride) + static_cast<size_t>(x);
-      if (at >= capacity) return;
-      const uint8_t index = image->GetPixelIndex(x, y);
-      const uint8_t level = index == 1 ? 255 : index;
-      dst[at] = isNegativePrint() ? static_cast<uint8_t>(~level) : level;
-    }
+    const size_t at = static_cast<size_t>(y) * static_cast<size_t>(stride);
+    const size_t room = at < capacity ? std::min(pixels, capacity - at) : 0;
+    image->GetPixelIndices(0, y, room, dst + at);
+    imageRows().raiseOnes(dst + at, room, isNegativePrint());
+    if (room < pixels) return;
   }
 }

@@ -1,72 +1,48 @@
-// The stencil quantiser, pixel by pixel, in single precision.
+// The stencil quantiser in stripes of rows.
 // A white pixel beside black ones counts as only partly white, which spreads white edges.
 // SPDX-License-Identifier: Apache-2.0
 #include "tattoo/diffusion.h"
 
-#include <vector>
+#include <algorithm>
 
-namespace {
-
-struct Tap {
-  int dx;
-  int dy;
-  float weight;
-};
-
-// clang-format off: the taps stand where they lie.
-// Sums to 0.940002, two taps negative: part of each error is let go (DiffusionTaps).
-constexpr Tap kTaps[] = {
-    /*                                                  */ {1, 0, 0.505786f},
-    {2, 0, -0.052926f},
-    {-2, 1, 0.226194f},
-    {-1, 1, 0.128835f},
-    {0, 1, 0.243191f},
-    {1, 1, -0.111078f},
-};
-// clang-format on
-
-constexpr float kBlackNeighbourShare = 0.1427f;
-
-// Share of white that pixel (x, y), just decided white, lacks for black pixels left and above.
-float missingWhite(const QMImage& out, int x, int y) {
-  const bool onBorder = y < 1 || x < 1 || y >= out.height - 1 || x >= out.width - 1;
-  if (onBorder) return 0.0f;
-  const int i = y * out.width + x;
-  float missing = 0.0f;
-  if (out.data[i - 1] == 0) missing = kBlackNeighbourShare + missing;
-  if (out.data[i - out.width] == 0) missing = kBlackNeighbourShare + missing;
-  return missing;
-}
-
-}  // namespace
+#include "tattoo/rows.h"
 
 bool isWithinBounds(int x, int y, int width, int height) {
   return x >= 0 && x < width && y >= 0 && y < height;
 }
 
-QMImage edf_cus(const QMImage& grey, int threshold) {
-  const int width = grey.width;
-  const int height = grey.height;
-  QMImage out(width, height, QM_IMG_GRAY);
-  std::vector<std::vector<float>> errors(static_cast<size_t>(height),
-                                         std::vector<float>(static_cast<size_t>(width), 0.0f));
-  const auto errorAt = [&errors](int x, int y) -> float& {
-    return errors[static_cast<size_t>(y)][static_cast<size_t>(x)];
-  };
+StencilDiffusion::StencilDiffusion(QMImage& out, int threshold)
+    : out_(out),
+      threshold_(static_cast<float>(threshold)),
+      shares_(stencilColumns(out.width)),
+      whites_(stencilColumns(out.width)),
+      nowhere_(static_cast<size_t>(out.width)) {}
 
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const int i = y * width + x;
-      const float value = errorAt(x, y) + static_cast<float>(grey.data[i]);
-      const bool white = value > static_cast<float>(threshold);
-      out.data[i] = white ? 255 : 0;
-      const float error = white ? value - 255.0f * (1.0f - missingWhite(out, x, y)) : value;
-      for (const Tap& tap : kTaps) {
-        if (!isWithinBounds(x + tap.dx, y + tap.dy, width, height)) continue;
-        const float share = tap.weight * error;
-        errorAt(x + tap.dx, y + tap.dy) += share;
-      }
-    }
+void StencilDiffusion::next(const uint8_t* levels) {
+  const auto stride = static_cast<size_t>(out_.width);
+  StencilStripe stripe;
+  stripe.from = levels;
+  stripe.fromStride = stride;
+  stripe.to = out_.data + static_cast<size_t>(row_) * stride;
+  stripe.toStride = stride;
+  stripe.rows = std::min(kStencilRows, out_.height - row_);
+  stripe.firstRow = row_;
+  stripe.width = out_.width;
+  stripe.height = out_.height;
+  stripe.threshold = threshold_;
+  stripe.shares = shares_.data();
+  stripe.whites = whites_.data();
+  stripe.nowhere = nowhere_.data();
+  tattooRows().diffuse(stripe);
+  row_ += stripe.rows;
+}
+
+QMImage edf_cus(const QMImage& grey, int threshold) {
+  QMImage out(grey.width, grey.height, QM_IMG_GRAY);
+  if (grey.width <= 0 || grey.height <= 0) return out;
+  StencilDiffusion diffusion(out, threshold);
+  for (int y = 0; y < grey.height; y += kStencilRows) {
+    diffusion.next(grey.data + static_cast<size_t>(y) * static_cast<size_t>(grey.width));
   }
   return out;
 }

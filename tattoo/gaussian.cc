@@ -1,9 +1,9 @@
 // Gaussian kernels and blurs, separable and direct.
 // Weights are doubles that went through a single-precision exponential.
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
 #include <vector>
 
+#include "tattoo/blur.h"
 #include "tattoo/filters.h"
 #include "tattoo/numeric.h"
 
@@ -16,6 +16,20 @@ void normalise(double* weights, int count) {
   double sum = 0.0;
   for (int k = 0; k < count; ++k) sum = sum + weights[k];
   for (int k = 0; k < count; ++k) weights[k] = weights[k] / sum;
+}
+
+constexpr double kOneTap = 1.0;  // leaves every level as it is
+
+// Of an image with more bytes a pixel the first width * height are filtered and the rest kept.
+QMImage blurredImage(const QMImage& src, const BlurKernel& across, const BlurKernel& down) {
+  QMImage result = src.channels == 1 ? QMImage(src.width, src.height, src.color) : QMImage(src);
+  if (src.width <= 0 || src.height <= 0) return result;
+  const auto width = static_cast<size_t>(src.width);
+  BlurredRows rows(src, across, down);
+  for (size_t at = 0; at < width * static_cast<size_t>(src.height); at += width) {
+    tattooRows().narrow(rows.next().blurred, width, result.data + at);
+  }
+  return result;
 }
 
 }  // namespace
@@ -31,27 +45,16 @@ void generateGaussianKernel1D(int size, double sigma, double* out) {
 }
 
 QMImage convolve1D(const QMImage& src, const double* kernel, int size, bool horizontal) {
-  QMImage result(src);
-  const int half = size / 2;
-  for (int y = 0; y < src.height; ++y) {
-    for (int x = 0; x < src.width; ++x) {
-      double acc = 0.0;
-      for (int k = -half; k <= half; ++k) {
-        const int xx = horizontal ? std::min(std::max(x + k, 0), src.width - 1) : x;
-        const int yy = horizontal ? y : std::min(std::max(y + k, 0), src.height - 1);
-        acc = static_cast<double>(src.data[yy * src.width + xx]) * kernel[k + half] + acc;
-      }
-      result.data[y * src.width + x] =
-          static_cast<unsigned char>(my_round(static_cast<float>(acc)));
-    }
-  }
-  return result;
+  const BlurKernel along(kernel, size);
+  const BlurKernel nothing(&kOneTap, 1);
+  return horizontal ? blurredImage(src, along, nothing) : blurredImage(src, nothing, along);
 }
 
 QMImage enh_gaussian_filter_fast(const QMImage& src, int size, double sigma) {
-  std::vector<double> kernel(static_cast<size_t>(size));
-  generateGaussianKernel1D(size, sigma, kernel.data());
-  return convolve1D(convolve1D(src, kernel.data(), size, true), kernel.data(), size, false);
+  std::vector<double> taps(static_cast<size_t>(size));
+  generateGaussianKernel1D(size, sigma, taps.data());
+  const BlurKernel kernel(taps.data(), size);
+  return blurredImage(src, kernel, kernel);
 }
 
 void generateGaussianKernel(int size, double sigmaX, double sigmaY, double* out) {

@@ -1,6 +1,8 @@
 // The two-segment tone curve: one exponent below a knee, another from it on.
 // Built as a table of 256 levels, then applied to every pixel.
 // SPDX-License-Identifier: Apache-2.0
+#include "tattoo/tone_curve.h"
+
 #include "tattoo/filters.h"
 #include "tattoo/numeric.h"
 
@@ -22,8 +24,17 @@ unsigned char bentLevel(int v, int threshold, float gammaLow, float gammaHigh) {
 
 }  // namespace
 
+ToneTable toneTable(int threshold, float gammaLow, float gammaHigh) {
+  ToneTable table;
+  for (int v = 0; v < 256; ++v) {
+    table.levels[v] = bentLevel(v, threshold, gammaLow, gammaHigh);
+  }
+  return table;
+}
+
 void enh_piecewise_gamma(QMImage& grey, int threshold, float gammaLow, float gammaHigh) {
-  unsigned char table[256];
-  for (int v = 0; v < 256; ++v) table[v] = bentLevel(v, threshold, gammaLow, gammaHigh);
-  for (size_t i = 0; i < grey.size(); ++i) grey.data[i] = table[grey.data[i]];
+  const ToneTable table = toneTable(threshold, gammaLow, gammaHigh);
+  unsigned char* levels = grey.data;
+  const size_t count = grey.size();
+  for (size_t i = 0; i < count; ++i) levels[i] = table.levels[levels[i]];
 }

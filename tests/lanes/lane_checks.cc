@@ -51,6 +51,16 @@ bool loadsHalves() {
   return true;
 }
 
+bool shiftsUp() {
+  const auto before = ramp<Ints>(100, 1);
+  const Ints shifted = shiftUp(before, ramp<Ints>(3, 5));
+  for (size_t i = 0; i < kLanesOf<Ints>; ++i) {
+    const int want = i == 0 ? before[kLanesOf<Ints> - 1] : 3 + 5 * (static_cast<int>(i) - 1);
+    if (shifted[i] != want) return false;
+  }
+  return true;
+}
+
 bool reversesBytes() {
   const Bytes turned = reverse(ramp<Bytes>(3, 5));
   for (size_t i = 0; i < kLanes; ++i) {
@@ -79,6 +89,31 @@ bool multipliesHigh() {
         if (product[i] != (a * b) >> 16) return false;
       }
     }
+  }
+  return true;
+}
+
+bool multipliesPairs() {
+  for (int a = -32768; a <= 32767; a += 77) {
+    for (int b = -32767; b <= 32767; b += 4369) {
+      const auto left = ramp<SignedWords>(a, 11);  // wraps
+      const auto right = ramp<SignedWords>(b, -7);
+      const Ints sums = multiplyPairs(left, right);
+      for (size_t i = 0; i < kLanesOf<Ints>; ++i) {
+        const int want = left[2 * i] * right[2 * i] + left[2 * i + 1] * right[2 * i + 1];
+        if (sums[i] != want) return false;
+      }
+    }
+  }
+  return true;
+}
+
+bool findsAnySet() {
+  if (anySet(Bytes{})) return false;
+  for (size_t i = 0; i < kLanes; ++i) {
+    Bytes mask{};
+    mask[i] = 0xFF;
+    if (!anySet(mask)) return false;
   }
   return true;
 }
@@ -155,9 +190,12 @@ constexpr LaneCheck kChecks[] = {
     {"interleave ints", interleaves<Ints>},
     {"interleave longs", interleaves<Longs>},
     {"load halves", loadsHalves},
+    {"shift up", shiftsUp},
     {"reverse", reversesBytes},
     {"add saturated", addsSaturated},
     {"multiply high", multipliesHigh},
+    {"multiply pairs", multipliesPairs},
+    {"any set", findsAnySet},
     {"widen and pack bytes", widensAndPacksBytes},
     {"pack words held within bytes", packsWordsHeld},
     {"widen and pack ints", widensAndPacksInts},

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Instructions a pixel of each halftone, counted by callgrind: noise cannot touch them.
+# Usage: count.sh KORVEL_COUNT TARGET COUNTS_FILE [--write]; fails when a halftone costs over 5 %
+# more than the file says, or when the file knows nothing of it.
+# SPDX-License-Identifier: Apache-2.0
+set -euo pipefail
+
+program=$1 target=$2 counts=$3 write=${4:-}
+pixels=$((812 * 1218))
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# instructions METHOD TIMES
+instructions() {
+  KORVEL_TARGET=$target valgrind --tool=callgrind --callgrind-out-file="$work/out" \
+    "$program" "$1" "$2" > "$work/log" 2>&1 || { cat "$work/log" >&2; exit 1; }
+  sed -n 's/^summary: //p;s/^totals: //p' "$work/out" | head -n 1
+}
+
+status=0
+for method in 0 1 2 3 4 5 6 7 8 9; do
+  # The second page alone: start-up and the first page's tables do not count.
+  once=$(instructions "$method" 1)
+  twice=$(instructions "$method" 2)
+  cost=$(awk -v n="$((twice - once))" -v p="$pixels" 'BEGIN { printf "%.3f", n / p }')
+  if [[ -n $write ]]; then
+    echo "$target $method $cost"
+    continue
+  fi
+  known=$(awk -v t="$target" -v m="$method" '$1 == t && $2 == m { print $3 }' "$counts")
+  if ! awk -v have="$cost" -v want="${known:-0}" 'BEGIN { exit !(have <= want * 1.05) }'; then
+    echo "$target, method $method: have $cost instructions a pixel, want at most ${known:-none} + 5 %"
+    status=1
+  fi
+done
+exit "$status"

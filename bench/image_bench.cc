@@ -1,0 +1,107 @@
+// Halftones, tone, geometry and depth of the palette image, on an A4 page.
+// SPDX-License-Identifier: Apache-2.0
+#include <cstring>
+
+#include "bench/forms.h"
+#include "bench/pages.h"
+#include "image/cximage.h"
+#include "image/cximage_literal.h"
+#include "lanes/target.h"
+
+namespace {
+
+// One image for all: benches run one after the other.
+CxImage& workImage() {
+  static CxImage image;
+  return image;
+}
+
+void takePage() {
+  const GreyPage& page = a4Page();
+  const auto width = static_cast<uint32_t>(page.width);
+  workImage().CreateFromArray(page.pixels.data(), width, static_cast<uint32_t>(page.height), 8,
+                              width, false);
+}
+
+void takeHalftone() {
+  takePage();
+  workImage().Dither(0);
+}
+
+struct Halftone {
+  const char* name;
+  DitherMethod method;
+};
+
+constexpr Halftone kHalftones[] = {
+    {"Burkes", 2},         {"Stucki", 3},    {"Jarvis-Judice-Ninke", 4}, {"Sierra", 5},
+    {"Stevenson-Arce", 6}, {"threshold", 0}, {"ordered 4x4", 1},         {"Bayer", 7},
+};
+
+}  // namespace
+
+void registerForms(const std::string& what, const Work& plain, const Work& fast) {
+  benchmark::RegisterBenchmark((what + "/plain").c_str(), timeWork, plain);
+  for (const Target target : availableTargets()) {
+    if (target == Target::kPortable) continue;
+    const Work onTarget{[target, prepare = fast.prepare] {
+                          chooseTarget(target);
+                          prepare();
+                        },
+                        fast.run};
+    benchmark::RegisterBenchmark((what + "/" + nameOf(target)).c_str(), timeWork, onTarget);
+  }
+}
+
+// The yardstick: as many bytes as the page has, copied.
+void registerCopy() {
+  static std::vector<uint8_t> copy(a4Page().pixels.size());
+  const Work work{[] {},
+                  [] {
+                    std::memcpy(copy.data(), a4Page().pixels.data(), copy.size());
+                    benchmark::DoNotOptimize(copy.data());
+                    benchmark::ClobberMemory();
+                    return true;
+                  }};
+  benchmark::RegisterBenchmark("copy/plain", timeWork, work);
+}
+
+void registerHalftones() {
+  for (const Halftone& halftone : kHalftones) {
+    const DitherMethod method = halftone.method;
+    registerForms(halftone.name,
+                  {takePage, [method] { return CxImageLiteral::Dither(workImage(), method); }},
+                  {takePage, [method] { return workImage().Dither(method); }});
+  }
+}
+
+void registerPointWork() {
+  static uint8_t table[256];
+  for (int i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(255 - i / 2);
+  registerForms("light", {takePage, [] { return CxImageLiteral::Lut(workImage(), table); }},
+                {takePage, [] { return workImage().Light(25, 40); }});
+  registerForms("turn", {takePage, [] { return CxImageLiteral::Rotate180(workImage()); }},
+                {takePage, [] { return workImage().Rotate180(); }});
+  registerForms("mirror",
+                {takePage,
+                 [] {
+                   CxImageLiteral::Mirror(workImage());
+                   return true;
+                 }},
+                {takePage, [] {
+                   workImage().Mirror();
+                   return true;
+                 }});
+  registerForms("negative",
+                {takePage,
+                 [] {
+                   CxImageLiteral::Negative(workImage());
+                   return true;
+                 }},
+                {takePage, [] {
+                   workImage().Negative();
+                   return true;
+                 }});
+  registerForms("depth", {takeHalftone, [] { return CxImageLiteral::IncreaseBpp(workImage(), 8); }},
+                {takeHalftone, [] { return workImage().IncreaseBpp(8); }});
+}

@@ -1,0 +1,49 @@
+// The page's story once more, told with plain forms only.
+// SPDX-License-Identifier: Apache-2.0
+#include "bench/plain_printer.h"
+
+#include <cstdlib>
+
+#include "image/cximage_literal.h"
+#include "printer/page_literal.h"
+#include "tattoo/literal.h"
+
+void PlainPrinter::printPlainly(const unsigned char* data, size_t bytesPerLine, size_t height,
+                                size_t width) {
+  saveImage(data, bytesPerLine, height, width, 8);
+  const size_t size = bytesPerLine * height;
+  auto* copy = static_cast<unsigned char*>(std::calloc(2 * size, 1));
+  cximage_.CreateFromArray(data, static_cast<uint32_t>(width), static_cast<uint32_t>(height), 8,
+                           static_cast<uint32_t>(bytesPerLine), false);
+  halftonePlainly(copy, static_cast<int>(width), static_cast<int>(height),
+                  static_cast<int>(bytesPerLine));
+  if (isNegativePrint()) CxImageLiteral::Negative(*pimage);
+  if (getAntiWrinkle() != 0) EnableAntiWrink(*pimage);
+  PageLiteral::copyProcessedPixels(
+      pimage, copy, static_cast<int>(pimage->GetWidth()), static_cast<int>(pimage->GetHeight()),
+      static_cast<int>(pimage->GetEffWidth()), isNegativePrint(), 2 * size);
+  saveImage(pimage->GetBits(), pimage->GetEffWidth(), pimage->GetHeight(), pimage->GetWidth(), 8);
+  const auto rows = static_cast<int>(pimage->GetHeight());
+  const int packed =
+      PageLiteral::GrayToMono(static_cast<int>(pimage->GetEffWidth()), rows, 0, pimage->GetBits());
+  SendImage(packed, {static_cast<int64_t>(pimage->GetWidth()), rows}, pimage->GetBits());
+  std::free(copy);
+}
+
+void PlainPrinter::halftonePlainly(unsigned char* copy, int width, int height, int stride) {
+  const DitherType type = getHalftoneType();
+  if (type != kHalftoneTattoo && type != kHalftoneTattooZ4) {
+    CxImageLiteral::Dither(cximage_, type);
+    CxImageLiteral::IncreaseBpp(cximage_, 8);
+    pimage = &cximage_;
+    return;
+  }
+  PageLiteral::copyPixels(cximage_, copy, width, height, stride);
+  const QMImage input(width, height, QM_IMG_GRAY, copy);
+  const QMImage output = type == kHalftoneTattooZ4 ? literal::qmTattooDitheringZ4(input)
+                                                   : literal::qmTattooDithering(input);
+  const auto columns = static_cast<uint32_t>(width);
+  ditheredImage_.CreateFromArray(output.data, columns, static_cast<uint32_t>(height), 8, columns,
+                                 false);
+  pimage = &ditheredImage_;
+}

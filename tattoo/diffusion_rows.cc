@@ -1,0 +1,238 @@
+// The stencil quantiser, many rows at a time.
+// Lanes are rows: each a few columns behind the one above, so that all it needs is there.
+// SPDX-License-Identifier: Apache-2.0
+//
+// A row is one chain: a pixel waits for its left neighbour's error, some 14 cycles, while the
+// machine could do ten times as much. Rows depend on each other only by what is handed down, and
+// that reaches two columns ahead. So 16 rows run side by side, lane r at column t - 8r in step t;
+// their chains overlap, and every pixel still adds what the plain form adds, in its order: the
+// shares from the row above by ascending column, then from two to the left, then from the left,
+// then its level. A share is weight * error, rounded, then added, as when it is pushed; leaving out
+// the zero that the plain form starts from changes no bit, for a level is never -0.
+//
+// A lag of 8 columns makes a block: 8 steps in which each lane goes over 8 aligned bytes of its
+// row. Levels come in and pixels go out as blocks; within one nothing is looked up. What the last
+// lane hands down waits in a row of floats for the next stripe's first lane.
+//
+// About 6 instructions a pixel with 8 lanes a vector, 11 with 4. Narrow pages take the same road:
+// lanes beside the page have their errors held at zero, and those below it write nowhere.
+#include "lanes/lanes.h"
+#include "tattoo/rows.h"
+
+namespace KORVEL_TARGET {
+
+namespace {
+
+constexpr int kLag = 8;
+constexpr size_t kFloats = kLanesOf<Floats>;
+constexpr size_t kVectors = kStencilRows / kFloats;
+constexpr int kLeader = kLag * (kStencilRows - 1);  // columns from the last lane to the first
+
+// Shares of an error, named by where the error comes from.
+constexpr float kFromAboveLeft = -0.111078f;
+constexpr float kFromAbove = 0.243191f;
+constexpr float kFromAboveRight = 0.128835f;
+constexpr float kFromAboveFarRight = 0.226194f;
+constexpr float kFromFarLeft = -0.052926f;
+constexpr float kFromLeft = 0.505786f;
+
+// What a white pixel lacks of 255 for a black neighbour; for two it is exactly twice as much.
+constexpr float kBlackNeighbourShare = 0.1427f;
+constexpr float kLack = 255.0f - 255.0f * (1.0f - kBlackNeighbourShare);
+static_assert(255.0f - kLack == 255.0f * (1.0f - kBlackNeighbourShare));
+static_assert(255.0f - kLack - kLack ==
+              255.0f * (1.0f - (kBlackNeighbourShare + kBlackNeighbourShare)));
+
+// What some of the lanes know from step to step.
+struct Lanes {
+  Ints offset;  // columns behind lane 0, negative
+  Ints lack;    // the bits of kLack, or of 0 in the page's first and last row
+  Floats error1{};
+  Floats error2{};
+  Floats error3{};
+  Ints left{};       // whether the pixel before is white
+  Ints above{};      // black or white above: a bit for each column of the block
+  Ints bits{};       // white pixels of the block so far, the last one lowest
+  Ints levels[2]{};  // four bytes each, the first one lowest
+};
+
+struct Stripe {
+  Lanes lanes[kVectors];
+  Floats shares[kLag][kVectors]{};  // to hand down, by column modulo kLag
+  Floats threshold;
+  const uint8_t* from[kStencilRows];
+  uint8_t* to[kStencilRows];
+};
+
+KORVEL_INLINE Ints within(Ints mask, Ints x, int first, int end) {
+  return mask & as<Ints>(x >= first) & as<Ints>(x < end);
+}
+
+// Column `t` of lane 0 and the columns of the others. The block's step `k` is known when compiled.
+template <bool kAtEdge>
+KORVEL_INLINE void step(Stripe& stripe, size_t v, size_t k, const StencilStripe& page, int t) {
+  Lanes& lanes = stripe.lanes[v];
+  const Floats before =
+      v == 0 ? splat<Floats>(page.shares[kLag + t]) : stripe.shares[k][v == 0 ? 0 : v - 1];
+  const Floats above = shiftUp(before, stripe.shares[k][v]);
+  const Ints level = lanes.levels[k / 4] >> static_cast<int>(k % 4 * 8) & 255;
+
+  Floats value = above + lanes.error2 * kFromFarLeft;
+  value = value + lanes.error1 * kFromLeft;
+  value = value + toFloats(level);
+
+  const auto white = as<Ints>(value > stripe.threshold);
+  const auto blackAbove = as<Ints>((lanes.above & (128 >> k)) == 0);
+  Ints lack = lanes.lack;
+  if constexpr (kAtEdge) lack = within(lack, lanes.offset + t, 1, page.width - 1);
+  const Floats lessAbove = 255.0f - as<Floats>(lack & blackAbove);
+  const Floats whole = lessAbove - as<Floats>(lack & ~lanes.left);
+  Floats error = value - as<Floats>(as<Ints>(whole) & white);
+  if constexpr (kAtEdge) {
+    error = as<Floats>(within(as<Ints>(error), lanes.offset + t, 0, page.width));
+  }
+
+  // For the column two to the left, whose last source this is.
+  Floats share = lanes.error3 * kFromAboveLeft;
+  share = share + lanes.error2 * kFromAbove;
+  share = share + lanes.error1 * kFromAboveRight;
+  share = share + error * kFromAboveFarRight;
+  stripe.shares[(k + kLag - 2) % kLag][v] = share;
+
+  lanes.error3 = lanes.error2;
+  lanes.error2 = lanes.error1;
+  lanes.error1 = error;
+  lanes.left = white;
+  lanes.bits = lanes.bits + lanes.bits - white;
+}
+
+// How many of the block's columns from x on are on the page.
+template <bool kAtEdge>
+KORVEL_INLINE size_t columnsSeen(int x, int width) {
+  if (!kAtEdge) return kLag;
+  if (x < 0 || x >= width) return 0;
+  return static_cast<size_t>(width - x < kLag ? width - x : kLag);
+}
+
+template <bool kAtEdge>
+KORVEL_INLINE int64_t eightLevels(const Stripe& stripe, int r, int column, int width) {
+  const int x = column - kLag * r;
+  const size_t count = columnsSeen<kAtEdge>(x, width);
+  int64_t levels = 0;
+  if (count != 0) __builtin_memcpy(&levels, stripe.from[r] + x, count);
+  return levels;
+}
+
+// Turns rows of eight bytes into lanes of four and four.
+template <bool kAtEdge>
+KORVEL_INLINE void takeLevels(Stripe& stripe, size_t v, int column, int width) {
+  Longs even{};
+  Longs odd{};
+  for (size_t i = 0; i < kLanesOf<Longs>; ++i) {
+    const int r = static_cast<int>(v * kFloats + 2 * i);
+    even[i] = eightLevels<kAtEdge>(stripe, r, column, width);
+    odd[i] = eightLevels<kAtEdge>(stripe, r + 1, column, width);
+  }
+  const auto low = as<Longs>(interleaveLow(as<Ints>(even), as<Ints>(odd)));
+  const auto high = as<Longs>(interleaveHigh(as<Ints>(even), as<Ints>(odd)));
+  stripe.lanes[v].levels[0] = as<Ints>(interleaveLow(low, high));
+  stripe.lanes[v].levels[1] = as<Ints>(interleaveHigh(low, high));
+}
+
+// Eight bytes of 0 or 255 for eight bits, the top one first.
+struct Pixels {
+  uint8_t bytes[256][kLag];
+};
+
+constexpr Pixels pixelsOfBits() {
+  Pixels pixels{};
+  for (int bits = 0; bits < 256; ++bits) {
+    for (int x = 0; x < kLag; ++x) pixels.bytes[bits][x] = (bits & 128 >> x) != 0 ? 255 : 0;
+  }
+  return pixels;
+}
+
+constexpr Pixels kPixels = pixelsOfBits();
+
+template <bool kAtEdge>
+KORVEL_INLINE void putPixels(const Stripe& stripe, int column, int width) {
+  for (int r = 0; r < kStencilRows; ++r) {
+    const auto lane = static_cast<size_t>(r);
+    const int bits = stripe.lanes[lane / kFloats].bits[lane % kFloats];
+    const int x = column - kLag * r;
+    const size_t count = columnsSeen<kAtEdge>(x, width);
+    if (count != 0) __builtin_memcpy(stripe.to[r] + x, kPixels.bytes[bits], count);
+  }
+}
+
+template <bool kAtEdge>
+KORVEL_INLINE void runBlock(Stripe& stripe, const StencilStripe& page, int column) {
+  for (size_t v = 0; v < kVectors; ++v) takeLevels<kAtEdge>(stripe, v, column, page.width);
+#pragma GCC unroll 8
+  for (size_t k = 0; k < kLag; ++k) {
+    // The last vector first: the one before it has not yet written over what is handed down.
+    for (size_t v = kVectors; v-- > 0;) {
+      step<kAtEdge>(stripe, v, k, page, column + static_cast<int>(k));
+    }
+  }
+  putPixels<kAtEdge>(stripe, column, page.width);
+}
+
+// White pixels of the block before become those above of the next lane.
+KORVEL_INLINE void handBitsDown(Stripe& stripe, int whitesAbove) {
+  for (size_t v = kVectors; v-- > 0;) {
+    const Ints before = v == 0 ? splat<Ints>(whitesAbove) : stripe.lanes[v == 0 ? 0 : v - 1].bits;
+    stripe.lanes[v].above = shiftUp(before, stripe.lanes[v].bits);
+    stripe.lanes[v].bits = Ints{};
+  }
+}
+
+// Keeps what the last lane leaves for the next stripe. The last two columns of a block are known
+// only in the next block.
+KORVEL_INLINE void keepLastRow(const Stripe& stripe, const StencilStripe& page, int column) {
+  float* shares = page.shares + kLag + column;
+  for (int k = 0; k < kLag; ++k) {
+    shares[k < kLag - 2 ? k : k - kLag] = stripe.shares[k][kVectors - 1][kFloats - 1];
+  }
+  const int bits = stripe.lanes[kVectors - 1].bits[kFloats - 1];
+  page.whites[column / kLag] = static_cast<uint8_t>(bits);
+}
+
+KORVEL_INLINE void begin(Stripe& stripe, const StencilStripe& page) {
+  stripe.threshold = splat<Floats>(page.threshold);
+  for (int r = 0; r < kStencilRows; ++r) {
+    const bool isSeen = r < page.rows;
+    const auto row = static_cast<size_t>(isSeen ? r : page.rows - 1);
+    stripe.from[r] = page.from + row * page.fromStride;
+    stripe.to[r] = isSeen ? page.to + row * page.toStride : page.nowhere;
+
+    const auto lane = static_cast<size_t>(r);
+    Lanes& lanes = stripe.lanes[lane / kFloats];
+    const int y = page.firstRow + r;
+    const Floats lack = splat<Floats>(y > 0 && y < page.height - 1 ? kLack : 0.0f);
+    lanes.lack[lane % kFloats] = as<Ints>(lack)[0];
+    lanes.offset[lane % kFloats] = -kLag * r;
+  }
+}
+
+}  // namespace
+
+void diffuse(const StencilStripe& given) {
+  const StencilStripe page = given;  // out of the way of the stores
+  Stripe stripe;
+  begin(stripe, page);
+  // Two columns beyond the last one, for what they still hand down.
+  const int end = (page.width + 2 + kLag - 1) / kLag * kLag + kLeader;
+  for (int column = 0; column < end; column += kLag) {
+    handBitsDown(stripe, page.whites[column / kLag]);
+    const int last = column - kLeader;
+    if (last < 1 || column + kLag > page.width - 1) {
+      runBlock<true>(stripe, page, column);
+    } else {
+      runBlock<false>(stripe, page, column);
+    }
+    if (last >= 0) keepLastRow(stripe, page, last);
+  }
+}
+
+}  // namespace KORVEL_TARGET
