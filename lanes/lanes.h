@@ -81,6 +81,20 @@ KORVEL_INLINE Bytes loadHalves(const uint8_t* low, [[maybe_unused]] const uint8_
 #endif
 }
 
+// 8 bytes from `low` in the lower part of the first half, of a 32-byte vector 8 bytes from `high`
+// in the lower part of the second; the upper parts are zero.
+KORVEL_INLINE Bytes loadEights(const uint8_t* low, [[maybe_unused]] const uint8_t* high) {
+  Longs vector{};
+  int64_t eight;
+  __builtin_memcpy(&eight, low, 8);
+  vector[0] = eight;
+  if constexpr (kLanes == 32) {
+    __builtin_memcpy(&eight, high, 8);
+    vector[kLanesOf<Longs> / 2] = eight;
+  }
+  return reinterpret_cast<Bytes>(vector);
+}
+
 // The same value in every lane.
 template <class Vector, class Value>
 KORVEL_INLINE Vector splat(Value value) {
@@ -179,6 +193,16 @@ KORVEL_INLINE SignedBytes addSaturated(SignedBytes a, SignedBytes b) {
   return as<SignedBytes>(_mm_adds_epi8(as<__m128i>(a), as<__m128i>(b)));
 #else
   return as<SignedBytes>(vqaddq_s8(as<int8x16_t>(a), as<int8x16_t>(b)));
+#endif
+}
+
+// -number where the mask's lane is all ones, the number itself where it is zero.
+KORVEL_INLINE SignedBytes negatedWhere(Bytes mask, SignedBytes numbers) {
+#if defined(__AVX2__) && KORVEL_LANES == 32
+  return as<SignedBytes>(_mm256_sign_epi8(as<__m256i>(numbers), as<__m256i>(mask | 1)));
+#else
+  const auto minus = as<SignedBytes>(mask);
+  return (numbers ^ minus) - minus;
 #endif
 }
 
