@@ -164,6 +164,36 @@ TEST_F(Setup, RefusesInOneSentence) {
   }
 }
 
+// The program's terminal shows questions and answers; the answers are typed ahead.
+TEST_F(Setup, AsksInATerminalForWhatIsNotTold) {
+  const struct {
+    const char* sentence;
+    const char* words;
+    const char* typed;
+    const char* queue;
+    const char* model;
+  } kCases[] = {
+      {"proposals taken", "-v usb://Korvel/R57", "\\n\\nno\\n", "r57", "Korvel R57 203 dpi, 1.0"},
+      {"the second description and a name", "-v usb://Korvel/R57", "2\\nboxes\\nno\\n", "boxes",
+       "Korvel R57 300 dpi, 1.0"},
+      {"a number that is none, and then one", "-v lpd://127.0.0.1/r57-korvel",
+       "9\\nx\\n2\\ntags\\nn\\n", "tags", "Korvel R57 300 dpi one-way, 1.0"},
+      {"a name that is taken by another device gets a number", "-v usb://Korvel/R57?serial=2",
+       "1\\n\\nn\\n", "r57-2", "Korvel R57 203 dpi, 1.0"},
+  };
+  for (const auto& c : kCases) {
+    const std::string line = std::string("printf '") + c.typed + "' | script -qec '" +
+                             spooler_.toolPath("korvel-setup") + " " + c.words + "' /dev/null";
+    const CommandResult result = run({"sh", "-c", line}, kSeconds, spooler_.clientEnvironment());
+    EXPECT_EQ(result.status, 0) << c.sentence << "\n" << result.output;
+    EXPECT_NE(result.output.find("Which description? [1] "), std::string::npos) << result.output;
+    const std::string nickname = std::string("*NickName: \"") + c.model + "\"";
+    EXPECT_NE(spooler_.queueDescription(c.queue).find(nickname), std::string::npos)
+        << c.sentence << "\n"
+        << result.output;
+  }
+}
+
 TEST_F(Setup, PrintsATestPageOnAnEmulatedPrinterOfTheModelsKind) {
   const struct {
     const char* model;
