@@ -58,6 +58,7 @@ class KorvelPrinter : public PellamPrinter {
   bool reportsStatus() const;
   void requestStatus();
   bool readStatus(int64_t* status);
+  void pauseBetweenAttempts();
 
   int64_t lastStatus_ = 0;  // the status word last passed on
 };
