@@ -69,7 +69,7 @@ TEST(LeavingReader, EndsTheStatusWaitWhileItSleeps) {
 }
 
 TEST(SlowReader, GetsTheSameBytes) {
-  JobPlan plan = labelJob({"320x100 203dpi picture=noise:1", kSmallPage});
+  JobPlan plan = labelJob({"368x104 203dpi picture=noise:1", kSmallPage});
   const std::string want = runJob(plan).output;
   ASSERT_GT(want.size(), 4096u + 1000u);
   plan.outputPipe = 4096;
