@@ -5,6 +5,7 @@
 
 #include <cups/raster.h>
 
+#include <algorithm>
 #include <string>
 
 #include "tests/job/job_text.h"
@@ -28,6 +29,9 @@ inline std::string disorderOf(const JobResult& job) {
   }
   return readStream(job.output).fault;
 }
+
+// How many of `count` alike jobs to run: valgrind takes a second and more for each.
+inline int fewUnderMemcheck(int count) { return underMemcheck() ? std::max(1, count / 10) : count; }
 
 // A header of a plain grey page, to be spoilt.
 inline cups_page_header2_t plainHeader(unsigned width = 8, unsigned height = 4) {

@@ -78,7 +78,8 @@ TEST(HostileDescription, OnPathsOfAllKindsLeavesNoPaper) {
 
 TEST(HostileDescription, CutAnywhereEndsInOrder) {
   const std::string whole = testPpd("stencil");
-  for (size_t kept = 0; kept < whole.size(); kept += 97) {
+  const size_t step = whole.size() / static_cast<size_t>(fewUnderMemcheck(50));
+  for (size_t kept = 0; kept < whole.size(); kept += step) {
     const JobResult job = printWith(whole.substr(0, kept));
     ASSERT_EQ(disorderOf(job), "") << "cut after " << kept;
     const bool hasPaper = setting(job, "pageWidth") != "0.000000";
@@ -90,7 +91,7 @@ TEST(HostileDescription, CutAnywhereEndsInOrder) {
 TEST(HostileDescription, WithWrongBytesEndsInOrder) {
   const std::string whole = testPpd("label");
   unsigned state = 5;
-  for (int i = 0; i < 60; ++i) {
+  for (int i = 0; i < fewUnderMemcheck(60); ++i) {
     std::string spoilt = whole;
     for (int k = 0; k < 1 + i / 6; ++k) {
       state = state * 1103515245 + 12345;

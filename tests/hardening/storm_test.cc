@@ -19,7 +19,8 @@ TEST(BackChannelStorm, CostsAttemptsAndNothingElse) {
   JobPlan plan = reportingJob(10);
   plan.storm = std::string(4096, '\xFF');  // a pipe full every few milliseconds
   JobRunner runner(plan);
-  runner.runFor(2.5);
+  ASSERT_TRUE(runner.runUntilMessage("Printer Status Data"));
+  runner.runFor(2.2);
   runner.sendSignal(SIGTERM);
   const JobResult& job = runner.finish();
   EXPECT_EQ(job.exitStatus, 1);

@@ -117,7 +117,7 @@ double terminate(int jobs) {
   return slowest;
 }
 
-TEST(TerminationAtAnyMoment, AHundredTimes) { terminate(100); }
+TEST(TerminationAtAnyMoment, AHundredTimes) { terminate(fewUnderMemcheck(100)); }
 
 TEST(LongTerminationAtAnyMoment, TwoThousandTimes) { terminate(2000); }
 
