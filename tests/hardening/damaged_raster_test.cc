@@ -89,14 +89,16 @@ void expectCutsToFollowTheRules(const GoldenRaster& golden, const std::vector<si
   }
 }
 
-// Every `step`th place of all headers, and `count` places of the pixels.
+// Every `step`th place of the first header, an eighth as many of the others, which are read by the
+// same code, and `count` places of the pixels.
 std::vector<size_t> cutPlaces(const GoldenRaster& golden, size_t step, size_t count) {
   std::vector<size_t> places;
   for (size_t at = 0; at < 4; at += step) places.push_back(at);
   std::vector<size_t> pixels;
   for (size_t page = 0; page < golden.pageStarts.size(); ++page) {
     const size_t start = golden.pageStarts[page];
-    for (size_t at = 0; at < kRasterHeaderBytes; at += step) places.push_back(start + at);
+    const size_t apart = page == 0 ? step : 8 * step;
+    for (size_t at = 0; at < kRasterHeaderBytes; at += apart) places.push_back(start + at);
     const size_t end =
         page + 1 < golden.pageStarts.size() ? golden.pageStarts[page + 1] : golden.bytes.size();
     for (size_t at = start + kRasterHeaderBytes; at < end; ++at) pixels.push_back(at);
@@ -140,7 +142,7 @@ void flipBits(const GoldenRaster& golden, int jobs) {
 
 TEST_P(DamagedGolden, AFewFlippedBitsEndInOrder) { flipBits(GetParam(), 3); }
 
-TEST_P(DamagedGoldenAll, FlippedBitsEndInOrder) { flipBits(GetParam(), 500); }
+TEST_P(DamagedGoldenAll, FlippedBitsEndInOrder) { flipBits(GetParam(), 200); }
 
 std::vector<GoldenRaster> everyGolden() { return goldenRasters(); }
 

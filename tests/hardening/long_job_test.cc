@@ -72,7 +72,7 @@ const std::vector<std::string> kAlternating = {
     "120x300 203dpi picture=ramp"};
 
 TEST(ManyPages, KeepTheirSize) {
-  expectNoGrowth(kAlternating, 250, "HalftoneType=Tattoo MirrorImage=True AntiWrinkle=1");
+  expectNoGrowth(kAlternating, 160, "HalftoneType=Tattoo MirrorImage=True AntiWrinkle=1");
 }
 
 TEST(LongManyPages, TenThousandKeepTheirSize) {
