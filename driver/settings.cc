@@ -64,6 +64,17 @@ void readSettings(ppd_file_t* ppd, Settings* settings) {
   getPageWidthPageHeight(ppd, settings);
 }
 
+// The one text that a description can spread over several lines: shown on one, so that it forges no
+// line of the log (ForgesNoLogLine).
+void logModelName(const char* name) {
+  char shown[kSettingText];
+  pellamStrCpy(shown, name, sizeof shown);
+  for (char* c = shown; *c != '\0'; ++c) {
+    if (*c == '\n' || *c == '\r') *c = ' ';
+  }
+  pellamLogCommon(0, "settings->ModelName:%s", shown);
+}
+
 void logSettings(const Settings* settings) {
   pellamLogCommon(0, "settings->Resolution:%s", settings->Resolution);
   pellamLogCommon(0, "settings->MediaMethod:%s", settings->MediaMethod);
@@ -82,7 +93,7 @@ void logSettings(const Settings* settings) {
   pellamLogCommon(0, "settings->pageHeight:%f", static_cast<double>(settings->pageHeight));
   pellamLogCommon(0, "settings->AntiWrinkle:%d", settings->AntiWrinkle);
   pellamLogCommon(0, "settings->IsTattooPrinter:%d", settings->IsTattooPrinter);
-  pellamLogCommon(0, "settings->ModelName:%s", settings->ModelName);
+  logModelName(settings->ModelName);
   pellamLogCommon(0, "settings->Brightness:%d", settings->Brightness);
   pellamLogCommon(0, "settings->Contrast:%d", settings->Contrast);
 }

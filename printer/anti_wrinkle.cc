@@ -106,15 +106,26 @@ struct Band {
   int y1;
 };
 
+// Sets the dots from column `left` up to `right` of one row, both inside the image. Whole runs of
+// bytes where a dot is one: a band may hold hundreds of millions of them.
+void fillRow(CxImage& image, int row, int left, int right) {
+  constexpr uint8_t kFrameIndex = 255;
+  if (image.GetNumColors() == 256) {
+    uint8_t* dots = image.GetBits(static_cast<uint32_t>(row));
+    std::memset(dots + left, kFrameIndex, static_cast<size_t>(right - left));
+    return;
+  }
+  for (int column = left; column < right; ++column) image.SetPixelIndex(column, row, kFrameIndex);
+}
+
 // Sets the band's dots and moves the counters to where loops over the whole band leave them: the
 // band may be far larger than the image. `x` stays where it was when the band has no rows.
 void drawBand(CxImage& image, const Band& band, int& x, int& y) {
+  const int left = std::max(band.x0, 0);
   const int right = std::min(band.x1, static_cast<int>(image.GetWidth()));
   const int bottom = std::min(band.y1, static_cast<int>(image.GetHeight()));
-  for (int row = std::max(band.y0, 0); row < bottom; ++row) {
-    for (int column = std::max(band.x0, 0); column < right; ++column) {
-      image.SetPixelIndex(column, row, 255);
-    }
+  for (int row = std::max(band.y0, 0); left < right && row < bottom; ++row) {
+    fillRow(image, row, left, right);
   }
   if (band.y0 < band.y1) x = std::max(band.x0, band.x1);
   y = std::max(band.y0, band.y1);

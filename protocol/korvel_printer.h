@@ -11,9 +11,9 @@
 #include "protocol/packet.h"
 
 // An image's size.
-struct _SIZEL {  // NOLINT(bugprone-reserved-identifier): the record's established name
-  int64_t cx;    // width in pixels
-  int64_t cy;    // height in rows
+struct _SIZEL {
+  int64_t cx;  // width in pixels
+  int64_t cy;  // height in rows
 };
 
 // 1 after a feed that leaves the media ahead of the print position, 0 after one that brings it
@@ -58,6 +58,7 @@ class KorvelPrinter : public PellamPrinter {
   bool reportsStatus() const;
   void requestStatus();
   bool readStatus(int64_t* status);
+  void pauseBetweenAttempts();
 
   int64_t lastStatus_ = 0;  // the status word last passed on
 };

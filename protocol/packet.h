@@ -9,8 +9,8 @@
 
 // Zero-fill before use. The data stays the caller's.
 #pragma pack(push, 1)
-struct _ASTRAPV2 {  // NOLINT(bugprone-reserved-identifier): the record's established name
-  uint8_t head;     // 0x64
+struct _ASTRAPV2 {
+  uint8_t head;  // 0x64
   uint8_t command;
   uint8_t parameter;
   uint16_t dataLength;  // bytes of data

@@ -5,6 +5,7 @@
 
 #include <cups/cups.h>
 #include <cups/sidechannel.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -25,6 +26,9 @@ constexpr int kStatusWordOffset = 5;
 
 // Reads until the channel falls silent. Returns the bytes read. The room left shrinks by the whole
 // total after each read: a chatty printer must not hold the job (ReadsShrinkByTheTotal).
+// No read can pass the buffer's end: what has been subtracted is a sum of which the present total
+// is one term, so total + remaining <= kReplyBuffer, and equal only after the first read. What the
+// count costs is room, never safety: 45 reads of a byte use it up (NoReadPassesTheBuffersEnd).
 int64_t readBackChannel(unsigned char* buffer) {
   unsigned char* position = buffer;
   int64_t total = 0;
@@ -39,6 +43,12 @@ int64_t readBackChannel(unsigned char* buffer) {
     remaining -= total;
   }
   return total;
+}
+
+// Whether nobody reads a stream's pipe or socket any more.
+bool isReaderGone(FILE* stream) {
+  struct pollfd watched = {stream != nullptr ? fileno(stream) : -1, 0, 0};
+  return poll(&watched, 1, 0) > 0 && (watched.revents & POLLERR) != 0;
 }
 
 int64_t littleEndian64(const unsigned char* bytes) {
@@ -80,6 +90,14 @@ bool KorvelPrinter::readStatus(int64_t* status) {
   return true;
 }
 
+// A second, unless the printer's connection is gone: the next request then ends the job at once.
+void KorvelPrinter::pauseBetweenAttempts() {
+  for (FILE* stream : getOutputStreams()) {
+    if (isReaderGone(stream)) return;
+  }
+  sleep(1);
+}
+
 bool KorvelPrinter::WaitForPrinterStatus(int mask) {
   if (!reportsStatus()) return true;
   std::fprintf(stderr, "DEBUG: Enter WaitForPrinterReady\n");
@@ -101,7 +119,7 @@ bool KorvelPrinter::WaitForPrinterStatus(int mask) {
       }
       if (mask == kStatusPaperOut && paperOut) return true;
     }
-    sleep(1);
+    pauseBetweenAttempts();
   }
   return false;
 }

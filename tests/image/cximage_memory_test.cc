@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/image/owned_image.h"
-#include "tests/image/scarce_memory.h"
+#include "tests/support/scarce_memory.h"
 
 namespace {
 

@@ -1,9 +1,8 @@
 // What happens when there is no memory: one command, one packet or one page is left out, and the
-// rest goes on. The program's own malloc and calloc refuse the sizes that a test names.
+// rest goes on.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -14,41 +13,9 @@
 #include "tests/support/captured_stderr.h"
 #include "tests/support/hex_text.h"
 #include "tests/support/memory_stream.h"
+#include "tests/support/scarce_memory.h"
 
 namespace {
-
-// The one size that is refused, and how many requests for it are granted before.
-size_t refusedSize = 0;
-int grantedBefore = 0;
-
-bool refused(size_t size) {
-  if (refusedSize == 0 || size != refusedSize) return false;
-  return grantedBefore-- <= 0;
-}
-
-}  // namespace
-
-extern "C" {
-void* __real_malloc(size_t size);
-void* __real_calloc(size_t count, size_t size);
-
-void* __wrap_malloc(size_t size) { return refused(size) ? nullptr : __real_malloc(size); }
-void* __wrap_calloc(size_t count, size_t size) {
-  return refused(count * size) ? nullptr : __real_calloc(count, size);
-}
-}
-
-namespace {
-
-// Refuses a size while it lives.
-class ShortMemory {
- public:
-  explicit ShortMemory(size_t size, int before = 0) {
-    grantedBefore = before;
-    refusedSize = size;
-  }
-  ~ShortMemory() { refusedSize = 0; }
-};
 
 TEST(ShortMemory, LeavesACommandOutAndItsNote) {
   const MemoryStream stream;
@@ -56,19 +23,19 @@ TEST(ShortMemory, LeavesACommandOutAndItsNote) {
   printer.getOutputStreams() = {stream.get()};
   for (const int note : {0, 1}) {
     bNeedGoBack = note;
-    const ShortMemory none(13);  // a feed's packet
+    const ScarceMemory none(13);  // a feed's packet
     printer.FeedPaper(note == 0 ? 3 : 4, 0);
     EXPECT_EQ(bNeedGoBack, note);
   }
   EXPECT_EQ(stream.text(), "");
   {
-    const ShortMemory none(13);
+    const ScarceMemory none(13);
     bNeedGoBack = 0;
     printer.DoFeedCutPaper();
     EXPECT_EQ(hexText(stream.text()), "64 02 00 00 00 00 00 00 00 9B") << "the cut goes on alone";
     EXPECT_EQ(bNeedGoBack, 0);
   }
-  const ShortMemory none(11);  // controls and density
+  const ScarceMemory none(11);  // controls and density
   EXPECT_TRUE(printer.SendPrintSetting());
   const Settings settings{};
   CapturedStderr captured;
@@ -81,7 +48,7 @@ TEST(ShortMemory, TellsTheLengthOfThePacketItCannotBuild) {
   const uint8_t data[] = {1, 2, 3};
   const _ASTRAPV2 record = makePacket(1, 2, data, 3);
   int64_t length = 0;
-  const ShortMemory none(13);
+  const ScarceMemory none(13);
   EXPECT_EQ(RapToArray(&record, &length), nullptr);
   EXPECT_EQ(length, 13);
 }
@@ -91,7 +58,7 @@ TEST(ShortMemory, SkipsAnImagePacketAndItsRows) {
   KorvelPrinter printer;
   printer.getOutputStreams() = {stream.get()};
   auto rows = hexBytes("01 02 03 04  05 06 07 08  09 0A 0B 0C  0D");
-  const ShortMemory none(14, 2);  // area, first block, then the second one fails and the third
+  const ScarceMemory none(14, 2);  // area, first block, then the second one fails and the third
   CapturedStderr quiet;
   printer.SendImage(13, {8, 13}, rows.data());
   quiet.text();
@@ -134,7 +101,7 @@ TEST(ShortMemory, EndsAPageWithALine) {
     for (const std::string& line : c.log) want += line + "\n";
     CapturedStderr captured;
     {
-      const ShortMemory none(c.size);
+      const ScarceMemory none(c.size);
       printer.printImage(pixels.data(), 71, 3, 71);
     }
     EXPECT_EQ(captured.text(), want) << c.sentence;
@@ -168,7 +135,7 @@ TEST(ShortMemory, EndsAPageWithoutAnImage) {
     CapturedStderr captured;
     int length = -1;
     {
-      const ShortMemory none(1280, c.grantedBefore);
+      const ScarceMemory none(1280, c.grantedBefore);
       length = printer.PageProcess(c.halftone, pixels.data(), 71, 71, 3, result.data());
     }
     const std::string log = captured.text();

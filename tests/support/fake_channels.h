@@ -25,6 +25,7 @@ struct DrainAnswer {
   cups_sc_status_t status = CUPS_SC_STATUS_OK;
   std::string data = {};  // hex text, carried by the answer itself
   bool silent = false;    // no end is told: the reader finds out by time
+  int echo = -1;          // the command that the answer names; -1: the one asked
 };
 
 // Holds the two descriptors while it lives and then puts back what was there. Requests beyond the
@@ -111,7 +112,8 @@ class FakeChannels {
     }
     // Command, status, length with the high byte first, data.
     const std::vector<uint8_t> data = hexBytes(now.data);
-    std::vector<uint8_t> message = {command, static_cast<uint8_t>(now.status),
+    const auto echo = now.echo == -1 ? command : static_cast<uint8_t>(now.echo);
+    std::vector<uint8_t> message = {echo, static_cast<uint8_t>(now.status),
                                     static_cast<uint8_t>(data.size() >> 8),
                                     static_cast<uint8_t>(data.size() & 0xFF)};
     message.insert(message.end(), data.begin(), data.end());

@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -124,8 +125,17 @@ JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
     command_.push_back(plan_.options);
     if (plan_.byPath) command_.push_back(folder_ + "/raster");
   }
+  if (plan_.user != 0) handFolderOver();
   openChannels();
   start();
+}
+
+// The filter's user may not look into folders of the test's.
+void JobRunner::handFolderOver() {
+  for (const char* name : {"", "/dumps", "/printer.ppd", "/raster"}) {
+    const std::string path = folder_ + name;
+    if (fs::exists(path) && chown(path.c_str(), plan_.user, plan_.user) != 0) std::abort();
+  }
 }
 
 JobRunner::~JobRunner() {
@@ -153,6 +163,9 @@ void JobRunner::openChannels() {
   ours_[kSideChannel] = pair[0];
   theirs_[kSideChannel] = pair[1];
 
+  if (plan_.outputPipe != 0) {
+    fcntl(ours_[1], F_SETPIPE_SZ, static_cast<int>(plan_.outputPipe));
+  }
   if (!plan_.outputPath.empty()) {
     closeOne(&theirs_[1]);
     theirs_[1] = open(plan_.outputPath.c_str(), O_WRONLY | O_CLOEXEC);
@@ -173,6 +186,7 @@ void JobRunner::start() {
   }
   for (int& descriptor : theirs_) closeOne(&descriptor);
   if (pending_.empty() && !plan_.inputStaysOpen) closeInput();
+  if (plan_.outputClosesAfter == size_t{0}) closeOutput();
 }
 
 // In the child: descriptors, environment, limits, then the program itself.
@@ -186,15 +200,26 @@ void JobRunner::becomeFilter() {
 
   unsetenv("PPD");
   if (!plan_.ppd.empty()) setenv("PPD", (folder_ + "/printer.ppd").c_str(), 1);
+  if (!plan_.ppdPath.empty()) setenv("PPD", plan_.ppdPath.c_str(), 1);
   setenv("TZ", "UTC", 1);
   setenv("LC_ALL", "C", 1);
   setenv("KORVEL_SANDBOX", folder_.c_str(), 1);
-  setenv("LD_PRELOAD", KORVEL_SANDBOX_LIBRARY, 1);
+  std::string preloads = KORVEL_SANDBOX_LIBRARY;
+  for (const std::string& library : plan_.preloads) preloads += ":" + library;
+  setenv("LD_PRELOAD", preloads.c_str(), 1);
+  for (const auto& [name, value] : plan_.environment) {
+    if (value.empty()) {
+      unsetenv(name.c_str());
+    } else {
+      setenv(name.c_str(), value.c_str(), 1);
+    }
+  }
   addOption("ASAN_OPTIONS", "verify_asan_link_order=0");
   if (plan_.addressSpace != 0) {
     const struct rlimit limit = {plan_.addressSpace, plan_.addressSpace};
     setrlimit(RLIMIT_AS, &limit);
   }
+  if (plan_.user != 0 && (setgid(plan_.user) != 0 || setuid(plan_.user) != 0)) _exit(127);
   std::vector<char*> words;
   for (std::string& word : command_) words.push_back(word.data());
   words.push_back(nullptr);
@@ -225,7 +250,12 @@ void JobRunner::feed(const std::string& bytes) { pending_ += bytes; }
 
 void JobRunner::closeInput() { closeOne(&ours_[0]); }
 
-void JobRunner::closeOutput() { closeOne(&ours_[1]); }
+void JobRunner::closeOutput() {
+  signalled_ = Clock::now();
+  closeOne(&ours_[1]);
+}
+
+void JobRunner::closeSideChannel() { closeOne(&ours_[kSideChannel]); }
 
 void JobRunner::sendSignal(int number) {
   signalled_ = Clock::now();
@@ -246,6 +276,7 @@ const JobResult& JobRunner::finish() {
 
 void JobRunner::serveOnce(int milliseconds) {
   writeLate();
+  blowStorm();
   const bool stalls = plan_.outputStalls;
   struct pollfd watched[] = {{pending_.empty() ? -1 : ours_[0], POLLOUT, 0},
                              {stalls ? -1 : ours_[1], POLLIN, 0},
@@ -253,7 +284,7 @@ void JobRunner::serveOnce(int milliseconds) {
                              {ours_[kSideChannel], POLLIN, 0}};
   if (poll(watched, std::size(watched), milliseconds) <= 0) return;
   if (watched[0].revents != 0) writeInput();
-  if (watched[1].revents != 0) readInto(&ours_[1], &result_.output);
+  if (watched[1].revents != 0) readOutput();
   if (watched[2].revents != 0) readInto(&ours_[2], &result_.messages);
   if (watched[3].revents != 0) answerSideChannel();
 }
@@ -267,6 +298,24 @@ void JobRunner::writeInput() {
     pending_.erase(0, static_cast<size_t>(written));
   }
   if (pending_.empty() && !plan_.inputStaysOpen) closeInput();
+}
+
+// Takes what this reader takes, and goes away when it has enough.
+void JobRunner::readOutput() {
+  if (!plan_.readsByteByByte && !plan_.outputClosesAfter) {
+    readInto(&ours_[1], &result_.output);
+    return;
+  }
+  char bytes[4096];
+  size_t wanted = plan_.readsByteByByte ? 1 : sizeof bytes;
+  if (plan_.outputClosesAfter) {
+    wanted = std::min(wanted, *plan_.outputClosesAfter - result_.output.size());
+  }
+  const ssize_t count = read(ours_[1], bytes, wanted);
+  if (count > 0) result_.output.append(bytes, static_cast<size_t>(count));
+  if (count == 0) closeOne(&ours_[1]);
+  if (plan_.readsByteByByte) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  if (plan_.outputClosesAfter == result_.output.size()) closeOutput();
 }
 
 // Takes what is there; closes at the end.
@@ -295,7 +344,8 @@ void JobRunner::answerSideChannel() {
   if (nextAnswer_ >= plan_.answers.size()) return;
   const StatusAnswer& answer = plan_.answers[nextAnswer_++];
   if (answer.status == -1) return;
-  std::string reply{static_cast<char>(request[0]), static_cast<char>(answer.status),
+  const int echo = answer.echo == -1 ? request[0] : answer.echo;
+  std::string reply{static_cast<char>(echo), static_cast<char>(answer.status),
                     static_cast<char>(answer.data.size() >> 8),
                     static_cast<char>(answer.data.size() & 0xFF)};
   reply += answer.data;
@@ -318,10 +368,17 @@ void JobRunner::writeLate() {
   }
 }
 
+void JobRunner::blowStorm() {
+  if (plan_.storm.empty()) return;
+  while (write(ours_[kBackChannel], plan_.storm.data(), plan_.storm.size()) > 0) continue;
+}
+
 bool JobRunner::reap() {
   if (pid_ == -1) return true;
   int status = 0;
-  if (waitpid(pid_, &status, WNOHANG) != pid_) return false;
+  struct rusage usage;
+  if (wait4(pid_, &status, WNOHANG, &usage) != pid_) return false;
+  result_.peakKilobytes = usage.ru_maxrss;
   ended_ = Clock::now();
   pid_ = -1;
   if (WIFEXITED(status)) result_.exitStatus = WEXITSTATUS(status);

@@ -18,10 +18,12 @@ struct StatusAnswer {
   int status = 1;                  // a cups_sc_status_t; -1: no answer at all
   std::vector<std::string> reads;  // one write each, a quarter of a second apart
   std::string data;                // carried by the answer itself
+  int echo = -1;                   // the command that the answer names; -1: the one asked
 };
 
 struct JobPlan {
   std::string ppd;      // text of the printer description; empty: no variable PPD
+  std::string ppdPath;  // what the variable PPD says, instead
   std::string options;  // the fifth argument
   std::optional<std::vector<std::string>> arguments;  // all behind the program name, instead
   std::string input;                                  // the raster stream
@@ -33,8 +35,15 @@ struct JobPlan {
   int messagesDescriptor = -1;        // standard error goes there; -1: a pipe
   bool outputStalls = false;          // nobody reads standard output while the filter runs
   bool dumpFolder = true;             // the folder of the page dumps exists
-  size_t addressSpace = 0;            // bytes the filter may map; 0: no limit
-  double timeout = 60;                // seconds; more on a slow build
+  size_t outputPipe = 0;              // bytes that the pipe of standard output holds; 0: as usual
+  std::optional<size_t> outputClosesAfter;  // bytes, then the reader of standard output goes away
+  bool readsByteByByte = false;  // of standard output, a millisecond a byte, while the filter runs
+  std::string storm;             // on the back channel, again and again, as fast as it is read
+  std::map<std::string, std::string> environment;  // on top of the usual; an empty value unsets
+  std::vector<std::string> preloads;               // libraries, besides the sandbox
+  unsigned user = 0;        // the filter's user, where the test itself is root; 0: the test's
+  size_t addressSpace = 0;  // bytes the filter may map; 0: no limit
+  double timeout = 60;      // seconds; more on a slow build
 };
 
 struct JobResult {
@@ -45,6 +54,7 @@ struct JobResult {
   std::string messages;                      // standard error
   std::map<std::string, std::string> dumps;  // file name to content
   std::optional<std::string> pageNote;       // the small text file of the last page
+  long peakKilobytes = 0;                    // the most memory that was resident at a time
 };
 
 class JobRunner {
@@ -63,13 +73,16 @@ class JobRunner {
   void closeInput();
   void closeOutput();  // the reader of standard output goes away
   void stallOutput(bool stalls) { plan_.outputStalls = stalls; }
+  void closeSideChannel();
   void sendSignal(int number);
   // Serves until the filter ends, then collects its files. Kills it when the time is over.
   const JobResult& finish();
-  // From the last signal sent to the end.
+  // From the last signal sent, or the closing of the output, to the end.
   std::chrono::duration<double> timeToEnd() const { return ended_ - signalled_; }
   const JobResult& result() const { return result_; }
   std::string pageNotePath() const { return folder_ + "/xxxxx.log"; }
+  std::string dumpPath(const std::string& name) const { return folder_ + "/dumps/" + name; }
+  pid_t pid() const { return pid_; }  // -1 when it has ended
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -83,6 +96,9 @@ class JobRunner {
   void serveOnce(int milliseconds);
   void writeInput();
   void readInto(int* descriptor, std::string* text);
+  void readOutput();
+  void blowStorm();
+  void handFolderOver();
   void answerSideChannel();
   void writeLate();
   bool reap();
