@@ -67,6 +67,22 @@ void addOption(const char* variable, const std::string& option) {
   setenv(variable, both.c_str(), 1);
 }
 
+// A filter of another processor is run by an emulator, whose words stand in front, and wants a
+// preloaded library of its own.
+std::vector<std::string> filterWords() {
+  const char* foreign = std::getenv("KORVEL_TEST_FILTER");
+  if (foreign == nullptr) return {KORVEL_FILTER};
+  std::istringstream in(foreign);
+  std::vector<std::string> words;
+  for (std::string word; in >> word;) words.push_back(word);
+  return words;
+}
+
+const char* preloadedLibrary() {
+  const char* foreign = std::getenv("KORVEL_TEST_PRELOAD");
+  return foreign == nullptr ? KORVEL_SANDBOX_LIBRARY : foreign;
+}
+
 std::string makeFolder() {
   std::string pattern = (fs::temp_directory_path() / "korvel-job-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) std::abort();
@@ -113,7 +129,8 @@ JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
     // Its clean-up of the C library would flush standard output after an immediate exit.
     command_ = {"valgrind", "-q", "--error-exitcode=99", "--run-libc-freeres=no"};
   }
-  command_.push_back(KORVEL_FILTER);
+  const std::vector<std::string> filter = filterWords();
+  command_.insert(command_.end(), filter.begin(), filter.end());
   if (plan_.arguments) {
     command_.insert(command_.end(), plan_.arguments->begin(), plan_.arguments->end());
   } else {
@@ -186,7 +203,7 @@ void JobRunner::becomeFilter() {
   setenv("TZ", "UTC", 1);
   setenv("LC_ALL", "C", 1);
   setenv("KORVEL_SANDBOX", folder_.c_str(), 1);
-  setenv("LD_PRELOAD", KORVEL_SANDBOX_LIBRARY, 1);
+  setenv("LD_PRELOAD", preloadedLibrary(), 1);
   addOption("ASAN_OPTIONS", "verify_asan_link_order=0");
   if (plan_.addressSpace != 0) {
     const struct rlimit limit = {plan_.addressSpace, plan_.addressSpace};
