@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
@@ -159,6 +160,15 @@ bool makeRoom(Job& job) {
   return true;
 }
 
+// A field as the number that it is: a raster may carry one that an enumerated type does not have.
+template <typename Field>
+int numberIn(const Field& field) {
+  int number = 0;
+  static_assert(sizeof number == sizeof field);
+  std::memcpy(&number, &field, sizeof number);
+  return number;
+}
+
 void logHeader(const cups_page_header2_t& header, int32_t page) {
   pellamLogCommon(0, "PAGE: %d %d\n", page, static_cast<int>(header.NumCopies));
   pellamLogCommon(0, "header.HWResolution[0]:%d\n", static_cast<int>(header.HWResolution[0]));
@@ -169,8 +179,8 @@ void logHeader(const cups_page_header2_t& header, int32_t page) {
   pellamLogCommon(0, "header.cupsBitsPerColor:%d", static_cast<int>(header.cupsBitsPerColor));
   pellamLogCommon(0, "header.cupsBitsPerPixel:%d", static_cast<int>(header.cupsBitsPerPixel));
   pellamLogCommon(0, "header.cupsBytesPerLine:%d", static_cast<int>(header.cupsBytesPerLine));
-  pellamLogCommon(0, "header.cupsColorOrder:%d", static_cast<int>(header.cupsColorOrder));
-  pellamLogCommon(0, "header.cupsColorSpace:%d", static_cast<int>(header.cupsColorSpace));
+  pellamLogCommon(0, "header.cupsColorOrder:%d", numberIn(header.cupsColorOrder));
+  pellamLogCommon(0, "header.cupsColorSpace:%d", numberIn(header.cupsColorSpace));
   pellamLogCommon(0, "header.cupsCompression:%d", static_cast<int>(header.cupsCompression));
   pellamLogCommon(0, "header.cupsRowCount:%d", static_cast<int>(header.cupsRowCount));
   pellamLogCommon(0, "header.cupsRowFeed:%d", static_cast<int>(header.cupsRowFeed));

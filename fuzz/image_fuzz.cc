@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr int kMaxWidth = 300;
-constexpr uint32_t kMaxHeight = 64;
+constexpr int kMaxWidth = 150;
+constexpr uint32_t kMaxHeight = 24;
 constexpr int kMaxOperations = 8;
 
 class OwnedImage : public CxImage {
@@ -41,17 +41,16 @@ void demandSameImage(CxImage& fast, CxImage& plain, const std::string& operation
   const std::string have = blockOf(fast);
   const std::string want = blockOf(plain);
   const auto at = std::mismatch(have.begin(), have.end(), want.begin(), want.end());
-  demand(have == want,
-         operation + ": the blocks differ at byte " + std::to_string(at.first - have.begin()) +
-             " of " + std::to_string(want.size()));
+  demand(have == want, operation + ": the blocks differ at byte " +
+                           std::to_string(at.first - have.begin()) + " of " +
+                           std::to_string(want.size()));
 }
 
 class Pair {
  public:
   Pair(uint32_t depth, uint32_t width, std::string_view rows) : rows_(rows) {
     const uint32_t stride = (depth * width + 31) / 32 * 4;
-    const uint32_t height =
-        std::clamp(static_cast<uint32_t>(rows.size() / stride), 1u, kMaxHeight);
+    const uint32_t height = std::clamp(static_cast<uint32_t>(rows.size() / stride), 1u, kMaxHeight);
     for (CxImage* image : {&fast_, &plain_}) {
       image->Create(width, height, depth, 0);
       image->SetGrayPalette();

@@ -36,9 +36,9 @@ constexpr uint64_t kMaxPixels = uint64_t{1} << 18;
 constexpr uint32_t kMaxFrameResolution = 60;
 constexpr uint32_t kMaxPages = 20;
 
-uint32_t pages = 0;  // headers read by the job
+uint32_t pages = 0;          // headers read by the job
 bool framesAreHuge = false;  // a frame of level -1 is a million dots wide
-bool asked = false;  // the printer was asked for its state and has not answered yet
+bool asked = false;          // the printer was asked for its state and has not answered yet
 uint32_t requests = 0;
 
 // Where the job's files go: a folder in place of the spooler's, emptied after each job.
@@ -96,8 +96,8 @@ class Places {
 // Each message is one line that begins as one of the filter's; a text of the options that brought
 // a line end along would make one that does not.
 void demandMessages(const std::string& messages, int status) {
-  static const char* const kBegins[] = {"DEBUG:", "WARN:",  "ERROR:",  "CRIT:",
-                                        "INFO: ", "STATE:", "PellamPrinter::saveImage: "};
+  static const char* const kBegins[] = {
+      "DEBUG:", "WARN:", "ERROR:", "CRIT:", "INFO: ", "STATE:", "PellamPrinter::saveImage: "};
   size_t from = 0;
   std::string last;
   while (from < messages.size()) {

@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr size_t kMaxBytes = 16384;
+constexpr size_t kMaxBytes = 4096;
 
 bool isSheet(const std::string& name) {
   return name == "A4" || name == "Letter" || name == "Tattoo_A5" || name == "Tattoo_A6";
@@ -36,7 +36,7 @@ void setUp(FuzzedPrinter& printer, HeaderLine& line, cups_page_header2_t& header
   const std::string sheet(line.word());
   std::strncpy(header.cupsPageSizeName, sheet.c_str(), sizeof header.cupsPageSizeName - 1);
   printer.setPageHeader(&header);
-  printer.resolution_ = line.numberWithin(0, 43);  // small sheets, or the frame takes all the time
+  printer.resolution_ = line.numberWithin(0, 23);  // small sheets, or the frame takes all the time
   printer.setHalftoneType(static_cast<DitherType>(line.numberWithin(0, 11)));
   printer.setBrightness(line.number());
   printer.setContrast(line.number());

@@ -14,7 +14,7 @@
 namespace {
 
 constexpr int kMaxWidth = 200;
-constexpr size_t kMaxPixels = 16384;
+constexpr size_t kMaxPixels = 3600;
 
 using Halftone = QMImage (*)(const QMImage&);
 
