@@ -1,20 +1,26 @@
 // A small page of arbitrary pixels under arbitrary settings, through the page pipeline and the
-// transmission into memory: it must end, with no byte out of place.
+// transmission into memory: it must end, and its stream must be whole packets.
+// Header line: width, bytes behind a row's last pixel, sheet name, dpi, halftone, brightness,
+// contrast, mirror, negative, turn, frame level, stencil printer. Then the rows.
 // SPDX-License-Identifier: Apache-2.0
-#include <cstdio>
+#include <algorithm>
 #include <cstring>
+#include <string>
 #include <vector>
 
+#include "fuzz/caught_streams.h"
+#include "fuzz/demand.h"
+#include "fuzz/header_line.h"
 #include "protocol/korvel_printer.h"
+#include "tools/stream_decoder.h"
 
 namespace {
 
-constexpr size_t kSettingBytes = 16;
+constexpr size_t kMaxBytes = 4096;
 
-// Keeps the log and the dumps out of the way.
-struct Quiet {
-  Quiet() { stderr = std::fopen("/dev/null", "w"); }
-};
+bool isSheet(const std::string& name) {
+  return name == "A4" || name == "Letter" || name == "Tattoo_A5" || name == "Tattoo_A6";
+}
 
 class FuzzedPrinter : public KorvelPrinter {
  public:
@@ -26,31 +32,42 @@ class FuzzedPrinter : public KorvelPrinter {
   }
 };
 
+void setUp(FuzzedPrinter& printer, HeaderLine& line, cups_page_header2_t& header) {
+  const std::string sheet(line.word());
+  std::strncpy(header.cupsPageSizeName, sheet.c_str(), sizeof header.cupsPageSizeName - 1);
+  printer.setPageHeader(&header);
+  printer.resolution_ = line.numberWithin(0, 23);  // small sheets, or the frame takes all the time
+  printer.setHalftoneType(static_cast<DitherType>(line.numberWithin(0, 11)));
+  printer.setBrightness(line.number());
+  printer.setContrast(line.number());
+  printer.setMirrorPrint(line.number() != 0);
+  printer.setNegativePrint(line.number() != 0);
+  printer.setRotate180Print(line.number() != 0);
+  // Around a sheet a frame of level -1 is a million dots wide.
+  printer.setAntiWrinkle(line.numberWithin(isSheet(sheet) ? 0 : -1, 8));
+  printer.tattooPrinter_ = line.number();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
-  static const Quiet quiet;
-  if (count < kSettingBytes + 1) return 0;
-  const int width = bytes[0] % 64 + 1;
-  const int stride = width + bytes[1] % 8;
-  const int height = static_cast<int>((count - kSettingBytes) / static_cast<size_t>(stride));
+  HeaderLine line(bytes, count);
+  const int width = line.numberWithin(1, 200);
+  const int stride = width + line.numberWithin(0, 9);
+  const int height = static_cast<int>(std::min(line.count(), kMaxBytes)) / stride;
   if (height == 0) return 0;
 
+  CatchStreams caught;
   cups_page_header2_t header{};
-  static const char* const kNames[] = {"", "A4", "Letter", "Tattoo_A5", "Tattoo_A6"};
-  std::strcpy(header.cupsPageSizeName, kNames[bytes[2] % 5]);
   FuzzedPrinter printer;
-  printer.getOutputStreams().clear();
-  printer.setPageHeader(&header);
-  printer.resolution_ = 12 + bytes[3] % 32;  // small sheets, or the frame takes all the time
-  printer.setHalftoneType(static_cast<DitherType>(bytes[4] % 12));
-  printer.setBrightness(static_cast<int8_t>(bytes[5]));
-  printer.setContrast(static_cast<int8_t>(bytes[6]));
-  printer.setMirrorPrint((bytes[7] & 1) != 0);
-  printer.setNegativePrint((bytes[7] & 2) != 0);
-  printer.setRotate180Print((bytes[7] & 4) != 0);
-  printer.setAntiWrinkle(bytes[8] % 5);
-  printer.tattooPrinter_ = bytes[9] & 1;
-  printer.process(bytes + kSettingBytes, stride, width, height);
+  setUp(printer, line, header);
+  printer.process(line.bytes(), stride, width, height);
+  for (FILE* stream : printer.getOutputStreams()) std::fflush(stream);
+
+  korvel::StreamDecoder decoder([](const korvel::StreamItem&) {});
+  const std::string& stream = caught.out();
+  decoder.push(reinterpret_cast<const uint8_t*>(stream.data()), stream.size());
+  decoder.finish();
+  demand(decoder.error().empty(), "the stream is whole packets: " + decoder.error());
   return 0;
 }

@@ -106,7 +106,8 @@ bool KorvelPrinter::WaitForPrinterStatus(int mask) {
   int length = sizeof buffer;  // set once: a drained channel's own answer length carries over
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     requestStatus();
-    const cups_sc_status_t drained =
+    // A number: the channel may answer one that the enumeration does not have.
+    const int drained =
         cupsSideChannelDoRequest(CUPS_SC_CMD_DRAIN_OUTPUT, buffer, &length, kChannelTimeout);
     std::fprintf(stderr, "DEBUG: cups_sc_status_t = %d\n", drained);
     int64_t status = 0;

@@ -68,6 +68,22 @@ void addOption(const char* variable, const std::string& option) {
   setenv(variable, both.c_str(), 1);
 }
 
+// A filter of another processor is run by an emulator, whose words stand in front, and wants a
+// preloaded library of its own.
+std::vector<std::string> filterWords() {
+  const char* foreign = std::getenv("KORVEL_TEST_FILTER");
+  if (foreign == nullptr) return {KORVEL_FILTER};
+  std::istringstream in(foreign);
+  std::vector<std::string> words;
+  for (std::string word; in >> word;) words.push_back(word);
+  return words;
+}
+
+const char* preloadedLibrary() {
+  const char* foreign = std::getenv("KORVEL_TEST_PRELOAD");
+  return foreign == nullptr ? KORVEL_SANDBOX_LIBRARY : foreign;
+}
+
 std::string makeFolder() {
   std::string pattern = (fs::temp_directory_path() / "korvel-job-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) std::abort();
@@ -117,7 +133,8 @@ JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
 #ifdef KORVEL_EMULATOR
   command_ = {KORVEL_EMULATOR};  // the filter was built for another processor
 #endif
-  command_.push_back(KORVEL_FILTER);
+  const std::vector<std::string> filter = filterWords();
+  command_.insert(command_.end(), filter.begin(), filter.end());
   if (plan_.arguments) {
     command_.insert(command_.end(), plan_.arguments->begin(), plan_.arguments->end());
   } else {
@@ -204,7 +221,7 @@ void JobRunner::becomeFilter() {
   setenv("TZ", "UTC", 1);
   setenv("LC_ALL", "C", 1);
   setenv("KORVEL_SANDBOX", folder_.c_str(), 1);
-  std::string preloads = KORVEL_SANDBOX_LIBRARY;
+  std::string preloads = preloadedLibrary();
   for (const std::string& library : plan_.preloads) preloads += ":" + library;
   setenv("LD_PRELOAD", preloads.c_str(), 1);
   for (const auto& [name, value] : plan_.environment) {

@@ -1,0 +1,6 @@
+# Debian armhf on another machine; KORVEL_SYSROOT is the folder that make_sysroot has filled.
+# SPDX-License-Identifier: Apache-2.0
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR arm)
+set(KORVEL_TRIPLE arm-linux-gnueabihf)
+include(${CMAKE_CURRENT_LIST_DIR}/foreign.cmake)
