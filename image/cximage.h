@@ -14,7 +14,7 @@
 // 6 Stevenson-Arce, 7 Bayer; every other number is Floyd-Steinberg.
 using DitherMethod = int64_t;
 
-struct DiffusionKernel;  // image/dither_tables.h
+struct DiffusionMethod;  // image/diffusion_rows.h
 struct ThresholdTable;
 
 // Bitmap header with the layout of the published BITMAPINFOHEADER.
@@ -170,7 +170,7 @@ class CxImage {
   void FillWith(tagRGBQUAD colour);
   void CopyPixelsTo(CxImage& larger, int64_t left, int64_t bottom) const;
   void CompareInto(CxImage& target, const ThresholdTable& thresholds) const;
-  void DiffuseInto(CxImage& target, const DiffusionKernel& kernel);
+  bool DiffuseInto(CxImage& target, const DiffusionMethod& method) const;
 
   DibHeader header{};
   Info info{};

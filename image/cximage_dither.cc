@@ -1,30 +1,31 @@
 // The classic halftones: threshold, two ordered dithers and error diffusion to 1 bit per pixel.
 // All scan stored rows upward and pixels left to right, and read indices as grey levels.
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
+#include <cstdlib>
+#include <cstring>
 
 #include "image/cximage.h"
+#include "image/diffusion_rows.h"
 #include "image/dither_tables.h"
 #include "image/rows.h"
 
 namespace {
 
-constexpr int kThreshold = 128;  // above it a pixel is white
-
-const DiffusionKernel& diffusionKernel(DitherMethod method) {
+const DiffusionMethod& diffusionMethod(DitherMethod method) {
+  const DiffusionRows& rows = diffusionRows();
   switch (method) {
     case 2:
-      return kBurkes;
+      return rows.burkes;
     case 3:
-      return kStucki;
+      return rows.stucki;
     case 4:
-      return kJarvisJudiceNinke;
+      return rows.jarvisJudiceNinke;
     case 5:
-      return kSierra;
+      return rows.sierra;
     case 6:
-      return kStevensonArce;
+      return rows.stevensonArce;
     default:
-      return kFloydSteinberg;
+      return rows.floydSteinberg;
   }
 }
 
@@ -116,7 +117,10 @@ bool CxImage::Dither(DitherMethod method) {
       CompareInto(target, kBayerThresholds);
       break;
     default:
-      DiffuseInto(target, diffusionKernel(method));
+      if (!DiffuseInto(target, diffusionMethod(method))) {
+        target.Destroy();
+        return TakeErrorFrom(target);
+      }
       break;
   }
   target.SetPaletteColor(0, 0, 0, 0, 0);
@@ -136,20 +140,26 @@ void CxImage::CompareInto(CxImage& target, const ThresholdTable& thresholds) con
   }
 }
 
-// The image is its own error store: each neighbour is updated in place, clamped after every
+// Each pixel's error is shared out among those after it; sums are held within 0..255 after every
 // addition, so shares are lost at black and white. What falls outside is lost too.
-void CxImage::DiffuseInto(CxImage& target, const DiffusionKernel& kernel) {
-  for (int64_t y = 0; y < Height(); ++y) {
-    for (int64_t x = 0; x < Width(); ++x) {
-      const int value = BlindGetPixelIndex(x, y);
-      const bool white = value > kThreshold;
-      target.SetPixelIndex(x, y, white ? 1 : 0);
-      const int error = white ? value - 255 : value;
-      for (const DiffusionTap& tap : kernel.taps) {
-        const int old = GetPixelIndex(x + tap.dx, y + tap.dy);
-        const int updated = old + (error * tap.weight) / kernel.divisor;  // truncates toward zero
-        SetPixelIndex(x + tap.dx, y + tap.dy, static_cast<uint8_t>(std::clamp(updated, 0, 255)));
-      }
-    }
+bool CxImage::DiffuseInto(CxImage& target, const DiffusionMethod& method) const {
+  if (header.biBitCount != 8) {  // greys of four bits stay below white, colours read as 0
+    std::memset(target.info.bits, 0, target.header.biSizeImage);
+    return true;
   }
+  const auto width = static_cast<size_t>(Width());
+  auto* scratch = static_cast<uint8_t*>(std::malloc(method.scratchBytes(width)));
+  if (scratch == nullptr) {
+    std::strcpy(target.info.lastError, "CxImage::Create can't allocate memory");
+    return false;
+  }
+  const DiffusionPage page = {info.bits,
+                              info.effWidth,
+                              target.info.bits,
+                              target.info.effWidth,
+                              width,
+                              static_cast<size_t>(Height())};
+  method.halftone(page, scratch);
+  std::free(scratch);
+  return true;
 }

@@ -6,6 +6,8 @@
 
 #include "image/cximage.h"
 
+struct DiffusionKernel;  // image/dither_tables.h
+
 // Each does to `image` what the member function of the same name does.
 struct CxImageLiteral {
   static bool Dither(CxImage& image, DitherMethod method);

@@ -21,7 +21,4 @@ const DiffusionRows& diffusionRows(Target target) {
   }
 }
 
-const DiffusionRows& diffusionRows() {
-  static const DiffusionRows& chosen = diffusionRows(chosenTarget());
-  return chosen;
-}
+const DiffusionRows& diffusionRows() { return diffusionRows(chosenTarget()); }

@@ -61,6 +61,31 @@ bool shiftsUp() {
   return true;
 }
 
+bool loadsEights() {
+  uint8_t bytes[16];
+  for (int i = 0; i < 16; ++i) bytes[i] = static_cast<uint8_t>(1 + i);
+  const Bytes both = loadEights(bytes, bytes + 8);
+  for (size_t i = 0; i < kLanes; ++i) {
+    const size_t want = i % 16 >= 8 ? 0 : 1 + i % 16 + (i < 16 ? 0 : 8);
+    if (both[i] != want) return false;
+  }
+  return true;
+}
+
+bool negatesWhereTold() {
+  for (int first = -128; first <= 127; ++first) {
+    const auto numbers = ramp<SignedBytes>(first, 1);
+    Bytes mask{};
+    for (size_t i = 0; i < kLanes; i += 2) mask[i] = 0xFF;
+    const SignedBytes have = negatedWhere(mask, numbers);
+    for (size_t i = 0; i < kLanes; ++i) {
+      const int want = i % 2 == 0 ? -numbers[i] : numbers[i];
+      if (have[i] != static_cast<int8_t>(want)) return false;
+    }
+  }
+  return true;
+}
+
 bool reversesBytes() {
   const Bytes turned = reverse(ramp<Bytes>(3, 5));
   for (size_t i = 0; i < kLanes; ++i) {
@@ -190,6 +215,8 @@ constexpr LaneCheck kChecks[] = {
     {"interleave ints", interleaves<Ints>},
     {"interleave longs", interleaves<Longs>},
     {"load halves", loadsHalves},
+    {"load eights", loadsEights},
+    {"negated where", negatesWhereTold},
     {"shift up", shiftsUp},
     {"reverse", reversesBytes},
     {"add saturated", addsSaturated},
