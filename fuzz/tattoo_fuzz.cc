@@ -6,10 +6,8 @@
 
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
-#include "tattoo/pipelines.h"
-#ifdef KORVEL_TATTOO_LITERAL
 #include "tattoo/literal.h"
-#endif
+#include "tattoo/pipelines.h"
 
 namespace {
 
@@ -50,12 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
   const int height = static_cast<int>(std::min(line.count(), kMaxPixels)) / width;
   if (height == 0) return 0;
   const QMImage page(width, height, QM_IMG_GRAY, line.bytes());
-#ifdef KORVEL_TATTOO_LITERAL
   check(page, qmTattooDithering, literal::qmTattooDithering, "Tattoo");
   check(page, qmTattooDitheringZ4, literal::qmTattooDitheringZ4, "Tattoo_Z4");
-#else
-  check(page, qmTattooDithering, qmTattooDithering, "Tattoo");
-  check(page, qmTattooDitheringZ4, qmTattooDitheringZ4, "Tattoo_Z4");
-#endif
   return 0;
 }
