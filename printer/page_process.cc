@@ -66,8 +66,8 @@ int PellamPrinter::PageProcess(DitherType type, const unsigned char* src, int st
 // but is read back unpadded: on lines longer than wide the picture shears, and the gaps are read
 // as black (PaddedStencilLines).
 bool PellamPrinter::halftoneForStencil(unsigned char* dst, int width, int height, int stride) {
-  if (stride > width)
-    std::memset(dst, 0, static_cast<size_t>(stride) * static_cast<size_t>(height));
+  const size_t bytes = static_cast<size_t>(stride) * static_cast<size_t>(height);
+  if (stride > width) std::memset(dst, 0, bytes);
   copyPixels(cximage_, dst, width, height, stride);
   pellamLogCommon(0,
                   "PageProcess: Copied pixels to the output buffer for QM dithering, with stride "
@@ -104,9 +104,10 @@ void PellamPrinter::copyProcessedPixels(CxImage* image, unsigned char* dst, int 
   const auto pixels = static_cast<size_t>(width);
   for (int y = 0; y < height; ++y) {
     const size_t at = static_cast<size_t>(y) * static_cast<size_t>(stride);
-    const size_t room = at < capacity ? std::min(pixels, capacity - at) : 0;
-    image->GetPixelIndices(0, y, room, dst + at);
-    imageRows().raiseOnes(dst + at, room, isNegativePrint());
-    if (room < pixels) return;
+    if (at >= capacity) return;
+    const size_t count = std::min(pixels, capacity - at);
+    image->GetPixelIndices(0, y, count, dst + at);
+    imageRows().raiseOnes(dst + at, count, isNegativePrint());
+    if (count < pixels) return;
   }
 }

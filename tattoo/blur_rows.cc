@@ -11,9 +11,9 @@
 // multiplication of 16-bit lanes that adds their products to 32 bits: the mask's eleven taps take
 // three. Across, tap k is the same row k pixels on; down, it is another row. One loop does both.
 //
-// About 4 instructions a pixel with 4 ints a vector, 2 with 8, and one pixel in 120 of noise to be
-// summed again; on flat paper and inside strokes none. Rows are padded: a narrow page costs 32
-// pixels a row.
+// A pass takes about 3 instructions a pixel with 8 ints a vector, 9 with 4. Of noise one pixel in
+// 120 is summed again, which adds two; of flat paper and the inside of strokes none. Rows are
+// padded: a narrow page costs 32 pixels a row.
 #include "lanes/lanes.h"
 #include "tattoo/numeric.h"
 #include "tattoo/rows.h"
@@ -132,7 +132,7 @@ struct FloatSum {
   }
 };
 
-// 16 words from each of two places, so that packing leaves bytes in their order.
+// 8 words from each of two places, 16 apart, so that packing leaves bytes in their order.
 KORVEL_INLINE SignedWords loadWords(const uint16_t* from) {
   const auto* bytes = reinterpret_cast<const uint8_t*>(from);
   return as<SignedWords>(loadHalves(bytes, bytes + 32));

@@ -14,8 +14,9 @@
 // row. Levels come in and pixels go out as blocks; within one nothing is looked up. What the last
 // lane hands down waits in a row of floats for the next stripe's first lane.
 //
-// About 6 instructions a pixel with 8 lanes a vector, 11 with 4. Narrow pages take the same road:
-// lanes beside the page have their errors held at zero, and those below it write nowhere.
+// About 6.5 instructions a pixel with 8 lanes a vector, 17 with 4. Narrow pages take the same road,
+// though most of their lanes idle: beside the page errors are held at zero, and rows below it are
+// written nowhere.
 #include "lanes/lanes.h"
 #include "tattoo/rows.h"
 
@@ -53,7 +54,7 @@ struct Lanes {
   Ints left{};       // whether the pixel before is white
   Ints above{};      // black or white above: a bit for each column of the block
   Ints bits{};       // white pixels of the block so far, the last one lowest
-  Ints levels[2]{};  // four bytes each, the first one lowest
+  Ints levels[2]{};  // four bytes each, in their order
 };
 
 struct Stripe {
@@ -63,6 +64,11 @@ struct Stripe {
   const uint8_t* from[kStencilRows];
   uint8_t* to[kStencilRows];
 };
+
+// How far up the byte at this place stands in an int.
+constexpr int bitsBefore(size_t place) {
+  return static_cast<int>(__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__ ? 3 - place : place) * 8;
+}
 
 KORVEL_INLINE Ints within(Ints mask, Ints x, int first, int end) {
   return mask & as<Ints>(x >= first) & as<Ints>(x < end);
@@ -75,7 +81,7 @@ KORVEL_INLINE void step(Stripe& stripe, size_t v, size_t k, const StencilStripe&
   const Floats before =
       v == 0 ? splat<Floats>(page.shares[kLag + t]) : stripe.shares[k][v == 0 ? 0 : v - 1];
   const Floats above = shiftUp(before, stripe.shares[k][v]);
-  const Ints level = lanes.levels[k / 4] >> static_cast<int>(k % 4 * 8) & 255;
+  const Ints level = lanes.levels[k / 4] >> bitsBefore(k % 4) & 255;
 
   Floats value = above + lanes.error2 * kFromFarLeft;
   value = value + lanes.error1 * kFromLeft;
@@ -170,15 +176,15 @@ KORVEL_INLINE void runBlock(Stripe& stripe, const StencilStripe& page, int colum
   for (size_t v = 0; v < kVectors; ++v) takeLevels<kAtEdge>(stripe, v, column, page.width);
 #pragma GCC unroll 8
   for (size_t k = 0; k < kLag; ++k) {
-    // The last vector first: the one before it has not yet written over what is handed down.
-    for (size_t v = kVectors; v-- > 0;) {
+    for (size_t v = 0; v < kVectors; ++v) {
       step<kAtEdge>(stripe, v, k, page, column + static_cast<int>(k));
     }
   }
   putPixels<kAtEdge>(stripe, column, page.width);
 }
 
-// White pixels of the block before become those above of the next lane.
+// White pixels of the block before become those above of the next lane; the last lanes come first,
+// for the others' are cleared.
 KORVEL_INLINE void handBitsDown(Stripe& stripe, int whitesAbove) {
   for (size_t v = kVectors; v-- > 0;) {
     const Ints before = v == 0 ? splat<Ints>(whitesAbove) : stripe.lanes[v == 0 ? 0 : v - 1].bits;

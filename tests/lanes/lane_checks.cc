@@ -209,6 +209,24 @@ bool storesAndLoadsBits() {
   return true;
 }
 
+// Eight masks that differ in every place: bit i of mask k is set where i * 7 + k * 5 has
+// its third bit set.
+bool storesBitsOfEightMasks() {
+  Bytes masks[8]{};
+  for (size_t k = 0; k < 8; ++k) {
+    for (size_t i = 0; i < kLanes; ++i) {
+      masks[k][i] = ((i * 7 + k * 5) & 4) != 0 ? uint8_t{0xFF} : uint8_t{0};
+    }
+  }
+  uint8_t bits[kLanes];
+  storeBits(bits, masks);
+  for (size_t x = 0; x < 8 * kLanes; ++x) {
+    const bool set = (bits[x / 8] & 128u >> (x % 8)) != 0;
+    if (set != (masks[x / kLanes][x % kLanes] != 0)) return false;
+  }
+  return true;
+}
+
 constexpr LaneCheck kChecks[] = {
     {"interleave bytes", interleaves<Bytes>},
     {"interleave words", interleaves<Words>},
@@ -228,6 +246,7 @@ constexpr LaneCheck kChecks[] = {
     {"widen and pack ints", widensAndPacksInts},
     {"convert floats", convertsFloats},
     {"store and load bits", storesAndLoadsBits},
+    {"store the bits of eight masks", storesBitsOfEightMasks},
 };
 
 }  // namespace
