@@ -100,11 +100,16 @@ void lookUp(uint8_t* bytes, size_t count, const uint8_t* table) {
 }
 
 void reverseRow(const uint8_t* from, size_t count, uint8_t* to) {
-  size_t left = count;
-  for (; left >= kLanes; left -= kLanes, to += kLanes) {
-    store(to, reverse(load<Bytes>(from + left - kLanes)));
+  size_t x = 0;
+  for (; x + kLanes <= count; x += kLanes) {
+    store(to + count - x - kLanes, reverse(load<Bytes>(from + x)));
   }
-  while (left != 0) *to++ = from[--left];
+  if (x == count) return;
+  if (count >= kLanes) {
+    store(to, reverse(load<Bytes>(from + count - kLanes)));  // some pixels once more
+    return;
+  }
+  for (; x < count; ++x) to[count - 1 - x] = from[x];
 }
 
 }  // namespace
