@@ -107,10 +107,11 @@ BlurredRow BlurredRows::next() {
   const int half = down_.half();
   while (taken_ < height_ && taken_ <= y + half) take(taken_++);
 
-  for (int k = -half; k <= half; ++k) {
-    taps_[static_cast<size_t>(k + half)] = acrossRow(std::clamp(y + k, 0, height_ - 1));
+  size_t tap = 0;
+  for (int row = y - half; row <= y + half; ++row) {
+    taps_[tap++] = acrossRow(std::clamp(row, 0, height_ - 1));
   }
-  taps_[2 * static_cast<size_t>(half) + 1] = blank_.data();
+  taps_[tap] = blank_.data();
   tattooRows().blur(down_.weights(), taps_.data(), static_cast<size_t>(width_), blurred_.data());
   return {ownRow(y), blurred_.data()};
 }
