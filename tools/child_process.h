@@ -1,8 +1,8 @@
 // Owners of a descriptor and of a child process, and the channels between the two: nothing stays
 // open, and no child stays alive, behind the object that holds it.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_CHILD_PROCESS_H_
-#define KORVEL_TOOLS_CHILD_PROCESS_H_
+#ifndef KORVEL_TOOLS_CHILD_PROCESS_H
+#define KORVEL_TOOLS_CHILD_PROCESS_H
 
 #include <sys/types.h>
 

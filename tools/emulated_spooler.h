@@ -1,8 +1,8 @@
 // Runs a filter the way the print spooler does, with its arguments and its descriptors 0 to 4,
 // and plays the backend and a printer that reports its status. Needs no spooler and no network.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_EMULATED_SPOOLER_H_
-#define KORVEL_TOOLS_EMULATED_SPOOLER_H_
+#ifndef KORVEL_TOOLS_EMULATED_SPOOLER_H
+#define KORVEL_TOOLS_EMULATED_SPOOLER_H
 
 #include <cstddef>
 #include <functional>

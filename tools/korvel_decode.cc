@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "tools/arguments.h"
 #include "tools/page_picture.h"
 #include "tools/stream_decoder.h"
 #include "tools/stream_listing.h"
@@ -19,11 +19,11 @@ const char kUsage[] =
     "  --png PREFIX   write each printed page to PREFIX<number>.png, dots black\n"
     "  --pbm PREFIX   the same as PREFIX<number>.pbm\n"
     "  --dpi N        note N dots per inch in the PNG files\n"
-    "  --quiet        no listing\n"
+    "  -q, --quiet    no listing\n"
     "  --help, --version\n\n"
     "Status: 0 a well-formed stream, 1 a malformed or unreadable one, 2 wrong usage.\n";
 
-struct Arguments {
+struct Request {
   std::string png;
   std::string pbm;
   std::string input = "-";
@@ -31,59 +31,35 @@ struct Arguments {
   bool quiet = false;
 };
 
-[[noreturn]] void usageError(const std::string& what) {
-  std::fprintf(stderr, "korvel-decode: %s; see korvel-decode --help\n", what.c_str());
-  std::exit(2);
-}
-
-unsigned parseDpi(const std::string& text) {
-  char* end = nullptr;
-  const unsigned long value = std::strtoul(text.c_str(), &end, 10);
-  if (text.empty() || *end != '\0' || value < 1 || value > 9999) {
-    usageError("--dpi wants a number from 1 to 9999, have '" + text + "'");
-  }
-  return static_cast<unsigned>(value);
-}
-
-Arguments parseArguments(int argc, char** argv) {
-  Arguments arguments;
+Request parseArguments(int argc, char** argv) {
+  Request request;
   bool haveInput = false;
-  for (int i = 1; i < argc; ++i) {
-    const std::string word = argv[i];
-    const auto value = [&]() -> std::string {
-      if (++i >= argc) usageError(word + " wants a value");
-      return argv[i];
-    };
-    if (word == "--help") {
-      std::fputs(kUsage, stdout);
-      std::exit(0);
-    } else if (word == "--version") {
-      std::puts("korvel-decode 1.0.0");
-      std::exit(0);
-    } else if (word == "--png") {
-      arguments.png = value();
-    } else if (word == "--pbm") {
-      arguments.pbm = value();
-    } else if (word == "--dpi") {
-      arguments.dpi = parseDpi(value());
-    } else if (word == "--quiet") {
-      arguments.quiet = true;
-    } else if (word.size() > 1 && word[0] == '-') {
-      usageError("unknown option '" + word + "'");
+  korvel::Arguments words(argc, argv, "korvel-decode", kUsage);
+  while (words.next()) {
+    if (words.is("--png")) {
+      request.png = words.value();
+    } else if (words.is("--pbm")) {
+      request.pbm = words.value();
+    } else if (words.is("--dpi")) {
+      request.dpi = static_cast<unsigned>(words.number(1, 9999));
+    } else if (words.is("-q", "--quiet")) {
+      request.quiet = true;
+    } else if (words.isOption()) {
+      words.unknown();
     } else if (haveInput) {
-      usageError("more than one file");
+      words.wrong("more than one file");
     } else {
-      arguments.input = word;
+      request.input = words.word();
       haveInput = true;
     }
   }
-  return arguments;
+  return request;
 }
 
 // Writes a picture whenever a page with an image has ended.
 class PictureWriter {
  public:
-  explicit PictureWriter(const Arguments& arguments) : arguments_(arguments) {}
+  explicit PictureWriter(const Request& request) : request_(request) {}
 
   void add(const korvel::StreamItem& item) {
     using korvel::ItemKind;
@@ -100,10 +76,10 @@ class PictureWriter {
     open_ = false;
     ++page_;
     const std::string number = std::to_string(page_);
-    if (!arguments_.png.empty()) {
-      note(picture_.writePng(arguments_.png + number + ".png", arguments_.dpi));
+    if (!request_.png.empty()) {
+      note(picture_.writePng(request_.png + number + ".png", request_.dpi));
     }
-    if (!arguments_.pbm.empty()) note(picture_.writePbm(arguments_.pbm + number + ".pbm"));
+    if (!request_.pbm.empty()) note(picture_.writePbm(request_.pbm + number + ".pbm"));
   }
 
   bool failed() const { return failed_; }
@@ -115,17 +91,17 @@ class PictureWriter {
     if (picture_.rowBytes() != 0) failed_ = true;  // a stream may rightly leave its rows open
   }
 
-  const Arguments& arguments_;
+  const Request& request_;
   korvel::PagePicture picture_;
   int page_ = 0;
   bool open_ = false;
   bool failed_ = false;
 };
 
-bool decode(std::FILE* input, const Arguments& arguments) {
-  PictureWriter pictures(arguments);
+bool decode(std::FILE* input, const Request& request) {
+  PictureWriter pictures(request);
   korvel::StreamListing listing([&](const std::string& line) {
-    if (!arguments.quiet) std::printf("%s\n", line.c_str());
+    if (!request.quiet) std::printf("%s\n", line.c_str());
   });
   korvel::StreamDecoder decoder([&](const korvel::StreamItem& item) {
     listing.add(item);
@@ -141,7 +117,7 @@ bool decode(std::FILE* input, const Arguments& arguments) {
   listing.finish();
   pictures.finishPage();
   if (unreadable) {
-    std::fprintf(stderr, "korvel-decode: %s: %s\n", arguments.input.c_str(), std::strerror(reason));
+    std::fprintf(stderr, "korvel-decode: %s: %s\n", request.input.c_str(), std::strerror(reason));
   } else if (decoder.failed()) {
     std::fflush(stdout);
     std::fprintf(stderr, "korvel-decode: %s\n", decoder.error().c_str());
@@ -152,14 +128,14 @@ bool decode(std::FILE* input, const Arguments& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const Arguments arguments = parseArguments(argc, argv);
+  const Request request = parseArguments(argc, argv);
   std::FILE* input = stdin;
-  if (arguments.input != "-") input = std::fopen(arguments.input.c_str(), "rb");
+  if (request.input != "-") input = std::fopen(request.input.c_str(), "rb");
   if (input == nullptr) {
-    std::fprintf(stderr, "korvel-decode: %s: %s\n", arguments.input.c_str(), std::strerror(errno));
+    std::fprintf(stderr, "korvel-decode: %s: %s\n", request.input.c_str(), std::strerror(errno));
     return 1;
   }
-  bool good = decode(input, arguments);
+  bool good = decode(input, request);
   if (input != stdin) std::fclose(input);
   if (std::fflush(stdout) != 0) {
     std::fprintf(stderr, "korvel-decode: cannot write the listing: %s\n", std::strerror(errno));

@@ -6,11 +6,11 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
 
+#include "tools/arguments.h"
 #include "tools/printer_scenario.h"
 #include "tools/printer_server.h"
 
@@ -38,108 +38,87 @@ const char kUsage[] =
     "                       stall for SECONDS [after BYTES], disconnect [after BYTES]\n"
     "                     on the control port also: state, quit\n"
     "  --once             end when the first connection has closed and its pages are out\n"
-    "  --quiet            print no events\n"
+    "  -q, --quiet        print no events\n"
     "  --help, --version\n\n"
     "Status: 0 a normal end, 1 a port or a picture failed, 2 wrong usage.\n";
 
-[[noreturn]] void usageError(const std::string& what) {
-  std::fprintf(stderr, "korvel-printer: %s; see korvel-printer --help\n", what.c_str());
-  std::exit(2);
-}
+using korvel::Arguments;
+using korvel::ScenarioKind;
 
-int number(const std::string& option, const std::string& text, int least, int most) {
-  char* end = nullptr;
-  const long value = std::strtol(text.c_str(), &end, 10);
-  const bool digits = text.find_first_not_of("0123456789") == std::string::npos;
-  if (text.empty() || !digits || *end != '\0' || value < least || value > most) {
-    usageError(option + " wants a number from " + std::to_string(least) + " to " +
-               std::to_string(most) + ", have '" + text + "'");
-  }
-  return static_cast<int>(value);
-}
-
-korvel::Media media(const std::string& text) {
+korvel::Media media(Arguments* words) {
+  const std::string text = words->value();
   if (text == "gap") return korvel::Media::kGap;
   if (text == "mark") return korvel::Media::kMark;
   if (text == "continuous") return korvel::Media::kContinuous;
   if (text == "sheet") return korvel::Media::kSheet;
-  usageError("--media wants gap, mark, continuous or sheet, have '" + text + "'");
+  words->wrong("--media wants gap, mark, continuous or sheet, have '" + text + "'");
 }
 
-korvel::Scenario scenario(const std::string& text) {
+korvel::Scenario scenario(Arguments* words) {
+  const std::string text = words->value();
   korvel::Scenario parsed;
   std::string fault;
-  if (!korvel::parseScenario(text, &parsed, &fault)) usageError("--scenario: " + fault);
-  if (parsed.kind == korvel::ScenarioKind::kState || parsed.kind == korvel::ScenarioKind::kQuit) {
-    usageError("--scenario: '" + text + "' belongs on the control port");
+  if (!korvel::parseScenario(text, &parsed, &fault)) words->wrong("--scenario: " + fault);
+  if (parsed.kind == ScenarioKind::kState || parsed.kind == ScenarioKind::kQuit) {
+    words->wrong("--scenario: '" + text + "' belongs on the control port");
   }
   return parsed;
 }
 
-// Takes the option `word`, which has a value; false when there is no such option.
-template <typename Value>
-bool takeValued(const std::string& word, const Value& value, korvel::ServerOptions* options) {
-  if (word == "--port") {
-    options->port = number(word, value(), 0, 65535);
-  } else if (word == "--control-port") {
-    options->controlPort = number(word, value(), 0, 65535);
-  } else if (word == "--reply-fd") {
-    options->replyDescriptor = number(word, value(), 0, 1023);
-  } else if (word == "--out") {
-    options->folder = value();
-    if (options->folder.empty()) usageError("--out wants a folder");
-  } else if (word == "--dpi") {
-    options->body.dpi = static_cast<unsigned>(number(word, value(), 1, 9999));
-  } else if (word == "--speed") {
-    options->body.speed = static_cast<unsigned>(number(word, value(), 1, 100000));
-  } else if (word == "--media") {
-    options->body.media = media(value());
-  } else if (word == "--scenario") {
-    options->scenarios.push_back(scenario(value()));
+// Takes the option at hand when it has a value; false when there is no such option.
+bool takeValued(Arguments* words, korvel::ServerOptions* options) {
+  if (words->is("--port")) {
+    options->port = words->number(0, 65535);
+  } else if (words->is("--control-port")) {
+    options->controlPort = words->number(0, 65535);
+  } else if (words->is("--reply-fd")) {
+    options->replyDescriptor = words->number(0, 1023);
+  } else if (words->is("--out")) {
+    options->folder = words->value();
+    if (options->folder.empty()) words->wrong("--out wants a folder");
+  } else if (words->is("--dpi")) {
+    options->body.dpi = static_cast<unsigned>(words->number(1, 9999));
+  } else if (words->is("--speed")) {
+    options->body.speed = static_cast<unsigned>(words->number(1, 100000));
+  } else if (words->is("--media")) {
+    options->body.media = media(words);
+  } else if (words->is("--scenario")) {
+    options->scenarios.push_back(scenario(words));
   } else {
     return false;
   }
   return true;
 }
 
+void checkTogether(const Arguments& words, bool port, const korvel::ServerOptions& options) {
+  const int replies = options.replyDescriptor;
+  if (port && options.standardInput) words.wrong("--port and --stdin exclude each other");
+  if (replies >= 0 && !options.standardInput) words.wrong("--reply-fd wants --stdin beside it");
+  if (replies >= 0 && fcntl(replies, F_GETFD) < 0) {
+    words.wrong("--reply-fd: descriptor " + std::to_string(replies) + " is not open");
+  }
+  if (options.pages && options.folder.empty()) words.wrong("--pages wants --out beside it");
+}
+
 korvel::ServerOptions parseArguments(int argc, char** argv) {
   korvel::ServerOptions options;
   bool port = false;
-  for (int i = 1; i < argc; ++i) {
-    const std::string word = argv[i];
-    const auto value = [&]() -> std::string {
-      if (++i >= argc) usageError(word + " wants a value");
-      return argv[i];
-    };
-    port = port || word == "--port";
-    if (word == "--help") {
-      std::fputs(kUsage, stdout);
-      std::exit(0);
-    } else if (word == "--version") {
-      std::puts("korvel-printer 1.0.0");
-      std::exit(0);
-    } else if (word == "--stdin") {
+  Arguments words(argc, argv, "korvel-printer", kUsage);
+  while (words.next()) {
+    port = port || words.is("--port");
+    if (words.is("--stdin")) {
       options.standardInput = true;
-    } else if (word == "--pages") {
+    } else if (words.is("--pages")) {
       options.pages = true;
-    } else if (word == "--once") {
+    } else if (words.is("--once")) {
       options.once = true;
-    } else if (word == "--quiet") {
+    } else if (words.is("-q", "--quiet")) {
       options.quiet = true;
-    } else if (!takeValued(word, value, &options)) {
-      usageError((word.starts_with("-") ? "unknown option '" : "unexpected argument '") + word +
-                 "'");
+    } else if (!takeValued(&words, &options)) {
+      words.unknown();
     }
   }
-  if (port && options.standardInput) usageError("--port and --stdin exclude each other");
-  if (options.replyDescriptor >= 0 && !options.standardInput) {
-    usageError("--reply-fd wants --stdin beside it");
-  }
-  if (options.replyDescriptor >= 0 && fcntl(options.replyDescriptor, F_GETFD) < 0) {
-    usageError("--reply-fd: descriptor " + std::to_string(options.replyDescriptor) +
-               " is not open");
-  }
-  if (options.pages && options.folder.empty()) usageError("--pages wants --out beside it");
+  checkTogether(words, port, options);
   return options;
 }
 

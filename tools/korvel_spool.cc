@@ -10,6 +10,7 @@
 #include <sstream>
 #include <string>
 
+#include "tools/arguments.h"
 #include "tools/emulated_spooler.h"
 
 namespace {
@@ -19,9 +20,13 @@ const char kUsage[] =
     "Runs a print filter on RASTER (- is standard input) with the spooler's descriptors and a\n"
     "printer that answers status requests; the printer's bytes go to standard output.\n\n"
     "  --filter PATH       the filter program\n"
-    "  --ppd FILE          the printer description; without it PPD is unset\n"
-    "  --options \"A=B ...\" the job's options\n"
-    "  --job N --user U --title T --copies N\n"
+    "  -p, --ppd FILE      the printer description; without it PPD is unset\n"
+    "  -o, --options \"A=B ...\"\n"
+    "                      the job's options; more than one -o adds up\n"
+    "  --job N             the job's number (1)\n"
+    "  -U, --user U        its user\n"
+    "  -t, --title T       its title\n"
+    "  -n, --copies N      its copies (1)\n"
     "  --raster-as-file    name RASTER in the seventh argument\n"
     "  -e, --expect TEXT   the printer's answers, one a status request, then auto again:\n"
     "                      ready, out, cover or hex bytes (+ glues, | parts them), auto,\n"
@@ -30,32 +35,14 @@ const char kUsage[] =
     "  --timeout S         seconds after which the filter is killed (120)\n"
     "  --log FILE          the filter's messages; standard error without it\n"
     "  --help, --version\n\n"
-    "Status: the filter's own; 2 wrong usage, 3 cannot run it, 124 out of time,\n"
-    "128 + N when signal N ended it.\n";
+    "Status: 0 when the filter ended with 0, 1 when it failed, was ended or could not be run,\n"
+    "2 wrong usage.\n";
 
-[[noreturn]] void stop(int status, const std::string& what) {
+using korvel::Arguments;
+
+[[noreturn]] void stop(const std::string& what) {
   std::fprintf(stderr, "korvel-spool: %s\n", what.c_str());
-  std::exit(status);
-}
-
-[[noreturn]] void usageError(const std::string& what) {
-  stop(2, what + "; see korvel-spool --help");
-}
-
-std::string readScript(const std::string& path) {
-  std::ifstream file(path);
-  std::ostringstream text;
-  if (!file || !(text << file.rdbuf())) usageError("cannot read the script " + path);
-  return text.str();
-}
-
-double parseSeconds(const std::string& text) {
-  char* end = nullptr;
-  const double seconds = std::strtod(text.c_str(), &end);
-  if (text.empty() || *end != '\0' || !(seconds > 0) || seconds > 1e6) {
-    usageError("--timeout wants seconds, have '" + text + "'");
-  }
-  return seconds;
+  std::exit(1);
 }
 
 struct Request {
@@ -63,51 +50,60 @@ struct Request {
   std::string log;
 };
 
-void setScript(const std::string& text, korvel::SpoolerJob* job) {
+void setScript(const Arguments& words, const std::string& text, korvel::SpoolerJob* job) {
   std::string fault;
-  if (!korvel::parseStatusScript(text, &job->script, &fault)) usageError(fault);
+  if (!korvel::parseStatusScript(text, &job->script, &fault)) words.wrong(fault);
+}
+
+void readScript(const Arguments& words, const std::string& path, korvel::SpoolerJob* job) {
+  std::ifstream file(path);
+  std::ostringstream text;
+  if (!file || !(text << file.rdbuf())) words.wrong("cannot read the script " + path);
+  setScript(words, text.str(), job);
+}
+
+double parseSeconds(const Arguments& words, const std::string& text) {
+  char* end = nullptr;
+  const double seconds = std::strtod(text.c_str(), &end);
+  if (text.empty() || *end != '\0' || !(seconds > 0) || seconds > 1e6) {
+    words.wrong("--timeout wants seconds, have '" + text + "'");
+  }
+  return seconds;
 }
 
 Request parseArguments(int argc, char** argv) {
   Request request;
   korvel::SpoolerJob& job = request.job;
   const std::map<std::string, std::string*> texts = {
-      {"--filter", &job.filter}, {"--ppd", &job.ppd},     {"--options", &job.options},
-      {"--job", &job.jobId},     {"--user", &job.user},   {"--title", &job.title},
-      {"--copies", &job.copies}, {"--log", &request.log},
+      {"--filter", &job.filter}, {"--job", &job.jobId},     {"--log", &request.log},
+      {"-p", &job.ppd},          {"-U", &job.user},         {"-t", &job.title},
+      {"--ppd", &job.ppd},       {"--user", &job.user},     {"--title", &job.title},
+      {"-n", &job.copies},       {"--copies", &job.copies},
   };
-  for (int i = 1; i < argc; ++i) {
-    const std::string word = argv[i];
-    const auto value = [&]() -> std::string {
-      if (++i >= argc) usageError(word + " wants a value");
-      return argv[i];
-    };
-    if (word == "--help") {
-      std::fputs(kUsage, stdout);
-      std::exit(0);
-    } else if (word == "--version") {
-      std::puts("korvel-spool 1.0.0");
-      std::exit(0);
-    } else if (texts.contains(word)) {
-      *texts.at(word) = value();
-    } else if (word == "-e" || word == "--expect") {
-      setScript(value(), &job);
-    } else if (word == "--script") {
-      setScript(readScript(value()), &job);
-    } else if (word == "--timeout") {
-      job.timeoutSeconds = parseSeconds(value());
-    } else if (word == "--raster-as-file") {
+  Arguments words(argc, argv, "korvel-spool", kUsage);
+  while (words.next()) {
+    if (words.isOption() && texts.contains(words.word())) {
+      *texts.at(words.word()) = words.value();
+    } else if (words.is("-o", "--options")) {
+      job.options += (job.options.empty() ? "" : " ") + words.value();
+    } else if (words.is("-e", "--expect")) {
+      setScript(words, words.value(), &job);
+    } else if (words.is("--script")) {
+      readScript(words, words.value(), &job);
+    } else if (words.is("--timeout")) {
+      job.timeoutSeconds = parseSeconds(words, words.value());
+    } else if (words.is("--raster-as-file")) {
       job.rasterAsFile = true;
-    } else if (word.size() > 1 && word[0] == '-') {
-      usageError("unknown option '" + word + "'");
+    } else if (words.isOption()) {
+      words.unknown();
     } else if (!job.raster.empty()) {
-      usageError("more than one raster file");
+      words.wrong("more than one raster file");
     } else {
-      job.raster = word;
+      job.raster = words.word();
     }
   }
-  if (job.filter.empty()) usageError("no --filter given");
-  if (job.raster.empty()) usageError("no raster file given");
+  if (job.filter.empty()) words.wrong("no --filter given");
+  if (job.raster.empty()) words.wrong("no raster file given");
   return request;
 }
 
@@ -124,17 +120,17 @@ int main(int argc, char** argv) {
   Request request = parseArguments(argc, argv);
   std::FILE* log = stderr;
   if (!request.log.empty()) log = std::fopen(request.log.c_str(), "wb");
-  if (log == nullptr) stop(3, "cannot write " + request.log + ": " + std::strerror(errno));
+  if (log == nullptr) stop("cannot write " + request.log + ": " + std::strerror(errno));
   request.job.output = fileSink(stdout);
   request.job.messages = fileSink(log);
   const korvel::SpoolerOutcome outcome = korvel::runSpoolerJob(request.job);
-  if (std::ferror(stdout) != 0 || std::ferror(log) != 0)
-    stop(3, "cannot write the filter's output");
+  if (std::ferror(stdout) != 0 || std::ferror(log) != 0) stop("cannot write the filter's output");
   if (log != stderr) std::fclose(log);
-  if (!outcome.fault.empty()) stop(3, outcome.fault);
-  if (outcome.timedOut) stop(124, "the filter was still running after its time and was killed");
+  if (!outcome.fault.empty()) stop(outcome.fault);
+  if (outcome.timedOut) stop("the filter was still running after its time and was killed");
   if (outcome.signal != 0) {
-    stop(128 + outcome.signal, "the filter was ended by signal " + std::to_string(outcome.signal));
+    stop("the filter was ended by signal " + std::to_string(outcome.signal));
   }
+  if (outcome.status > 1) stop("the filter ended with status " + std::to_string(outcome.status));
   return outcome.status;
 }

@@ -1,8 +1,8 @@
 // The picture that one page's image packets make: one bit a dot, and how its rows are found again,
 // for no packet says how long a row is. Written out as PNG or PBM, printed dots black.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_PAGE_PICTURE_H_
-#define KORVEL_TOOLS_PAGE_PICTURE_H_
+#ifndef KORVEL_TOOLS_PAGE_PICTURE_H
+#define KORVEL_TOOLS_PAGE_PICTURE_H
 
 #include <cstddef>
 #include <cstdint>

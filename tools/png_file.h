@@ -1,8 +1,8 @@
 // Writes rows of one or two bits a dot as a PNG file.
 // What the values look like is the caller's palette.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_PNG_FILE_H_
-#define KORVEL_TOOLS_PNG_FILE_H_
+#ifndef KORVEL_TOOLS_PNG_FILE_H
+#define KORVEL_TOOLS_PNG_FILE_H
 
 #include <array>
 #include <cstddef>

@@ -1,8 +1,8 @@
 // The line between a host and an emulated printer, and what may go wrong on it: reading that is
 // slow or stalls, hang-ups, replies that stay away, come in pieces, twice, or behind noise.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_PRINTER_LINE_H_
-#define KORVEL_TOOLS_PRINTER_LINE_H_
+#ifndef KORVEL_TOOLS_PRINTER_LINE_H
+#define KORVEL_TOOLS_PRINTER_LINE_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // What may go wrong at a printer, as a line of text: "out-of-paper for 5 after 1.5", "silent".
 // The same lines serve as options of the emulated printer and on its control port.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_PRINTER_SCENARIO_H_
-#define KORVEL_TOOLS_PRINTER_SCENARIO_H_
+#ifndef KORVEL_TOOLS_PRINTER_SCENARIO_H
+#define KORVEL_TOOLS_PRINTER_SCENARIO_H
 
 #include <cstdint>
 #include <string>

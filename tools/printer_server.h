@@ -1,8 +1,8 @@
 // The emulated printer on its ports: one poll loop over a host's connection, the control port and
 // the clock. Listens on the loopback address only, or reads a stream from standard input.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_PRINTER_SERVER_H_
-#define KORVEL_TOOLS_PRINTER_SERVER_H_
+#ifndef KORVEL_TOOLS_PRINTER_SERVER_H
+#define KORVEL_TOOLS_PRINTER_SERVER_H
 
 #include <csignal>
 #include <deque>

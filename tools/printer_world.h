@@ -1,8 +1,8 @@
 // The little world of an emulated printer: paper, cover, motor, and the sheet in the exit. Commands
 // and times come in, events and sheets go out. Time is a number given to it, never read.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_PRINTER_WORLD_H_
-#define KORVEL_TOOLS_PRINTER_WORLD_H_
+#ifndef KORVEL_TOOLS_PRINTER_WORLD_H
+#define KORVEL_TOOLS_PRINTER_WORLD_H
 
 #include <cstdint>
 #include <deque>

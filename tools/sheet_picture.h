@@ -1,8 +1,8 @@
 // What a user holds in hand after a page: the dots at their place across the head, fed length as
 // blank paper, and a mark where the paper was torn or cut.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_SHEET_PICTURE_H_
-#define KORVEL_TOOLS_SHEET_PICTURE_H_
+#ifndef KORVEL_TOOLS_SHEET_PICTURE_H
+#define KORVEL_TOOLS_SHEET_PICTURE_H
 
 #include <cstddef>
 #include <string>

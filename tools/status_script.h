@@ -1,8 +1,8 @@
 // What an emulated printer answers to each status request, as a line of text:
 // "ready, 64 FF 00 08 | 00 00 00 88 00, none*3, out".
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_STATUS_SCRIPT_H_
-#define KORVEL_TOOLS_STATUS_SCRIPT_H_
+#ifndef KORVEL_TOOLS_STATUS_SCRIPT_H
+#define KORVEL_TOOLS_STATUS_SCRIPT_H
 
 #include <cstdint>
 #include <string>

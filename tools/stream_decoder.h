@@ -1,8 +1,8 @@
 // Reads the printer's command stream, byte by byte and strictly: runs of NUL bytes and framed
 // packets. Written from the printer's side; it knows nothing of the code that made the stream.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_STREAM_DECODER_H_
-#define KORVEL_TOOLS_STREAM_DECODER_H_
+#ifndef KORVEL_TOOLS_STREAM_DECODER_H
+#define KORVEL_TOOLS_STREAM_DECODER_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // The stream as text, a line an item: "000064 control 0", "000161 image 4 rows x 125 bytes".
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_STREAM_LISTING_H_
-#define KORVEL_TOOLS_STREAM_LISTING_H_
+#ifndef KORVEL_TOOLS_STREAM_LISTING_H
+#define KORVEL_TOOLS_STREAM_LISTING_H
 
 #include <functional>
 #include <string>

@@ -1,7 +1,7 @@
 // Documents of the tests: PDF files of a few shapes, and where the examples lie.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TESTS_SPOOLER_DOCUMENTS_H_
-#define KORVEL_TESTS_SPOOLER_DOCUMENTS_H_
+#ifndef KORVEL_TESTS_SPOOLER_DOCUMENTS_H
+#define KORVEL_TESTS_SPOOLER_DOCUMENTS_H
 
 #include <string>
 #include <vector>

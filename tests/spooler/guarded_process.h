@@ -1,8 +1,8 @@
 // A program that a test starts, with everything that the program itself starts: filters and
 // backends of a spooler, processes of a build. None of them outlives the object, nor the test.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TESTS_SPOOLER_GUARDED_PROCESS_H_
-#define KORVEL_TESTS_SPOOLER_GUARDED_PROCESS_H_
+#ifndef KORVEL_TESTS_SPOOLER_GUARDED_PROCESS_H
+#define KORVEL_TESTS_SPOOLER_GUARDED_PROCESS_H
 
 #include <sys/types.h>
 

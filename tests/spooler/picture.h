@@ -1,7 +1,7 @@
 // A printed page or sheet as dots, read from a picture file.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TESTS_SPOOLER_PICTURE_H_
-#define KORVEL_TESTS_SPOOLER_PICTURE_H_
+#ifndef KORVEL_TESTS_SPOOLER_PICTURE_H
+#define KORVEL_TESTS_SPOOLER_PICTURE_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // The emulated printer behind a queue: the installed program, its events, its sheets, and the port
 // on which things are made to go wrong.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TESTS_SPOOLER_PRINTER_PROCESS_H_
-#define KORVEL_TESTS_SPOOLER_PRINTER_PROCESS_H_
+#ifndef KORVEL_TESTS_SPOOLER_PRINTER_PROCESS_H
+#define KORVEL_TESTS_SPOOLER_PRINTER_PROCESS_H
 
 #include <string>
 #include <vector>

@@ -1,8 +1,8 @@
 // Debian's print spooler, private to a test: its own configuration, spool and socket in a temporary
 // folder, the filter and the descriptions as the install rules put them, no port, no browsing.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TESTS_SPOOLER_PRIVATE_SPOOLER_H_
-#define KORVEL_TESTS_SPOOLER_PRIVATE_SPOOLER_H_
+#ifndef KORVEL_TESTS_SPOOLER_PRIVATE_SPOOLER_H
+#define KORVEL_TESTS_SPOOLER_PRIVATE_SPOOLER_H
 
 #include <cups/http.h>
 #include <cups/ipp.h>

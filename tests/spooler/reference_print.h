@@ -1,7 +1,7 @@
 // What the developer's script prints without a spooler: the dots that a queue must print as well.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TESTS_SPOOLER_REFERENCE_PRINT_H_
-#define KORVEL_TESTS_SPOOLER_REFERENCE_PRINT_H_
+#ifndef KORVEL_TESTS_SPOOLER_REFERENCE_PRINT_H
+#define KORVEL_TESTS_SPOOLER_REFERENCE_PRINT_H
 
 #include <string>
 #include <vector>

@@ -113,6 +113,9 @@ JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
     // Its clean-up of the C library would flush standard output after an immediate exit.
     command_ = {"valgrind", "-q", "--error-exitcode=99", "--run-libc-freeres=no"};
   }
+#ifdef KORVEL_EMULATOR
+  command_ = {KORVEL_EMULATOR};  // the filter was built for another processor
+#endif
   command_.push_back(KORVEL_FILTER);
   if (plan_.arguments) {
     command_.insert(command_.end(), plan_.arguments->begin(), plan_.arguments->end());

@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# What bash offers behind a begun command line: a table of lines and offers. The print system's
+# answers are written down here, so no spooler is needed.
+# Usage: completion_test.sh COMPLETION_FILE FOLDER_OF_PROGRAMS
+# SPDX-License-Identifier: Apache-2.0
+set -u
+export LC_ALL=C PATH=$2:$PATH
+. /usr/share/bash-completion/bash_completion
+. "$1"
+
+lpstat() { printf 'labels\noffice\n'; }
+lpinfo() {
+  case $1 in
+    -m) printf '%s\n' 'lsb/usr/korvel/korvel-k220-203.ppd Korvel K220 203 dpi, 1.0' \
+      'lsb/usr/korvel/korvel-m6.ppd Korvel M6 300 dpi, 1.0' 'drv:///sample.drv/other.ppd Other' ;;
+    -v) printf '%s\n' 'direct usb://Korvel/K220?serial=1' 'network socket' ;;
+  esac
+}
+lpoptions() {
+  [[ $1 != -p || $2 == labels ]] || return
+  printf '%s\n' 'PageSize/Media Size: 4x4 *4x6' 'PostAction/After Printing: *None TearOff'
+}
+
+failed=0
+# check SENTENCE LINE WANT: completing the end of LINE offers WANT. Bash parts words at blanks, and
+# makes words of their own of : and =.
+check() {
+  local line=$2 want=$3
+  read -ra COMP_WORDS <<< "$(sed 's/[:=]/ & /g' <<< "$line")"
+  [[ $line != *' ' ]] || COMP_WORDS+=('')
+  COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) COMP_LINE=$line COMP_POINT=${#line} COMPREPLY=()
+  _korvel "${COMP_WORDS[0]}" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
+  if [[ ${COMPREPLY[*]} != "$want" ]]; then
+    echo "$1: have '${COMPREPLY[*]}', want '$want'"
+    failed=1
+  fi
+}
+
+check 'options by their beginning' 'korvel-decode --p' '--png --pbm'
+check 'the version too' 'korvel-spool --ver' '--version'
+check 'the options of --help' 'korvel-printer --s' '--stdin --speed --scenario'
+check 'kinds of media' 'korvel-printer --media g' 'gap'
+check 'queues to change' 'korvel-setup -p l' 'labels'
+check 'queues to check' 'korvel-setup --check ' 'labels office'
+check 'nothing where a queue has no place' 'korvel-setup ' ''
+check 'descriptions, ours only' 'korvel-setup -m ' 'korvel-k220-203 korvel-m6'
+check 'devices, behind a colon' 'korvel-setup -v usb:' '//Korvel/K220?serial=1'
+check 'options of the named queue' 'korvel-setup -p labels -o Page' 'PageSize=4x4 PageSize=4x6'
+check 'choices behind an equals sign' 'korvel-setup -p labels -o PageSize=4' '4x4 4x6'
+check 'no options of a queue that is not there' 'korvel-setup -p office -o ' ''
+check 'nothing for a free text' 'korvel-setup -D ' ''
+exit "$failed"

@@ -1,0 +1,69 @@
+// Programs and documents are looked for beside this program first, so that an installation works
+// wherever it lies.
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/emulated_queue.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "tools/description_text.h"
+#include "tools/translation.h"
+
+namespace fs = std::filesystem;
+
+namespace korvel {
+
+namespace {
+
+std::string ownFolder() {
+  std::error_code fault;
+  return fs::read_symlink("/proc/self/exe", fault).parent_path().string();
+}
+
+bool isStencilPrinter(const std::string& description) {
+  return description.find("*OpenUI *AntiWrinkle") != std::string::npos;
+}
+
+}  // namespace
+
+std::string becomePrinter(const EmulatedPrinter& printer, const std::string& description) {
+  const bool fine = keyword(description, "DefaultResolution").starts_with("300");
+  std::vector<std::string> words = {"korvel-printer",
+                                    "--port",
+                                    std::to_string(printer.port),
+                                    "--out",
+                                    printer.folder,
+                                    "--dpi",
+                                    fine ? "300" : "203",
+                                    "--media",
+                                    isStencilPrinter(description) ? "sheet" : "gap"};
+  if (printer.once) words.emplace_back("--once");
+  std::printf("%s\n", filled(printer.once ? "The emulated printer prints into %s and then ends."
+                                          : "The emulated printer prints into %s; Ctrl+C ends it.",
+                             printer.folder.c_str())
+                          .c_str());
+  std::fflush(stdout);
+  std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  execv((ownFolder() + "/korvel-printer").c_str(), pointers.data());
+  execvp(pointers[0], pointers.data());
+  return translated("korvel-printer cannot be started; install printer-driver-korvel again.");
+}
+
+std::string testPage(const std::string& description) {
+  const char* name = isStencilPrinter(description) ? "stencil.pdf" : "label.pdf";
+  for (const std::string& folder :
+       {ownFolder() + "/../share/korvel/examples/", std::string(KORVEL_DATA_DIR "/examples/")}) {
+    std::error_code fault;
+    if (fs::is_regular_file(folder + name, fault)) return folder + name;
+  }
+  return "";
+}
+
+}  // namespace korvel

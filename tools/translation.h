@@ -1,0 +1,22 @@
+// The texts of the tools in the user's language. A message stands whole in one literal inside
+// translated(...) or filled(...), which is also how the catalogues' tools find it.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_TOOLS_TRANSLATION_H
+#define KORVEL_TOOLS_TRANSLATION_H
+
+#include <string>
+
+namespace korvel {
+
+// Takes the language from the environment; before the first text. Without it, or without a
+// catalogue of that language, every text stays English.
+void startTranslation();
+
+__attribute__((format_arg(1))) const char* translated(const char* text);
+
+// The translation of `format`, its places filled as printf does.
+__attribute__((format(printf, 1, 2))) std::string filled(const char* format, ...);
+
+}  // namespace korvel
+
+#endif
