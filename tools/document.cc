@@ -198,7 +198,7 @@ std::string unpackRaster(const std::string& path, const std::string& target) {
   }
   good = std::fclose(to) == 0 && good;
   if (!good) return "cannot write " + target + ": " + std::strerror(errno);
-  return count < 0 ? path + " breaks off or is damaged" : std::string();
+  return std::string();
 }
 
 std::string readRasterPage(const std::string& path, RasterPageInfo* info) {

@@ -256,10 +256,22 @@ class Preview {
     }
     const korvel::PreviewOutcome outcome = korvel::runPreviewJob(*preview);
     // When pages are lacking, it is the rasteriser who knows why.
-    if (!isRaster()) must(rasteriser.finish());
+    std::string fault = isRaster() ? std::string() : rasteriser.finish();
+    if (fault.empty() && outcome.fault.empty() && outcome.pages == 0) {
+      fault = arguments_.file + " has no pages to print";
+    }
+    if (!fault.empty() && arguments_.stream) removeStream();
+    must(fault);
     must(outcome.fault);
-    if (outcome.pages == 0) throw Failure{arguments_.file + " has no pages to print"};
     return outcome.pages;
+  }
+
+  // A job that printed nothing leaves nothing.
+  void removeStream() const {
+    std::error_code ignored;
+    for (const char* name : {"stream.bin", "stream.txt", "messages.txt"}) {
+      std::filesystem::remove(out(name), ignored);
+    }
   }
 
   void tellStream(unsigned pages) {

@@ -109,8 +109,8 @@ std::string queueFault(const std::string& queue) {
   if (cupsLastError() == IPP_STATUS_ERROR_NOT_FOUND) {
     return "the spooler has no queue " + queue + "; lpstat -e lists those there are";
   }
-  return "the spooler does not answer for queue " + queue + " (" + cupsLastErrorString() +
-         "); without it, name a printer description with -p";
+  return "the spooler does not answer for queue " + queue +
+         "; start it, or name a printer description with -p instead";
 }
 
 }  // namespace
