@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -39,6 +40,13 @@ struct FilterEnds {
   Descriptor execFault;  // carries errno when the program cannot be started
 };
 
+// From here on writing to a file fails; pipes and sockets are free.
+void forbidFileBytes() {
+  const rlimit none = {0, 0};
+  setrlimit(RLIMIT_FSIZE, &none);
+  signal(SIGXFSZ, SIG_IGN);
+}
+
 [[noreturn]] void becomeFilter(const FilterEnds& filter, pid_t parent, char* const* arguments,
                                const SpoolerJob& job) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -50,6 +58,7 @@ struct FilterEnds {
     setenv("PPD", job.ppd.c_str(), 1);
   }
   signal(SIGPIPE, SIG_DFL);
+  if (job.emptyFiles) forbidFileBytes();
   execv(job.filter.c_str(), arguments);
   const int reason = errno;
   if (write(filter.execFault.get(), &reason, sizeof reason) < 0) _exit(126);
@@ -100,6 +109,8 @@ bool JobRun::openInput(FilterEnds* filter) {
   int fd = -1;
   if (job_.rasterAsFile) {
     fd = open("/dev/null", O_RDONLY);
+  } else if (job_.rasterDescriptor >= 0) {
+    fd = dup(job_.rasterDescriptor);
   } else if (job_.raster == "-") {
     fd = dup(STDIN_FILENO);
   } else {
