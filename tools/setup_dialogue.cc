@@ -34,6 +34,13 @@ size_t askNumber(const std::string& question, size_t count) {
   }
 }
 
+// In UTF-8, where a letter of many languages is more than a byte.
+std::string firstLetter(const std::string& text) {
+  size_t end = 1;
+  while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80) ++end;
+  return text.substr(0, end);
+}
+
 void showNumbered(size_t number, const std::string& name, const std::string& what) {
   std::printf("%3zu  %-28s  %s\n", number, name.c_str(), what.c_str());
 }
@@ -165,9 +172,8 @@ std::string SetupDialogue::chooseName(const PrintSystem& system, QueuePlan* plan
 }
 
 bool SetupDialogue::wantsTestPage() const {
-  // The first letter of the proposal, or of the word for yes in the user's language.
   const std::string yes = translated("yes");
-  return ask(translated("Print a test page?"), yes)[0] == yes[0];
+  return firstLetter(ask(translated("Print a test page?"), yes)) == firstLetter(yes);
 }
 
 }  // namespace korvel

@@ -157,6 +157,12 @@ void PrivateSpooler::startDaemon() {
 
 // ---- Commands ----
 
+std::map<std::string, std::string> PrivateSpooler::clientEnvironment() const {
+  return {{"CUPS_SERVER", socket()},
+          {"CUPS_SERVERBIN", installed(KORVEL_CUPS_SERVERBIN)},
+          {"LC_ALL", "C"}};
+}
+
 void PrivateSpooler::addQueue(const std::string& queue, const std::string& description, int port) {
   const CommandResult result =
       run({KORVEL_LPADMIN, "-h", socket(), "-p", queue, "-E", "-v",
@@ -249,6 +255,10 @@ std::set<std::string> PrivateSpooler::jobPrograms() const {
 
 std::string PrivateSpooler::descriptionPath(const std::string& description) const {
   return installed(KORVEL_CUPS_DATADIR) + "/model/korvel/" + description + ".ppd";
+}
+
+std::string PrivateSpooler::filterPath() const {
+  return installed(KORVEL_CUPS_SERVERBIN) + "/filter/rastertokorvel";
 }
 
 std::string PrivateSpooler::toolPath(const std::string& tool) const {

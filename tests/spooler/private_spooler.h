@@ -7,6 +7,7 @@
 #include <cups/http.h>
 #include <cups/ipp.h>
 
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -22,6 +23,9 @@ class PrivateSpooler {
   PrivateSpooler& operator=(const PrivateSpooler&) = delete;
   // Stops it; when the test has failed, shows the end of the spooler's log.
   ~PrivateSpooler();
+
+  // What leads the spooler's own clients, and ours, to it; in English.
+  std::map<std::string, std::string> clientEnvironment() const;
 
   // A queue to a printer on a port of this machine. `description` is the file's bare name.
   void addQueue(const std::string& queue, const std::string& description, int port);
@@ -43,6 +47,10 @@ class PrivateSpooler {
   // Processes of filters and backends that are alive, by program.
   std::set<std::string> jobPrograms() const;
   std::string pageLog() const { return folder_.read("log/page"); }
+  std::string queueDescription(const std::string& queue) const {
+    return folder_.read("etc/ppd/" + queue + ".ppd");
+  }
+  std::string filterPath() const;
   std::string errorLog() const { return folder_.read("log/error"); }
   std::string descriptionPath(const std::string& description) const;
   std::string toolPath(const std::string& tool) const;

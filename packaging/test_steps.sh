@@ -1,0 +1,114 @@
+#!/usr/bin/env bash
+# What is done with the package, and looked at, inside the clean system: /tmp/old.deb is an older
+# one, /tmp/new.deb the one under test. Started by test_in_chroot.sh only.
+# SPDX-License-Identifier: Apache-2.0
+set -euo pipefail
+export DEBIAN_FRONTEND=noninteractive
+
+description=/etc/cups/ppd/labels.ppd
+dumps=/var/spool/cups/tmp
+
+step() { echo "== $*"; }
+fail() {
+  echo "failed: $*" >&2
+  tail -n 20 /var/log/cups/error_log >&2 || true
+  exit 1
+}
+expect() {  # SENTENCE COMMAND...
+  local sentence=$1
+  shift
+  "$@" > /tmp/output 2>&1 || { cat /tmp/output >&2; fail "$sentence"; }
+  echo "ok: $sentence"
+}
+expect_not() {
+  local sentence=$1
+  shift
+  ! "$@" > /tmp/output 2>&1 || { cat /tmp/output >&2; fail "$sentence"; }
+  echo "ok: $sentence"
+}
+# Tries a command for half a minute.
+within_time() {
+  local try
+  for ((try = 0; try < 150; ++try)); do
+    ! "$@" > /dev/null 2>&1 || return 0
+    sleep 0.2
+  done
+  return 1
+}
+
+start_spooler() {
+  sed -i '/^Listen localhost/d; /^Port/d; s/^Browsing .*/Browsing No/' /etc/cups/cupsd.conf
+  cupsd
+  within_time lpstat -r || fail "the spooler starts"
+}
+print_a_label() {
+  rm -rf /tmp/sheets
+  korvel-printer --out /tmp/sheets --once --speed 1000 > /tmp/events &
+  lp -d labels /usr/share/korvel/examples/label.pdf
+  within_time test -f /tmp/sheets/sheet-1.png && wait
+}
+anything_left() {
+  find / -xdev \( -path /tmp -o -path /proc -o -path /dev \) -prune -o \
+    \( -iname '*korvel*' ! -path '/var/cache/cups/*' ! -path '/var/log/*' \) -print | grep .
+}
+age() { touch -d '2 days ago' "$@"; }
+
+step "install an older package and make a queue"
+expect "it installs" dpkg -i /tmp/old.deb
+expect "the filter may be started by others only, nobody may change it" \
+  test "$(stat -c '%A %U' /usr/lib/cups/filter/rastertokorvel)" = '-rwxr-xr-x root'
+start_spooler
+expect "the spooler lists all descriptions" \
+  test "$(lpinfo -m | grep -c ' Korvel ')" = "$(find /usr/share/ppd/korvel -name '*.ppd' | wc -l)"
+expect "a queue is made" \
+  korvel-setup -v socket://127.0.0.1 -m k220-203 -p labels -o PageSize=4x4 -o Darkness=Dark
+expect "it has the old description" grep -q '^\*Darkness Middle/Medium' "$description"
+
+step "upgrade over the queue"
+expect "the new package installs" dpkg -i /tmp/new.deb
+expect "the description is refreshed" grep -q '^\*Darkness Middle/Middle' "$description"
+expect_not "nothing of the old one is left in it" grep -q ', 0.9"' "$description"
+expect "the queue's defaults are kept" grep -q '^\*DefaultPageSize: 4x4' "$description"
+expect "all of them" grep -q '^\*DefaultDarkness: Dark' "$description"
+
+step "print"
+expect "a label comes out of the emulated printer" print_a_label
+expect "the filter's pictures are there" ls "$dumps"/origin_* "$dumps"/dithered_*
+korvel-printer > /tmp/events &
+printer=$!
+within_time korvel-setup --check labels || true
+expect "the doctor finds nothing" korvel-setup --check labels
+kill "$printer"
+wait "$printer"
+expect_not "the doctor misses the printer" korvel-setup --check labels
+
+step "clear old pictures away"
+before=$(stat -c '%a %U:%G' "$dumps")
+expect "the folder is the spooler's, as the rule says" test "$before" = '1770 root:lp'
+others=("$dumps"/{.hidden.bmp,o.bmp,origins.bmp,xorigin_1.bmp,origin_1.bmpx,origin_1.txt,dither.bmp})
+touch "${others[@]}" "$dumps/origin_fresh.bmp" "$dumps/dithered_fresh.bmp"
+mkdir "$dumps/folder" && touch "$dumps/folder/origin_1.bmp"
+age "${others[@]}" "$dumps"/*_2*_*.bmp "$dumps/folder/origin_1.bmp" "$dumps/folder"
+expect "the rule is understood" systemd-tmpfiles --create --clean printer-driver-korvel.conf
+expect "the folder stays as it was" test "$(stat -c '%a %U:%G' "$dumps")" = "$before"
+expect_not "old pictures are gone" ls "$dumps"/*_2*_*.bmp
+expect "fresh ones stay" ls "$dumps/origin_fresh.bmp" "$dumps/dithered_fresh.bmp"
+expect "files of other names stay, however old" ls "${others[@]}" "$dumps/folder/origin_1.bmp"
+rm -rf "$dumps/folder" "${others[@]}" "$dumps"/*_fresh.bmp
+
+step "every command and manual page"
+for command in korvel-decode korvel-printer korvel-setup korvel-spool; do
+  expect "$command runs for everybody" setpriv --reuid=nobody --clear-groups "$command" --version
+  expect "$command has a manual page" ls /usr/share/man/man?/"$command".?.gz
+done
+expect "the filter has one too" ls /usr/share/man/man8/rastertokorvel.8.gz
+
+step "remove, purge, install again"
+expect "it can be removed" dpkg --remove printer-driver-korvel
+expect_not "the filter is gone" ls /usr/lib/cups/filter/rastertokorvel
+expect "the queue is still there" lpstat -v labels
+expect "it can be purged" dpkg --purge printer-driver-korvel
+expect_not "nothing is left" anything_left
+expect "it installs again" dpkg -i /tmp/new.deb
+expect "and prints on the old queue" print_a_label
+echo "All steps hold."

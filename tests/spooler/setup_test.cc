@@ -1,0 +1,367 @@
+// korvel-setup on the real spooler: queues made, brought up to date and refused, a sheet without a
+// printer, and the doctor's findings on a queue that is made ill.
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "tests/spooler/documents.h"
+#include "tests/spooler/picture.h"
+#include "tests/spooler/printer_process.h"
+#include "tests/spooler/private_spooler.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr double kSeconds = 60;
+
+// A port on which nobody listens.
+int freePort() {
+  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = {};
+  socklen_t size = sizeof address;
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  bind(fd, reinterpret_cast<sockaddr*>(&address), size);
+  getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
+  close(fd);
+  return ntohs(address.sin_port);
+}
+
+std::string toPort(int port) { return "socket://127.0.0.1:" + std::to_string(port); }
+
+bool hasDefault(const std::string& description, const std::string& choice) {
+  return description.find("*Default" + choice + "\n") != std::string::npos;
+}
+
+class Setup : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_FALSE(HasFailure()); }
+
+  CommandResult setup(Words words) {
+    words.insert(words.begin(), spooler_.toolPath("korvel-setup"));
+    return run(words, kSeconds, spooler_.clientEnvironment());
+  }
+  // A command of the spooler's own.
+  void command(const Words& words) {
+    const CommandResult result = run(words, kSeconds, spooler_.clientEnvironment());
+    EXPECT_EQ(result.status, 0) << words[0] << ": " << result.output;
+  }
+
+  PrivateSpooler spooler_;
+};
+
+TEST_F(Setup, MakesAQueueThatPrintsAndCountsItsSheets) {
+  const TemporaryFolder files;
+  const PrinterProcess printer(spooler_.toolPath("korvel-printer"), {"--speed", "5000"});
+  const Words words = {"-v", toPort(printer.port()), "-m", "k220-203",          "-p", "labels",
+                       "-o", "PageSize=4x4",         "-o", "PostAction=TearOff"};
+  const std::string ready = "Queue labels is ready; print with: lp -d labels FILE\n";
+  CommandResult result = setup(words);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, ready);
+  const std::string description = spooler_.queueDescription("labels");
+  EXPECT_TRUE(hasDefault(description, "PageSize: 4x4"));
+  EXPECT_TRUE(hasDefault(description, "PostAction: TearOff"));
+
+  result = setup(words);  // once more changes nothing
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, ready);
+  EXPECT_EQ(spooler_.queueDescription("labels"), description);
+
+  const std::string label = files.write("label.pdf", makePdf({barLabel(4)}));
+  const int job = spooler_.print("labels", {label});
+  ASSERT_TRUE(spooler_.waitForJob(job, kSeconds));
+  EXPECT_EQ(spooler_.pageLog(), "labels " + std::to_string(job) + " total 1\n");
+
+  result = setup({"-p", "labels", "-m", "korvel-k220-203-oneway"});
+  EXPECT_EQ(result.status, 0) << result.output;
+  const std::string other = spooler_.queueDescription("labels");
+  EXPECT_NE(other.find("*ModelName: \"K220-OneWay\""), std::string::npos);
+  EXPECT_TRUE(hasDefault(other, "PageSize: 4x4"));
+}
+
+TEST_F(Setup, RefusesInOneSentence) {
+  command({KORVEL_LPADMIN, "-p", "other", "-v", "socket://127.0.0.1:1", "-m", "raw"});
+  spooler_.addQueue("labels", "korvel-k220-203", 1);
+  const struct {
+    const char* sentence;
+    Words words;
+    int status;
+    const char* message;
+  } kCases[] = {
+      {"no device",
+       {"-p", "new", "-m", "m6"},
+       1,
+       "korvel-setup: No Korvel printer was found; switch it on, or tell its address: -v "
+       "socket://ADDRESS\n"},
+      {"no description",
+       {"-v", "socket://127.0.0.1"},
+       1,
+       "korvel-setup: What printer is at socket://127.0.0.1 cannot be told; korvel-setup --list "
+       "shows the descriptions, -m MODEL takes one.\n"},
+      {"two descriptions",
+       {"-v", "usb://Korvel/K220"},
+       1,
+       "korvel-setup: More than one description fits usb://Korvel/K220; take one: -m "
+       "korvel-k220-203, -m korvel-k220-300\n"},
+      {"a description that is not there",
+       {"-v", "socket://127.0.0.1", "-m", "k221"},
+       1,
+       "korvel-setup: There is no description k221; korvel-setup --list shows those that there "
+       "are.\n"},
+      {"a bad name",
+       {"-v", "socket://127.0.0.1", "-m", "m6", "-p", "two words"},
+       1,
+       "korvel-setup: 'two words' cannot name a queue; take letters, digits and underscores.\n"},
+      {"another driver's queue",
+       {"-p", "other", "-m", "m6"},
+       1,
+       "korvel-setup: Queue other belongs to another driver; choose another name with -p, or "
+       "remove it: lpadmin -x other\n"},
+      {"an option that is not there",
+       {"-p", "labels", "-o", "PageSiz=4x4"},
+       1,
+       "korvel-setup: The description korvel-k220-203 has no option PageSiz; korvel-setup -m "
+       "korvel-k220-203 --list shows those that it has.\n"},
+      {"a choice that is not there",
+       {"-p", "labels", "-o", "PostAction=Burn"},
+       1,
+       "korvel-setup: The description korvel-k220-203 has no PostAction=Burn; it has None, "
+       "TearOff, Cut.\n"},
+      {"an unknown queue",
+       {"--check", "nobody"},
+       1,
+       "korvel-setup: There is no queue nobody; lpstat -e shows those that there are.\n"},
+      {"a queue without a word",
+       {"labels"},
+       2,
+       "korvel-setup: unexpected argument 'labels'; see korvel-setup --help\n"},
+      {"two things at once",
+       {"--check", "--list"},
+       2,
+       "korvel-setup: --check, --list and --emulated exclude each other; see korvel-setup "
+       "--help\n"},
+      {"no server",
+       {"-h", "/nowhere/socket", "--check"},
+       1,
+       "korvel-setup: The spooler at /nowhere/socket does not answer; as root: systemctl start "
+       "cups\n"},
+  };
+  for (const auto& c : kCases) {
+    const CommandResult result = setup(c.words);
+    EXPECT_EQ(result.status, c.status) << c.sentence;
+    EXPECT_EQ(result.output, c.message) << c.sentence;
+  }
+}
+
+// The program's terminal shows questions and answers; the answers are typed ahead.
+TEST_F(Setup, AsksInATerminalForWhatIsNotTold) {
+  const struct {
+    const char* sentence;
+    const char* words;
+    const char* typed;
+    const char* queue;
+    const char* model;
+  } kCases[] = {
+      {"proposals taken", "-v usb://Korvel/R57", "\\n\\nno\\n", "r57", "Korvel R57 203 dpi, 1.0"},
+      {"the second description and a name", "-v usb://Korvel/R57", "2\\nboxes\\nno\\n", "boxes",
+       "Korvel R57 300 dpi, 1.0"},
+      {"a number that is none, and then one", "-v lpd://127.0.0.1/r57-korvel",
+       "9\\nx\\n2\\ntags\\nn\\n", "tags", "Korvel R57 300 dpi one-way, 1.0"},
+      {"a name that is taken by another device gets a number", "-v usb://Korvel/R57?serial=2",
+       "1\\n\\nn\\n", "r57-2", "Korvel R57 203 dpi, 1.0"},
+  };
+  for (const auto& c : kCases) {
+    const std::string line = std::string("printf '") + c.typed + "' | script -qec '" +
+                             spooler_.toolPath("korvel-setup") + " " + c.words + "' /dev/null";
+    const CommandResult result = run({"sh", "-c", line}, kSeconds, spooler_.clientEnvironment());
+    EXPECT_EQ(result.status, 0) << c.sentence << "\n" << result.output;
+    EXPECT_NE(result.output.find("Which description? [1] "), std::string::npos) << result.output;
+    const std::string nickname = std::string("*NickName: \"") + c.model + "\"";
+    EXPECT_NE(spooler_.queueDescription(c.queue).find(nickname), std::string::npos)
+        << c.sentence << "\n"
+        << result.output;
+  }
+}
+
+TEST_F(Setup, PrintsATestPageOnAnEmulatedPrinterOfTheModelsKind) {
+  const struct {
+    const char* model;
+    const char* size;
+    size_t headDots;
+  } kCases[] = {
+      {"k220-203", "PageSize=1x1", 1728},
+      {"z4", "PageSize=Tattoo_A6", 2592},
+  };
+  for (const auto& c : kCases) {
+    const TemporaryFolder files;
+    const std::string port = std::to_string(freePort());
+    const CommandResult result =
+        setup({"--emulated", "-m", c.model, "-p", c.model, "-o", c.size, "--test-page", "--port",
+               port, "--out", files.file("sheets")});
+    EXPECT_EQ(result.status, 0) << result.output;
+    const Picture sheet = readPicture(files.file("sheets/sheet-1.png"));
+    EXPECT_EQ(sheet.width, c.headDots) << result.output;
+    EXPECT_GT(sheet.printed(), 0u) << c.model;
+  }
+}
+
+TEST_F(Setup, TakesAnEmulatedPrinterThatIsThere) {
+  const PrinterProcess printer(spooler_.toolPath("korvel-printer"), {});
+  const std::string port = std::to_string(printer.port());
+  const CommandResult result = setup({"--emulated", "--port", port});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output,
+            "Queue emulated is ready; print with: lp -d emulated FILE\n"
+            "A printer already listens on port " +
+                port + " and prints for this queue.\n");
+}
+
+// ---- The doctor ----
+
+class Doctor : public Setup {
+ protected:
+  Doctor()
+      : printer_(spooler_.toolPath("korvel-printer"),
+                 {"--dpi", "300", "--media", "sheet", "--speed", "5000"}) {
+    uri_ = toPort(printer_.port());
+    spooler_.addQueue("m6", "korvel-m6", printer_.port());
+  }
+
+  // What it says of the queue, with its status behind.
+  std::string findings(const Words& more = {}) {
+    Words words = {"--check", "m6"};
+    words.insert(words.end(), more.begin(), more.end());
+    const CommandResult result = setup(words);
+    return result.output + std::to_string(result.status);
+  }
+
+  const std::string well_ = "m6: all is well with this queue of a Korvel M6 300 dpi, 1.0.\n0";
+  PrinterProcess printer_;
+  std::string uri_;
+};
+
+TEST_F(Doctor, LooksAtDescriptionFilterAndPictures) {
+  EXPECT_EQ(findings(), well_);
+
+  fs::permissions(spooler_.filterPath(), fs::perms::owner_read | fs::perms::others_read);
+  const std::string path = spooler_.filterPath();
+  EXPECT_EQ(findings(), "m6: The print filter " + path +
+                            " cannot be executed; as root: chmod 755 " + path + "\n1");
+  fs::permissions(path, fs::perms(0757));
+  EXPECT_EQ(findings(),
+            "m6: The spooler runs no filter that others may write to; as root: chown "
+            "root:root " +
+                path + " && chmod 755 " + path + "\n1");
+  fs::rename(path, path + ".away");
+  EXPECT_EQ(findings(), "m6: The print filter " + path +
+                            " is missing; install the package printer-driver-korvel again.\n1");
+  fs::rename(path + ".away", path);
+  fs::permissions(path, fs::perms(0755));
+
+  const TemporaryFolder dumps;
+  for (const char* name : {"origin_1.bmp", "dithered_1.bmp", "other.bmp"}) {
+    fs::resize_file(dumps.write(name, ""), 600'000'000);  // holes, no blocks
+  }
+  const std::string folder = dumps.path();
+  EXPECT_EQ(findings({"--dump-folder", folder}),
+            "m6: The pictures that the filter leaves in " + folder +
+                " take 1200 MB; as root: find " + folder +
+                " -maxdepth 1 \\( -name 'origin_*.bmp' -o -name 'dithered_*.bmp' \\) "
+                "-delete\n1");
+
+  std::ofstream(spooler_.descriptionPath("korvel-m6"), std::ios::app) << "*New: True\n";
+  EXPECT_EQ(findings(),
+            "m6: The description of queue m6 is not the installed one; refresh it: "
+            "korvel-setup -p m6 -m korvel-m6\n1");
+  EXPECT_EQ(setup({"-p", "m6", "-m", "korvel-m6"}).status, 0);
+  EXPECT_EQ(findings(), well_);
+}
+
+TEST_F(Doctor, LooksAtTheLineAndFollowsItsOwnAdvice) {
+  printer_.command("silent");
+  EXPECT_EQ(findings(), "m6: The printer at " + uri_ +
+                            " does not answer, which costs about 20 minutes a page; switch it off "
+                            "and on, and if it stays silent take the one-way description: "
+                            "korvel-setup -p m6 -m korvel-m6-oneway\n1");
+  EXPECT_EQ(setup({"-p", "m6", "-m", "korvel-m6-oneway"}).status, 0);
+  const std::string wellOneWay =
+      "m6: all is well with this queue of a Korvel M6 300 dpi one-way, 1.0.\n0";
+  EXPECT_EQ(findings(), wellOneWay);
+
+  printer_.command("silent off");
+  EXPECT_EQ(findings(), "m6: The printer at " + uri_ +
+                            " answers; its own description would tell of missing paper and an open "
+                            "cover: korvel-setup -p m6 -m korvel-m6\n" +
+                            wellOneWay);
+
+  EXPECT_EQ(setup({"-p", "m6", "-m", "m6", "-v", "lpd://127.0.0.1/raw"}).status, 0);
+  EXPECT_EQ(findings(),
+            "m6: Queue m6 waits for its printer's answers, but lpd://127.0.0.1/raw never "
+            "brings one, which costs about 20 minutes a page; take the one-way "
+            "description: korvel-setup -p m6 -m korvel-m6-oneway\n1");
+
+  const std::string nowhere = toPort(freePort());
+  EXPECT_EQ(setup({"-p", "m6", "-v", nowhere}).status, 0);
+  EXPECT_EQ(findings(), "m6: Nothing can be reached at " + nowhere +
+                            "; switch the printer on and look at its cable, or tell its new "
+                            "address: korvel-setup -p m6 -v socket://ADDRESS\n1");
+}
+
+TEST_F(Doctor, TellsWhatTheQueueWaitsForAndWhyAJobFailed) {
+  const TemporaryFolder files;
+  const std::string document = files.write("sheet.pdf", makePdf({barLabel(3)}));
+  command({"cupsreject", "m6"});
+  EXPECT_EQ(findings(), "m6: Queue m6 refuses new jobs; let it take them: cupsaccept m6\n1");
+  command({"cupsaccept", "m6"});
+  command({"cupsdisable", "m6"});
+  EXPECT_EQ(findings(),
+            "m6: Queue m6 is stopped; mend what is told here and start it: cupsenable "
+            "m6\n1");
+  command({"cupsenable", "m6"});
+
+  const struct {
+    const char* scenario;
+    const char* mended;
+    const char* reason;
+    const char* finding;
+  } kCases[] = {
+      {"cover open", "cover close", "cover-open-warning",
+       "m6: The printer's cover is open; close it, and queue m6 goes on.\n1"},
+      {"out-of-paper", "load", "media-empty-warning",
+       "m6: The printer reports no paper, or a sheet that still lies in its exit; take the sheet "
+       "or "
+       "load paper, and queue m6 goes on.\n1"},
+  };
+  for (const auto& c : kCases) {
+    printer_.command(c.scenario);
+    const int job = spooler_.print("m6", {"-o", "PageSize=Tattoo_A6", document});
+    ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.reasons("m6").contains(c.reason); }));
+    EXPECT_EQ(findings(), c.finding);
+    printer_.command(c.mended);
+    ASSERT_TRUE(spooler_.waitForJob(job, kSeconds));
+  }
+  ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.reasons("m6").empty(); }));
+  EXPECT_EQ(findings(), well_);
+
+  spooler_.addQueue("label", "korvel-label-203", printer_.port());
+  const int job = spooler_.print("label", {"-o", "PageSize=Custom.0.9x0.9mm", document});
+  ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.jobState(job) == IPP_JSTATE_STOPPED; }));
+  const CommandResult result = setup({"--check", "-d", "label"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.output, "label: Job " + std::to_string(job) +
+                               " asked for a page size that the description does not have; choose "
+                               "one that it offers, or name a custom size of at least 10 mm.\n");
+}
+
+}  // namespace
