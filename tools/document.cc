@@ -20,6 +20,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/translation.h"
+
 namespace korvel {
 namespace {
 
@@ -64,19 +66,21 @@ std::string typeOf(std::string_view head, bool compressed) {
 std::string identifyDocument(const std::string& path, std::string* type) {
   struct stat info = {};
   if (stat(path.c_str(), &info) != 0) {
-    if (errno == ENOENT) return "there is no file " + path;
-    return path + " cannot be read: " + std::strerror(errno);
+    if (errno == ENOENT) return filled("there is no file %s", path.c_str());
+    return filled("%s cannot be read: %s", path.c_str(), std::strerror(errno));
   }
-  if (S_ISDIR(info.st_mode)) return path + " is a directory";
-  if (!S_ISREG(info.st_mode)) return path + " is not a plain file";
-  if (info.st_size == 0) return path + " is empty";
+  if (S_ISDIR(info.st_mode)) return filled("%s is a directory", path.c_str());
+  if (!S_ISREG(info.st_mode)) return filled("%s is not a plain file", path.c_str());
+  if (info.st_size == 0) return filled("%s is empty", path.c_str());
   const CupsFile file(cupsFileOpen(path.c_str(), "r"));  // sees through compression
-  if (!file) return path + " cannot be read: " + std::strerror(errno);
+  if (!file) return filled("%s cannot be read: %s", path.c_str(), std::strerror(errno));
   std::string head(kHeadBytes, '\0');
   const ssize_t count = cupsFileRead(file.get(), head.data(), head.size());
   head.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
   *type = typeOf(head, cupsFileCompression(file.get()) != 0);
-  if (type->empty()) return path + " is not a PDF, PNG, JPEG, text or CUPS raster file";
+  if (type->empty()) {
+    return filled("%s is not a PDF, PNG, JPEG, text or CUPS raster file", path.c_str());
+  }
   return std::string();
 }
 
@@ -116,11 +120,11 @@ std::string startProgram(const std::vector<std::string>& words, const std::strin
                          Descriptor* output, Child* child) {
   Descriptor theirs;
   if (!openPipe(output, &theirs)) {
-    return std::string("cannot open a pipe: ") + std::strerror(errno);
+    return filled("cannot open a pipe: %s", std::strerror(errno));
   }
   const pid_t parent = getpid();
   const pid_t pid = fork();
-  if (pid < 0) return std::string("cannot start a process: ") + std::strerror(errno);
+  if (pid < 0) return filled("cannot start a process: %s", std::strerror(errno));
   if (pid == 0) becomeProgram(words, parent, theirs.get(), log);
   child->start(pid);
   return std::string();
@@ -154,11 +158,13 @@ std::string Rasteriser::finish() {
                           (WIFEXITED(status) && WEXITSTATUS(status) == 128 + SIGPIPE);
   if (status == 0 || readerGone) return std::string();
   if (WIFEXITED(status) && WEXITSTATUS(status) == 127) {
-    return "there is no program cupsfilter; it comes with the spooler (Debian package cups)";
+    return translated(
+        "there is no program cupsfilter; it comes with the spooler (Debian package cups)");
   }
   std::string reason = firstError(job_.log);
-  if (reason.empty()) reason = "status " + std::to_string(WEXITSTATUS(status));
-  return "the rasteriser cannot make pages of " + job_.document + ": " + reason;
+  if (reason.empty()) reason = filled("status %d", WEXITSTATUS(status));
+  return filled("the rasteriser cannot make pages of %s: %s", job_.document.c_str(),
+                reason.c_str());
 }
 
 std::string rasteriserChain(const RasteriserJob& job) {
@@ -187,7 +193,7 @@ std::string unpackRaster(const std::string& path, const std::string& target) {
   if (!from || to == nullptr) {
     const int reason = errno;
     if (to != nullptr) std::fclose(to);
-    return "cannot copy " + path + ": " + std::strerror(reason);
+    return filled("cannot copy %s: %s", path.c_str(), std::strerror(reason));
   }
   std::vector<char> bytes(kHeadBytes);
   ssize_t count = 0;
@@ -197,18 +203,19 @@ std::string unpackRaster(const std::string& path, const std::string& target) {
         std::fwrite(bytes.data(), 1, static_cast<size_t>(count), to) == static_cast<size_t>(count);
   }
   good = std::fclose(to) == 0 && good;
-  if (!good) return "cannot write " + target + ": " + std::strerror(errno);
+  if (!good) return filled("cannot write %s: %s", target.c_str(), std::strerror(errno));
   return std::string();
 }
 
 std::string readRasterPage(const std::string& path, RasterPageInfo* info) {
   Descriptor file;
   if (!file.adopt(open(path.c_str(), O_RDONLY))) {
-    return "cannot read " + path + ": " + std::strerror(errno);
+    return filled("cannot read %s: %s", path.c_str(), std::strerror(errno));
   }
   const Raster raster(cupsRasterOpen(file.get(), CUPS_RASTER_READ));
   cups_page_header2_t header = {};
-  if (!raster || cupsRasterReadHeader2(raster.get(), &header) == 0) return "it has no pages";
+  if (!raster || cupsRasterReadHeader2(raster.get(), &header) == 0)
+    return translated("it has no pages");
   info->dpi = header.HWResolution[0];
   info->sizeName = std::string(header.cupsPageSizeName,
                                strnlen(header.cupsPageSizeName, sizeof header.cupsPageSizeName));
@@ -218,23 +225,24 @@ std::string readRasterPage(const std::string& path, RasterPageInfo* info) {
 std::string keepFirstPage(int descriptor, const std::string& target) {
   const Raster from(cupsRasterOpen(descriptor, CUPS_RASTER_READ));
   cups_page_header2_t header = {};
-  if (!from || cupsRasterReadHeader2(from.get(), &header) == 0) return "it has no pages";
+  if (!from || cupsRasterReadHeader2(from.get(), &header) == 0)
+    return translated("it has no pages");
   const uint64_t size = uint64_t{header.cupsHeight} * header.cupsBytesPerLine;
-  if (size == 0) return "its first page is empty";
-  if (size > kMostPageBytes) return "its first page is too large to print";
+  if (size == 0) return translated("its first page is empty");
+  if (size > kMostPageBytes) return translated("its first page is too large to print");
   std::vector<unsigned char> pixels(size);
   const auto bytes = static_cast<unsigned>(size);
   if (cupsRasterReadPixels(from.get(), pixels.data(), bytes) != bytes) {
-    return "its first page breaks off";
+    return translated("its first page breaks off");
   }
   Descriptor file;
   if (!file.adopt(open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600))) {
-    return "cannot write " + target + ": " + std::strerror(errno);
+    return filled("cannot write %s: %s", target.c_str(), std::strerror(errno));
   }
   const Raster to(cupsRasterOpen(file.get(), CUPS_RASTER_WRITE));
   if (!to || cupsRasterWriteHeader2(to.get(), &header) == 0 ||
       cupsRasterWritePixels(to.get(), pixels.data(), bytes) != bytes) {
-    return "cannot write " + target + ": " + std::strerror(errno);
+    return filled("cannot write %s: %s", target.c_str(), std::strerror(errno));
   }
   return std::string();
 }

@@ -42,9 +42,10 @@ std::string becomePrinter(const EmulatedPrinter& printer, const std::string& des
                                     "--media",
                                     isStencilPrinter(description) ? "sheet" : "gap"};
   if (printer.once) words.emplace_back("--once");
-  std::printf("%s\n", filled(printer.once ? "The emulated printer prints into %s and then ends."
-                                          : "The emulated printer prints into %s; Ctrl+C ends it.",
-                             printer.folder.c_str())
+  const char* folder = printer.folder.c_str();
+  std::printf("%s\n", (printer.once
+                           ? filled("The emulated printer prints into %s and then ends.", folder)
+                           : filled("The emulated printer prints into %s; Ctrl+C ends it.", folder))
                           .c_str());
   std::fflush(stdout);
   std::vector<char*> pointers;

@@ -25,6 +25,7 @@
 
 #include "tools/child_process.h"
 #include "tools/stream_decoder.h"
+#include "tools/translation.h"
 
 namespace korvel {
 namespace {
@@ -117,7 +118,7 @@ bool JobRun::openInput(FilterEnds* filter) {
     fd = open(job_.raster.c_str(), O_RDONLY);
   }
   if (filter->ends[0].adopt(fd)) return true;
-  return fail("cannot open " + job_.raster + ": " + std::strerror(errno));
+  return fail(filled("cannot open %s: %s", job_.raster.c_str(), std::strerror(errno)));
 }
 
 bool JobRun::openAll(FilterEnds* filter) {
@@ -129,14 +130,15 @@ bool JobRun::openAll(FilterEnds* filter) {
       filter->ends[3].setNonBlocking() && side_.setNonBlocking()) {
     return true;
   }
-  return fail(std::string("cannot open the filter's channels: ") + std::strerror(errno));
+  return fail(filled("cannot open the filter's channels: %s", std::strerror(errno)));
 }
 
 bool JobRun::start() {
   FilterEnds filter;
   Descriptor execFault;
   if (!openAll(&filter)) return false;
-  if (!openPipe(&execFault, &filter.execFault)) return fail("cannot open a pipe");
+  if (!openPipe(&execFault, &filter.execFault))
+    return fail(filled("cannot open a pipe: %s", std::strerror(errno)));
   std::vector<std::string> words = {job_.filter, job_.jobId,  job_.user,
                                     job_.title,  job_.copies, job_.options};
   if (job_.rasterAsFile) words.push_back(job_.raster);
@@ -146,13 +148,13 @@ bool JobRun::start() {
   arguments.push_back(nullptr);
   const pid_t parent = getpid();
   const pid_t pid = fork();
-  if (pid < 0) return fail(std::string("cannot start a process: ") + std::strerror(errno));
+  if (pid < 0) return fail(filled("cannot start a process: %s", std::strerror(errno)));
   if (pid == 0) becomeFilter(filter, parent, arguments.data(), job_);
   child_.start(pid);
   filter.execFault.reset();
   int reason = 0;
   if (read(execFault.get(), &reason, sizeof reason) > 0) {
-    return fail("cannot run " + job_.filter + ": " + std::strerror(reason));
+    return fail(filled("cannot run %s: %s", job_.filter.c_str(), std::strerror(reason)));
   }
   return true;
 }

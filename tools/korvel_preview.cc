@@ -21,10 +21,13 @@
 #include "tools/printer_description.h"
 #include "tools/scratch_folder.h"
 #include "tools/stream_listing.h"
+#include "tools/translation.h"
 
 namespace {
 
+using korvel::filled;
 using korvel::PreviewArguments;
+using korvel::translated;
 
 constexpr double kNoLimit = 7 * 24 * 3600;  // seconds that the filter may run
 constexpr unsigned kProgressStep = 10;      // pages between two lines of progress
@@ -46,7 +49,7 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 
 File openToWrite(const std::string& path) {
   File file(std::fopen(path.c_str(), "wb"));
-  if (!file) throw Failure{"cannot write " + path + ": " + std::strerror(errno)};
+  if (!file) throw Failure{filled("cannot write %s: %s", path.c_str(), std::strerror(errno))};
   return file;
 }
 
@@ -84,7 +87,8 @@ class Preview {
   void run() {
     must(korvel::identifyDocument(arguments_.file, &type_));
     if (isRaster() && arguments_.copies != "1") {
-      korvel::previewUsageError("a raster file prints as it is, once; -n is for documents");
+      korvel::previewUsageError(
+          translated("a raster file prints as it is, once; -n is for documents"));
     }
     must(scratch_.open());
     findDescription();
@@ -103,7 +107,7 @@ class Preview {
 
   void findDescription() {
     ppd_ = scratch_.file("printer.ppd");
-    std::string shownAs = "the description of queue " + arguments_.queue;
+    std::string shownAs = filled("the description of queue %s", arguments_.queue.c_str());
     options_ = arguments_.options;
     if (!arguments_.queue.empty()) {
       std::string defaults;
@@ -127,7 +131,8 @@ class Preview {
     const std::string models = installed("CUPS_DATADIR", KORVEL_CUPS_DATADIR, "/model/korvel/");
     std::string path = models + name + (name.ends_with(".ppd") ? "" : ".ppd");
     if (!std::filesystem::exists(path)) {
-      throw Failure{"there is no printer description " + name + " here or in " + models};
+      throw Failure{
+          filled("there is no printer description %s here or in %s", name.c_str(), models.c_str())};
     }
     return path;
   }
@@ -136,7 +141,8 @@ class Preview {
     std::error_code reason;
     std::filesystem::create_directories(arguments_.folder, reason);
     if (reason && !std::filesystem::is_directory(arguments_.folder)) {
-      throw Failure{"cannot make the folder " + arguments_.folder + ": " + reason.message()};
+      throw Failure{filled("cannot make the folder %s: %s", arguments_.folder.c_str(),
+                           reason.message().c_str())};
     }
   }
 
@@ -148,10 +154,11 @@ class Preview {
       must(korvel::unpackRaster(arguments_.file, raster_));
       korvel::RasterPageInfo info;
       const std::string fault = korvel::readRasterPage(raster_, &info);
-      if (!fault.empty()) throw Failure{arguments_.file + " cannot be shown: " + fault};
+      if (!fault.empty())
+        throw Failure{filled("%s cannot be shown: %s", arguments_.file.c_str(), fault.c_str())};
       if (info.dpi != 0) dpi_ = info.dpi;
     }
-    if (dpi_ < 1 || dpi_ > 9999) throw Failure{"the pages' dots per inch are not told"};
+    if (dpi_ < 1 || dpi_ > 9999) throw Failure{translated("the pages' dots per inch are not told")};
   }
 
   korvel::RasteriserJob rasteriserJob() {
@@ -199,7 +206,7 @@ class Preview {
         note(path, sheet.writePng(path, dpi_));
       };
     }
-    Progress progress("page");
+    Progress progress(translated("page"));
     preview.progress = [&](unsigned pages) { progress.show(pages); };
     const unsigned pages = runJob(&preview);
     removeOlder(name, pages);
@@ -242,7 +249,8 @@ class Preview {
     lines.finish();
     for (const File* file : {&bytes, &listing, &messages}) {
       if (std::fflush(file->get()) != 0 || std::ferror(file->get()) != 0) {
-        throw Failure{"cannot write to " + arguments_.folder + ": " + std::strerror(errno)};
+        throw Failure{
+            filled("cannot write %s: %s", arguments_.folder.c_str(), std::strerror(errno))};
       }
     }
     return pages;
@@ -258,7 +266,7 @@ class Preview {
     // When pages are lacking, it is the rasteriser who knows why.
     std::string fault = isRaster() ? std::string() : rasteriser.finish();
     if (fault.empty() && outcome.fault.empty() && outcome.pages == 0) {
-      fault = arguments_.file + " has no pages to print";
+      fault = filled("%s has no pages to print", arguments_.file.c_str());
     }
     if (!fault.empty() && arguments_.stream) removeStream();
     must(fault);
@@ -291,7 +299,7 @@ class Preview {
   void compareHalftones() {
     keepFirstPage();
     std::vector<korvel::ContactCell> cells;
-    Progress progress("halftone");
+    Progress progress(translated("halftone"));
     for (const korvel::HalftoneName& halftone : korvel::kHalftoneNames) {
       progress.show(static_cast<unsigned>(cells.size() + 1));
       const std::string choice = std::string("HalftoneType=") + halftone.setting;
@@ -313,7 +321,7 @@ class Preview {
     const std::string target = scratch_.file("first.ras");
     if (isRaster()) {
       if (!file.adopt(open(raster_.c_str(), O_RDONLY))) {
-        throw Failure{"cannot read " + raster_ + ": " + std::strerror(errno)};
+        throw Failure{filled("cannot read %s: %s", raster_.c_str(), std::strerror(errno))};
       }
     } else {
       must(rasteriser.start(rasteriserJob()));
@@ -322,7 +330,7 @@ class Preview {
     const std::string fault = korvel::keepFirstPage(from, target);
     if (!fault.empty()) {
       if (!isRaster()) must(rasteriser.finish());
-      throw Failure{arguments_.file + " cannot be shown: " + fault};
+      throw Failure{filled("%s cannot be shown: %s", arguments_.file.c_str(), fault.c_str())};
     }
     raster_ = target;
   }
@@ -332,7 +340,8 @@ class Preview {
     korvel::PreviewJob preview = previewJob(options);
     preview.page = [&](unsigned /*number*/, const korvel::PagePicture& page) { picture = page; };
     must(korvel::runPreviewJob(preview).fault);
-    if (picture.empty() || picture.height() == 0) throw Failure{"the page has no picture"};
+    if (picture.empty() || picture.height() == 0)
+      throw Failure{translated("the page has no picture")};
     return picture;
   }
 
@@ -349,9 +358,10 @@ class Preview {
 }  // namespace
 
 int main(int argc, char** argv) {
+  korvel::startTranslation();
   try {
     Preview(korvel::parsePreviewArguments(argc, argv)).run();
-    if (std::fflush(stdout) != 0) throw Failure{"cannot write to standard output"};
+    if (std::fflush(stdout) != 0) throw Failure{translated("cannot write to standard output")};
     return 0;
   } catch (const Failure& failure) {
     std::fprintf(stderr, "korvel-preview: %s\n", failure.sentence.c_str());

@@ -27,7 +27,7 @@ using korvel::PrintSystem;
 using korvel::QueuePlan;
 using korvel::translated;
 
-constexpr char kUsage[] =
+constexpr const char* kUsage = korvel::later(
     "Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [-o OPTION=VALUE]... [OPTION]...\n"
     "       korvel-setup --emulated [--port N] [--out DIR] [OPTION]...\n"
     "       korvel-setup --check [QUEUE]...\n"
@@ -49,7 +49,7 @@ constexpr char kUsage[] =
     "  --dump-folder DIR  where the filter leaves its pictures (/var/spool/cups/tmp)\n"
     "  --list             show devices and descriptions; with -m a description's options\n"
     "  --help, --version\n\n"
-    "Status: 0 all is well, 1 something failed or is wrong with a queue, 2 wrong usage.\n";
+    "Status: 0 all is well, 1 something failed or is wrong with a queue, 2 wrong usage.\n");
 
 struct Request {
   QueuePlan plan;

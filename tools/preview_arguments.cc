@@ -6,10 +6,12 @@
 #include <cstdlib>
 #include <map>
 
+#include "tools/translation.h"
+
 namespace korvel {
 namespace {
 
-const char kUsage[] =
+constexpr const char* kUsage = later(
     "Usage: korvel-preview [OPTION]... FILE\n"
     "Shows what a PDF, PNG, JPEG, text or CUPS raster file will look like in print, dot for dot,\n"
     "as a PNG picture a sheet. Needs no printer and prints nothing.\n\n"
@@ -26,7 +28,7 @@ const char kUsage[] =
     "                   DIR/stream.bin, stream.txt and messages.txt\n"
     "  --filter PATH    this filter in place of the installed one\n"
     "  --help, --version\n\n"
-    "Status: 0 done, 1 it cannot be shown, 2 wrong usage.\n";
+    "Status: 0 done, 1 it cannot be shown, 2 wrong usage.\n");
 
 bool isCopies(const std::string& text) {
   return !text.empty() && text.size() <= 4 && text[0] != '0' &&
@@ -34,25 +36,28 @@ bool isCopies(const std::string& text) {
 }
 
 void check(const PreviewArguments& arguments) {
-  if (arguments.file.empty()) previewUsageError("which file?");
+  if (arguments.file.empty()) previewUsageError(translated("which file?"));
   if (!arguments.queue.empty() && !arguments.description.empty()) {
-    previewUsageError("-P and -p exclude each other");
+    previewUsageError(translated("-P and -p exclude each other"));
   }
   if (!isCopies(arguments.copies)) {
-    previewUsageError("-n wants a number from 1 to 9999, have '" + arguments.copies + "'");
+    previewUsageError(filled("%s wants a number from %d to %d, have '%s'", "-n", 1, 9999,
+                             arguments.copies.c_str()));
   }
   if (arguments.halftones && arguments.options.find("HalftoneType") != std::string::npos) {
-    previewUsageError("--halftones shows them all: leave -o HalftoneType out");
+    previewUsageError(translated("--halftones shows them all: leave -o HalftoneType out"));
   }
   if (arguments.halftones && (arguments.pages || arguments.stream)) {
-    previewUsageError("--halftones makes one picture: leave --pages and --stream out");
+    previewUsageError(translated("--halftones makes one picture: leave --pages and --stream out"));
   }
 }
 
 }  // namespace
 
 void previewUsageError(const std::string& what) {
-  std::fprintf(stderr, "korvel-preview: %s; see korvel-preview --help\n", what.c_str());
+  std::fprintf(
+      stderr, "%s\n",
+      filled("%s: %s; see %s --help", "korvel-preview", what.c_str(), "korvel-preview").c_str());
   std::exit(2);
 }
 
@@ -68,11 +73,12 @@ PreviewArguments parsePreviewArguments(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     const auto value = [&]() -> std::string {
-      if (++i >= argc || *argv[i] == '\0') previewUsageError(word + " wants a value");
+      if (++i >= argc || *argv[i] == '\0')
+        previewUsageError(filled("%s wants a value", word.c_str()));
       return argv[i];
     };
     if (word == "--help") {
-      std::fputs(kUsage, stdout);
+      std::fputs(translated(kUsage), stdout);
       std::exit(0);
     } else if (word == "--version") {
       std::puts("korvel-preview 1.0.0");
@@ -84,9 +90,10 @@ PreviewArguments parsePreviewArguments(int argc, char** argv) {
     } else if (word == "-o") {
       arguments.options += (arguments.options.empty() ? "" : " ") + value();
     } else if (word.starts_with("-")) {
-      previewUsageError("unknown option '" + word + "'");
+      previewUsageError(filled("unknown option '%s'", word.c_str()));
     } else if (!arguments.file.empty()) {
-      previewUsageError("more than one file: " + arguments.file + " and " + word);
+      previewUsageError(
+          filled("more than one file: %s and %s", arguments.file.c_str(), word.c_str()));
     } else {
       arguments.file = word;
     }

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "tools/stream_decoder.h"
+#include "tools/translation.h"
 
 namespace korvel {
 namespace {
@@ -31,7 +32,9 @@ class SheetMaker {
     world_.breakOff(now_);
     settle();
     giveSheet();
-    return decoder_.failed() ? "the filter's stream is malformed: " + decoder_.error() : "";
+    return decoder_.failed()
+               ? filled("the filter's stream is malformed: %s", decoder_.error().c_str())
+               : "";
   }
 
  private:
@@ -113,13 +116,14 @@ class MessageReader {
 
 std::string faultOf(const SpoolerOutcome& outcome, const std::string& error) {
   if (!outcome.fault.empty()) return outcome.fault;
-  if (outcome.timedOut) return "the filter was still running after its time and was stopped";
+  if (outcome.timedOut)
+    return translated("the filter was still running after its time and was stopped");
   if (outcome.signal != 0) {
-    return "the filter was ended by signal " + std::to_string(outcome.signal);
+    return filled("the filter was ended by signal %d", outcome.signal);
   }
   if (outcome.status == 0) return std::string();
-  return "the filter stopped with status " + std::to_string(outcome.status) +
-         (error.empty() ? "" : ": " + error);
+  if (error.empty()) return filled("the filter stopped with status %d", outcome.status);
+  return filled("the filter stopped with status %d: %s", outcome.status, error.c_str());
 }
 
 }  // namespace

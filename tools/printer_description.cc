@@ -15,6 +15,8 @@
 #include <fstream>
 #include <regex>
 
+#include "tools/translation.h"
+
 namespace korvel {
 namespace {
 
@@ -107,10 +109,12 @@ std::string knownDefaults(const std::string& queue, const std::string& path) {
 
 std::string queueFault(const std::string& queue) {
   if (cupsLastError() == IPP_STATUS_ERROR_NOT_FOUND) {
-    return "the spooler has no queue " + queue + "; lpstat -e lists those there are";
+    return filled("the spooler has no queue %s; lpstat -e lists those there are", queue.c_str());
   }
-  return "the spooler does not answer for queue " + queue +
-         "; start it, or name a printer description with -p instead";
+  return filled(
+      "the spooler does not answer for queue %s; start it, or name a printer description with -p "
+      "instead",
+      queue.c_str());
 }
 
 }  // namespace
@@ -127,26 +131,29 @@ std::string fetchQueue(const std::string& queue, const std::string& target, std:
 
 std::string copyDescription(const std::string& path, const std::string& target, bool oneWay) {
   const std::unique_ptr<cups_file_t, CupsFileCloser> from(cupsFileOpen(path.c_str(), "r"));
-  if (!from) return "cannot read the printer description " + path + ": " + std::strerror(errno);
+  if (!from) {
+    return filled("cannot read the printer description %s: %s", path.c_str(), std::strerror(errno));
+  }
   std::ofstream to(target, std::ios::binary);
   char line[4096];
   while (cupsFileGets(from.get(), line, sizeof line) != nullptr) {
     to << (oneWay ? oneWayLine(line) : std::string(line)) << '\n';
   }
   to.close();
-  return to ? std::string() : "cannot write " + target;
+  return to ? std::string() : filled("cannot write %s", target.c_str());
 }
 
 std::string PrinterDescription::open(const std::string& path, const std::string& shownAs) {
   ppd_.reset(ppdOpenFile(path.c_str()));
-  if (!ppd_) return shownAs + " is not a printer description (PPD)";
+  if (!ppd_) return filled("%s is not a printer description (PPD)", shownAs.c_str());
   for (const char* keyword : {"cupsFilter2", "cupsFilter"}) {
     for (const ppd_attr_t* attribute = ppdFindAttr(ppd_.get(), keyword, nullptr);
          attribute != nullptr; attribute = ppdFindNextAttr(ppd_.get(), keyword, nullptr)) {
       if (std::strstr(attribute->value, "rastertokorvel") != nullptr) return std::string();
     }
   }
-  return shownAs + " is not of a Korvel printer: it does not print with rastertokorvel";
+  return filled("%s is not of a Korvel printer: it does not print with rastertokorvel",
+                shownAs.c_str());
 }
 
 std::string PrinterDescription::mark(const std::string& options) {
@@ -165,7 +172,9 @@ std::string PrinterDescription::check(const std::string& name, const std::string
       "Custom\\.[0-9]+(\\.[0-9]+)?x[0-9]+(\\.[0-9]+)?(pt|in|cm|mm|m|ft)?");
   const std::string keyword = strcasecmp(name.c_str(), "media") == 0 ? "PageSize" : name;
   ppd_option_t* option = ppdFindOption(ppd_.get(), keyword.c_str());
-  if (option == nullptr) return isStandard(name) ? std::string() : "unknown option " + name;
+  if (option == nullptr) {
+    return isStandard(name) ? std::string() : filled("unknown option %s", name.c_str());
+  }
   const bool custom = value.starts_with("Custom.");
   if (custom && ppd_->variable_sizes != 0 && keyword == "PageSize" &&
       std::regex_match(value, kCustomSize)) {
@@ -175,10 +184,13 @@ std::string PrinterDescription::check(const std::string& name, const std::string
   std::string offered;
   for (int i = 0; i < option->num_choices; ++i) {
     if (strcasecmp(option->choices[i].choice, "Custom") == 0) continue;
-    offered += std::string(" ") + option->choices[i].choice;
+    offered += (offered.empty() ? "" : " ") + std::string(option->choices[i].choice);
   }
-  if (value.empty()) return "the option " + name + " wants a value, one of" + offered;
-  return "the printer description offers no " + name + "=" + value + ", only" + offered;
+  if (value.empty()) {
+    return filled("the option %s wants a value, one of %s", name.c_str(), offered.c_str());
+  }
+  return filled("the printer description offers no %s=%s, only %s", name.c_str(), value.c_str(),
+                offered.c_str());
 }
 
 std::string PrinterDescription::name() const {

@@ -120,9 +120,6 @@ struct PlainWords {
   const char* text;  // one place, for the job's number
 };
 
-// Marks a text for the catalogues; it is translated where it is used.
-constexpr const char* later(const char* text) { return text; }
-
 const PlainWords kPlainWords[] = {
     {"Paper size must not",
      later("Job %d asked for a page size that the description does not have; choose one that it "

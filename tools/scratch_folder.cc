@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "tools/translation.h"
+
 namespace korvel {
 namespace {
 
@@ -44,10 +46,11 @@ std::string ScratchFolder::open() {
   std::error_code reason;
   const std::string pattern =
       (std::filesystem::temp_directory_path(reason) / "korvel-XXXXXX").string();
-  if (reason || pattern.size() >= kLongestPath) return "there is no folder for passing files";
+  if (reason || pattern.size() >= kLongestPath)
+    return translated("there is no folder for passing files");
   std::memcpy(gFolder, pattern.c_str(), pattern.size() + 1);
   if (mkdtemp(gFolder) == nullptr) {
-    return "cannot make a folder " + pattern + ": " + std::strerror(errno);
+    return filled("cannot make the folder %s: %s", pattern.c_str(), std::strerror(errno));
   }
   std::atexit(removeAll);  // for an end without destructors
   for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, endBySignal);
