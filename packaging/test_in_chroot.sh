@@ -29,6 +29,7 @@ if [[ ! -f $base ]]; then
 else
   tar -C "$root" -xf "$base"
 fi
+chmod 755 "$root"  # filters and scripts of the spooler are not run as root
 
 # An older package: another version, other texts in its descriptions, and older files.
 old=$root/tmp/old

@@ -17,7 +17,7 @@ fail() {
 expect() {  # SENTENCE COMMAND...
   local sentence=$1
   shift
-  "$@" > /tmp/output 2>&1 || { cat /tmp/output >&2; fail "$sentence"; }
+  "$@" > /tmp/said 2>&1 || { cat /tmp/said >&2; fail "$sentence"; }
   echo "ok: $sentence"
 }
 expect_not() {
@@ -47,9 +47,13 @@ print_a_label() {
   lp -d labels /usr/share/korvel/examples/label.pdf
   within_time test -f /tmp/sheets/sheet-1.png && wait
 }
+# Files that bear our name, without the spooler's notes and logs.
 anything_left() {
-  find / -xdev \( -path /tmp -o -path /proc -o -path /dev \) -prune -o \
-    \( -iname '*korvel*' ! -path '/var/cache/cups/*' ! -path '/var/log/*' \) -print | grep .
+  local found
+  found=$(find / -xdev \( -path /tmp -o -path /proc -o -path /dev \) -prune -o \
+    \( -iname '*korvel*' ! -path '/var/cache/cups/*' ! -path '/var/log/*' \) -print) ||
+    fail "the search for what is left"
+  [[ -n $found ]] && echo "$found"
 }
 age() { touch -d '2 days ago' "$@"; }
 
@@ -81,6 +85,7 @@ expect "the doctor finds nothing" korvel-setup --check labels
 kill "$printer"
 wait "$printer"
 expect_not "the doctor misses the printer" korvel-setup --check labels
+expect "and says so" grep -q 'Nothing can be reached at socket://127.0.0.1' /tmp/output
 
 step "clear old pictures away"
 before=$(stat -c '%a %U:%G' "$dumps")
@@ -104,6 +109,7 @@ done
 expect "the filter has one too" ls /usr/share/man/man8/rastertokorvel.8.gz
 
 step "remove, purge, install again"
+expect "there is something to be removed" anything_left
 expect "it can be removed" dpkg --remove printer-driver-korvel
 expect_not "the filter is gone" ls /usr/lib/cups/filter/rastertokorvel
 expect "the queue is still there" lpstat -v labels
