@@ -58,6 +58,15 @@ bool Child::reap(int* status) {
   return true;
 }
 
+bool Child::wait(int* status) {
+  if (pid_ <= 0) return false;
+  pid_t ended = 0;
+  while ((ended = waitpid(pid_, status, 0)) < 0 && errno == EINTR) {
+  }
+  pid_ = -1;
+  return ended > 0;
+}
+
 void Child::kill() {
   if (pid_ <= 0) return;
   ::kill(pid_, SIGKILL);

@@ -41,6 +41,7 @@ class Child {
 
   void start(pid_t pid) { pid_ = pid; }
   bool reap(int* status);  // true once, when it has ended; its wait status
+  bool wait(int* status);  // the same, but waits for the end
   void kill();
 
  private:

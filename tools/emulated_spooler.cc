@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,6 +25,7 @@
 
 #include "tools/child_process.h"
 #include "tools/stream_decoder.h"
+#include "tools/translation.h"
 
 namespace korvel {
 namespace {
@@ -39,6 +41,13 @@ struct FilterEnds {
   Descriptor execFault;  // carries errno when the program cannot be started
 };
 
+// From here on writing to a file fails; pipes and sockets are free.
+void forbidFileBytes() {
+  const rlimit none = {0, 0};
+  setrlimit(RLIMIT_FSIZE, &none);
+  signal(SIGXFSZ, SIG_IGN);
+}
+
 [[noreturn]] void becomeFilter(const FilterEnds& filter, pid_t parent, char* const* arguments,
                                const SpoolerJob& job) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -50,6 +59,7 @@ struct FilterEnds {
     setenv("PPD", job.ppd.c_str(), 1);
   }
   signal(SIGPIPE, SIG_DFL);
+  if (job.emptyFiles) forbidFileBytes();
   execv(job.filter.c_str(), arguments);
   const int reason = errno;
   if (write(filter.execFault.get(), &reason, sizeof reason) < 0) _exit(126);
@@ -100,13 +110,15 @@ bool JobRun::openInput(FilterEnds* filter) {
   int fd = -1;
   if (job_.rasterAsFile) {
     fd = open("/dev/null", O_RDONLY);
+  } else if (job_.rasterDescriptor >= 0) {
+    fd = dup(job_.rasterDescriptor);
   } else if (job_.raster == "-") {
     fd = dup(STDIN_FILENO);
   } else {
     fd = open(job_.raster.c_str(), O_RDONLY);
   }
   if (filter->ends[0].adopt(fd)) return true;
-  return fail("cannot open " + job_.raster + ": " + std::strerror(errno));
+  return fail(filled("cannot open %s: %s", job_.raster.c_str(), std::strerror(errno)));
 }
 
 bool JobRun::openAll(FilterEnds* filter) {
@@ -118,14 +130,15 @@ bool JobRun::openAll(FilterEnds* filter) {
       filter->ends[3].setNonBlocking() && side_.setNonBlocking()) {
     return true;
   }
-  return fail(std::string("cannot open the filter's channels: ") + std::strerror(errno));
+  return fail(filled("cannot open the filter's channels: %s", std::strerror(errno)));
 }
 
 bool JobRun::start() {
   FilterEnds filter;
   Descriptor execFault;
   if (!openAll(&filter)) return false;
-  if (!openPipe(&execFault, &filter.execFault)) return fail("cannot open a pipe");
+  if (!openPipe(&execFault, &filter.execFault))
+    return fail(filled("cannot open a pipe: %s", std::strerror(errno)));
   std::vector<std::string> words = {job_.filter, job_.jobId,  job_.user,
                                     job_.title,  job_.copies, job_.options};
   if (job_.rasterAsFile) words.push_back(job_.raster);
@@ -135,13 +148,13 @@ bool JobRun::start() {
   arguments.push_back(nullptr);
   const pid_t parent = getpid();
   const pid_t pid = fork();
-  if (pid < 0) return fail(std::string("cannot start a process: ") + std::strerror(errno));
+  if (pid < 0) return fail(filled("cannot start a process: %s", std::strerror(errno)));
   if (pid == 0) becomeFilter(filter, parent, arguments.data(), job_);
   child_.start(pid);
   filter.execFault.reset();
   int reason = 0;
   if (read(execFault.get(), &reason, sizeof reason) > 0) {
-    return fail("cannot run " + job_.filter + ": " + std::strerror(reason));
+    return fail(filled("cannot run %s: %s", job_.filter.c_str(), std::strerror(reason)));
   }
   return true;
 }

@@ -9,10 +9,11 @@
 #include "tools/page_picture.h"
 #include "tools/stream_decoder.h"
 #include "tools/stream_listing.h"
+#include "tools/translation.h"
 
 namespace {
 
-const char kUsage[] =
+constexpr const char* kUsage = korvel::later(
     "Usage: korvel-decode [OPTION]... [FILE]\n"
     "Checks a printer command stream and lists it, a line a packet with its offset.\n"
     "Reads standard input when FILE is - or not given.\n\n"
@@ -21,7 +22,7 @@ const char kUsage[] =
     "  --dpi N        note N dots per inch in the PNG files\n"
     "  -q, --quiet    no listing\n"
     "  --help, --version\n\n"
-    "Status: 0 a well-formed stream, 1 a malformed or unreadable one, 2 wrong usage.\n";
+    "Status: 0 a well-formed stream, 1 a malformed or unreadable one, 2 wrong usage.\n");
 
 struct Request {
   std::string png;
@@ -34,7 +35,7 @@ struct Request {
 Request parseArguments(int argc, char** argv) {
   Request request;
   bool haveInput = false;
-  korvel::Arguments words(argc, argv, "korvel-decode", kUsage);
+  korvel::Arguments words(argc, argv, "korvel-decode", korvel::translated(kUsage));
   while (words.next()) {
     if (words.is("--png")) {
       request.png = words.value();
@@ -47,7 +48,7 @@ Request parseArguments(int argc, char** argv) {
     } else if (words.isOption()) {
       words.unknown();
     } else if (haveInput) {
-      words.wrong("more than one file");
+      words.wrong(korvel::translated("more than one file"));
     } else {
       request.input = words.word();
       haveInput = true;
@@ -128,6 +129,7 @@ bool decode(std::FILE* input, const Request& request) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  korvel::startTranslation();
   const Request request = parseArguments(argc, argv);
   std::FILE* input = stdin;
   if (request.input != "-") input = std::fopen(request.input.c_str(), "rb");
@@ -138,7 +140,8 @@ int main(int argc, char** argv) {
   bool good = decode(input, request);
   if (input != stdin) std::fclose(input);
   if (std::fflush(stdout) != 0) {
-    std::fprintf(stderr, "korvel-decode: cannot write the listing: %s\n", std::strerror(errno));
+    std::fprintf(stderr, "korvel-decode: %s\n",
+                 korvel::filled("cannot write the listing: %s", std::strerror(errno)).c_str());
     good = false;
   }
   return good ? 0 : 1;

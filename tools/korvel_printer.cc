@@ -13,10 +13,11 @@
 #include "tools/arguments.h"
 #include "tools/printer_scenario.h"
 #include "tools/printer_server.h"
+#include "tools/translation.h"
 
 namespace {
 
-const char kUsage[] =
+constexpr const char* kUsage = korvel::later(
     "Usage: korvel-printer [OPTION]...\n"
     "Stands in for a printer: listens on a port of this machine, takes the command stream, "
     "answers\n"
@@ -40,10 +41,12 @@ const char kUsage[] =
     "  --once             end when the first connection has closed and its pages are out\n"
     "  -q, --quiet        print no events\n"
     "  --help, --version\n\n"
-    "Status: 0 a normal end, 1 a port or a picture failed, 2 wrong usage.\n";
+    "Status: 0 a normal end, 1 a port or a picture failed, 2 wrong usage.\n");
 
 using korvel::Arguments;
+using korvel::filled;
 using korvel::ScenarioKind;
+using korvel::translated;
 
 korvel::Media media(Arguments* words) {
   const std::string text = words->value();
@@ -51,7 +54,7 @@ korvel::Media media(Arguments* words) {
   if (text == "mark") return korvel::Media::kMark;
   if (text == "continuous") return korvel::Media::kContinuous;
   if (text == "sheet") return korvel::Media::kSheet;
-  words->wrong("--media wants gap, mark, continuous or sheet, have '" + text + "'");
+  words->wrong(filled("--media wants gap, mark, continuous or sheet, have '%s'", text.c_str()));
 }
 
 korvel::Scenario scenario(Arguments* words) {
@@ -60,7 +63,7 @@ korvel::Scenario scenario(Arguments* words) {
   std::string fault;
   if (!korvel::parseScenario(text, &parsed, &fault)) words->wrong("--scenario: " + fault);
   if (parsed.kind == ScenarioKind::kState || parsed.kind == ScenarioKind::kQuit) {
-    words->wrong("--scenario: '" + text + "' belongs on the control port");
+    words->wrong(filled("--scenario: '%s' belongs on the control port", text.c_str()));
   }
   return parsed;
 }
@@ -75,7 +78,7 @@ bool takeValued(Arguments* words, korvel::ServerOptions* options) {
     options->replyDescriptor = words->number(0, 1023);
   } else if (words->is("--out")) {
     options->folder = words->value();
-    if (options->folder.empty()) words->wrong("--out wants a folder");
+    if (options->folder.empty()) words->wrong(translated("--out wants a folder"));
   } else if (words->is("--dpi")) {
     options->body.dpi = static_cast<unsigned>(words->number(1, 9999));
   } else if (words->is("--speed")) {
@@ -92,18 +95,21 @@ bool takeValued(Arguments* words, korvel::ServerOptions* options) {
 
 void checkTogether(const Arguments& words, bool port, const korvel::ServerOptions& options) {
   const int replies = options.replyDescriptor;
-  if (port && options.standardInput) words.wrong("--port and --stdin exclude each other");
-  if (replies >= 0 && !options.standardInput) words.wrong("--reply-fd wants --stdin beside it");
+  if (port && options.standardInput)
+    words.wrong(translated("--port and --stdin exclude each other"));
+  if (replies >= 0 && !options.standardInput)
+    words.wrong(translated("--reply-fd wants --stdin beside it"));
   if (replies >= 0 && fcntl(replies, F_GETFD) < 0) {
-    words.wrong("--reply-fd: descriptor " + std::to_string(replies) + " is not open");
+    words.wrong(filled("--reply-fd: descriptor %d is not open", replies));
   }
-  if (options.pages && options.folder.empty()) words.wrong("--pages wants --out beside it");
+  if (options.pages && options.folder.empty())
+    words.wrong(translated("--pages wants --out beside it"));
 }
 
 korvel::ServerOptions parseArguments(int argc, char** argv) {
   korvel::ServerOptions options;
   bool port = false;
-  Arguments words(argc, argv, "korvel-printer", kUsage);
+  Arguments words(argc, argv, "korvel-printer", korvel::translated(kUsage));
   while (words.next()) {
     port = port || words.is("--port");
     if (words.is("--stdin")) {
@@ -157,13 +163,15 @@ bool makeFolder(const std::string& folder) {
   std::error_code reason;
   if (folder.empty() || std::filesystem::is_directory(folder)) return true;
   std::filesystem::create_directories(folder, reason);
-  return !reason || complain("cannot make the folder " + folder + ": " + reason.message());
+  return !reason || complain(filled("cannot make the folder %s: %s", folder.c_str(),
+                                    reason.message().c_str()));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   reserveStandardDescriptors();
+  korvel::startTranslation();
   const korvel::ServerOptions options = parseArguments(argc, argv);
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   catchSignals();

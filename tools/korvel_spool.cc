@@ -12,10 +12,11 @@
 
 #include "tools/arguments.h"
 #include "tools/emulated_spooler.h"
+#include "tools/translation.h"
 
 namespace {
 
-const char kUsage[] =
+constexpr const char* kUsage = korvel::later(
     "Usage: korvel-spool --filter PATH [OPTION]... RASTER\n"
     "Runs a print filter on RASTER (- is standard input) with the spooler's descriptors and a\n"
     "printer that answers status requests; the printer's bytes go to standard output.\n\n"
@@ -36,9 +37,11 @@ const char kUsage[] =
     "  --log FILE          the filter's messages; standard error without it\n"
     "  --help, --version\n\n"
     "Status: 0 when the filter ended with 0, 1 when it failed, was ended or could not be run,\n"
-    "2 wrong usage.\n";
+    "2 wrong usage.\n");
 
 using korvel::Arguments;
+using korvel::filled;
+using korvel::translated;
 
 [[noreturn]] void stop(const std::string& what) {
   std::fprintf(stderr, "korvel-spool: %s\n", what.c_str());
@@ -58,7 +61,8 @@ void setScript(const Arguments& words, const std::string& text, korvel::SpoolerJ
 void readScript(const Arguments& words, const std::string& path, korvel::SpoolerJob* job) {
   std::ifstream file(path);
   std::ostringstream text;
-  if (!file || !(text << file.rdbuf())) words.wrong("cannot read the script " + path);
+  if (!file || !(text << file.rdbuf()))
+    words.wrong(filled("cannot read the script %s", path.c_str()));
   setScript(words, text.str(), job);
 }
 
@@ -66,7 +70,7 @@ double parseSeconds(const Arguments& words, const std::string& text) {
   char* end = nullptr;
   const double seconds = std::strtod(text.c_str(), &end);
   if (text.empty() || *end != '\0' || !(seconds > 0) || seconds > 1e6) {
-    words.wrong("--timeout wants seconds, have '" + text + "'");
+    words.wrong(filled("--timeout wants seconds, have '%s'", text.c_str()));
   }
   return seconds;
 }
@@ -80,7 +84,7 @@ Request parseArguments(int argc, char** argv) {
       {"--ppd", &job.ppd},       {"--user", &job.user},     {"--title", &job.title},
       {"-n", &job.copies},       {"--copies", &job.copies},
   };
-  Arguments words(argc, argv, "korvel-spool", kUsage);
+  Arguments words(argc, argv, "korvel-spool", korvel::translated(kUsage));
   while (words.next()) {
     if (words.isOption() && texts.contains(words.word())) {
       *texts.at(words.word()) = words.value();
@@ -97,13 +101,13 @@ Request parseArguments(int argc, char** argv) {
     } else if (words.isOption()) {
       words.unknown();
     } else if (!job.raster.empty()) {
-      words.wrong("more than one raster file");
+      words.wrong(translated("more than one raster file"));
     } else {
       job.raster = words.word();
     }
   }
-  if (job.filter.empty()) words.wrong("no --filter given");
-  if (job.raster.empty()) words.wrong("no raster file given");
+  if (job.filter.empty()) words.wrong(translated("no --filter given"));
+  if (job.raster.empty()) words.wrong(translated("no raster file given"));
   return request;
 }
 
@@ -117,20 +121,24 @@ korvel::SpoolerJob::Sink fileSink(std::FILE* file) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  korvel::startTranslation();
   Request request = parseArguments(argc, argv);
   std::FILE* log = stderr;
   if (!request.log.empty()) log = std::fopen(request.log.c_str(), "wb");
-  if (log == nullptr) stop("cannot write " + request.log + ": " + std::strerror(errno));
+  if (log == nullptr)
+    stop(filled("cannot write %s: %s", request.log.c_str(), std::strerror(errno)));
   request.job.output = fileSink(stdout);
   request.job.messages = fileSink(log);
   const korvel::SpoolerOutcome outcome = korvel::runSpoolerJob(request.job);
-  if (std::ferror(stdout) != 0 || std::ferror(log) != 0) stop("cannot write the filter's output");
+  if (std::ferror(stdout) != 0 || std::ferror(log) != 0)
+    stop(translated("cannot write the filter's output"));
   if (log != stderr) std::fclose(log);
   if (!outcome.fault.empty()) stop(outcome.fault);
-  if (outcome.timedOut) stop("the filter was still running after its time and was killed");
+  if (outcome.timedOut)
+    stop(translated("the filter was still running after its time and was killed"));
   if (outcome.signal != 0) {
-    stop("the filter was ended by signal " + std::to_string(outcome.signal));
+    stop(filled("the filter was ended by signal %d", outcome.signal));
   }
-  if (outcome.status > 1) stop("the filter ended with status " + std::to_string(outcome.status));
+  if (outcome.status > 1) stop(filled("the filter ended with status %d", outcome.status));
   return outcome.status;
 }

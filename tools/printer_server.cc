@@ -21,6 +21,7 @@
 #include <utility>
 
 #include "tools/status_script.h"
+#include "tools/translation.h"
 
 namespace korvel {
 namespace {
@@ -47,7 +48,7 @@ std::string listenOn(int port, OwnDescriptor* listener) {
   setsockopt(listener->get(), SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof kReceiveBuffer);
   if (bind(listener->get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
       listen(listener->get(), kBacklog) != 0) {
-    return "cannot listen on port " + std::to_string(port) + ": " + std::strerror(errno);
+    return filled("cannot listen on port %d: %s", port, std::strerror(errno));
   }
   return std::string();
 }

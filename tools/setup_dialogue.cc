@@ -81,6 +81,7 @@ void showDescriptions(const std::vector<Description>& all) {
 void showOptions(const std::string& description) {
   ppd_file_t* ppd = openDescription(description);
   if (ppd == nullptr) return;
+  ppdLocalize(ppd);
   for (const ppd_option_t* option = ppdFirstOption(ppd); option != nullptr;
        option = ppdNextOption(ppd)) {
     std::printf("%s (%s):", option->keyword, option->text);

@@ -8,6 +8,7 @@
 #include <clocale>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 
 namespace korvel {
 
@@ -20,7 +21,8 @@ constexpr char kDomain[] = "korvel";
 void startTranslation() {
   std::setlocale(LC_MESSAGES, "");
   std::setlocale(LC_CTYPE, "");
-  bindtextdomain(kDomain, KORVEL_LOCALE_DIR);
+  const char* folder = std::getenv("TEXTDOMAINDIR");
+  bindtextdomain(kDomain, folder != nullptr ? folder : KORVEL_LOCALE_DIR);
 }
 
 const char* translated(const char* text) { return dgettext(kDomain, text); }

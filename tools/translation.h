@@ -9,12 +9,13 @@
 namespace korvel {
 
 // Takes the language from the environment; before the first text. Without it, or without a
-// catalogue of that language, every text stays English.
+// catalogue of that language, every text stays English. TEXTDOMAINDIR may name another folder of
+// catalogues than the installed one.
 void startTranslation();
 
 __attribute__((format_arg(1))) const char* translated(const char* text);
 
-// Marks a text of a table; it is translated where it is used.
+// Marks a text that stands in a table or a constant; translated(...) looks it up where it is used.
 constexpr const char* later(const char* text) { return text; }
 
 // The translation of `format`, its places filled as printf does.

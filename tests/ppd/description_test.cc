@@ -178,6 +178,10 @@ std::string withoutNames(const Description& description) {
          {"*ModelName:", "*NickName:", "*ShortNickName:", "*Product:", "*PCFileName:"}) {
       names = names || line.starts_with(key);
     }
+    for (const char* key :
+         {".Translation ModelName/", ".Translation NickName/", ".Translation ShortNickName/"}) {
+      names = names || line.find(key) != std::string::npos;
+    }
     if (!names) kept += line + "\n";
   }
   return kept;

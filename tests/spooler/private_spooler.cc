@@ -170,6 +170,11 @@ void PrivateSpooler::addQueue(const std::string& queue, const std::string& descr
   ASSERT_EQ(result.status, 0) << result.output;
 }
 
+void PrivateSpooler::setDefault(const std::string& queue, const std::string& option) {
+  const CommandResult result = run({KORVEL_LPADMIN, "-h", socket(), "-p", queue, "-o", option});
+  ASSERT_EQ(result.status, 0) << result.output;
+}
+
 int PrivateSpooler::print(const std::string& queue, const std::vector<std::string>& arguments) {
   std::vector<std::string> words = {KORVEL_LP, "-h", socket(), "-d", queue};
   words.insert(words.end(), arguments.begin(), arguments.end());

@@ -30,6 +30,9 @@ class PrivateSpooler {
   // A queue to a printer on a port of this machine. `description` is the file's bare name.
   void addQueue(const std::string& queue, const std::string& description, int port);
 
+  void setDefault(const std::string& queue, const std::string& option);  // "Darkness=Dark"
+  std::string address() const { return socket(); }  // for the variable CUPS_SERVER
+
   // Hands a job over by the command line. Returns its number, or 0 after a failure of the test's.
   int print(const std::string& queue, const std::vector<std::string>& arguments);
   void cancel(int job);

@@ -1,0 +1,181 @@
+// The tools in every language: each text has a translation, and the programs say it. What other
+// programs read stays as it is.
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "tests/spooler/guarded_process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double kSeconds = 20;
+const char* const kLanguages[] = {"de", "es", "fr", "it", "ja", "nl", "pl", "pt", "zh_CN"};
+const char* const kTools[] = {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup",
+                              "korvel-spool"};
+
+std::string source(const std::string& path) { return std::string(KORVEL_SOURCE_DIR "/") + path; }
+
+std::string contentOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// The lines of a file, without its comments.
+std::set<std::string> linesOf(const std::string& path) {
+  std::istringstream in(contentOf(path));
+  std::set<std::string> lines;
+  for (std::string line; std::getline(in, line);) {
+    if (!line.empty() && line[0] != '#') lines.insert(line);
+  }
+  return lines;
+}
+
+// An uninstalled tool in a language, in a locale that every system has.
+CommandResult runIn(const std::string& language, std::vector<std::string> words) {
+  words[0] = std::string(KORVEL_TOOLS_DIR "/") + words[0];
+  return run(
+      words, kSeconds,
+      {{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", language}, {"TEXTDOMAINDIR", KORVEL_CATALOGUE_DIR}});
+}
+
+TEST(Languages, AreTheNineBesideEnglish) {
+  EXPECT_EQ(linesOf(source("po/LINGUAS")),
+            std::set<std::string>(std::begin(kLanguages), std::end(kLanguages)));
+}
+
+TEST(Texts, AreGatheredFromEverySourceThatHasAny) {
+  const std::regex kText(R"(\b(translated|filled|later)\()");
+  std::set<std::string> sources;
+  for (const fs::directory_entry& entry : fs::directory_iterator(source("tools"))) {
+    const std::string name = entry.path().filename().string();
+    if (!name.ends_with(".cc") || name == "translation.cc") continue;
+    if (std::regex_search(contentOf(entry.path().string()), kText)) sources.insert("tools/" + name);
+  }
+  EXPECT_EQ(linesOf(source("po/POTFILES")), sources);
+}
+
+// The tools of the catalogues do the comparing: every text there, translated, its places alike.
+TEST(Texts, AreTranslatedIntoEveryLanguage) {
+  const TemporaryFolder folder;
+  const std::string texts = folder.file("texts.pot");
+  const CommandResult gathered = run({source("po/gather"), texts}, kSeconds, {{"LC_ALL", "C"}});
+  ASSERT_EQ(gathered.status, 0) << gathered.output;
+  for (const std::string language : kLanguages) {
+    const std::string catalogue = source("po/" + language + ".po");
+    for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+             {KORVEL_MSGCMP, catalogue, texts},
+             {KORVEL_MSGFMT, "--check-format", "--output-file", "/dev/null", catalogue}}) {
+      const CommandResult result = run(words, kSeconds, {{"LC_ALL", "C"}});
+      EXPECT_EQ(result.status, 0) << language;
+      EXPECT_EQ(result.output, "") << language;
+    }
+  }
+}
+
+TEST(Tools, SpeakTheUsersLanguage) {
+  struct Case {
+    const char* language;
+    std::vector<std::string> words;
+    int status;
+    const char* says;
+  };
+  const Case kCases[] = {
+      {"en",
+       {"korvel-decode", "--wrong"},
+       2,
+       "korvel-decode: unknown option '--wrong'; see korvel-decode --help\n"},
+      {"sv",
+       {"korvel-decode", "--wrong"},
+       2,
+       "korvel-decode: unknown option '--wrong'; see korvel-decode --help\n"},
+      {"de",
+       {"korvel-decode", "--wrong"},
+       2,
+       "korvel-decode: unbekannte Option „--wrong“; siehe korvel-decode --help\n"},
+      {"es",
+       {"korvel-printer", "--port", "x"},
+       2,
+       "korvel-printer: --port requiere un número del 0 al 65535, no «x»; consulte "
+       "korvel-printer --help\n"},
+      {"fr",
+       {"korvel-printer", "--pages"},
+       2,
+       "korvel-printer\u00a0: --pages va avec --out\u00a0; voir korvel-printer --help\n"},
+      {"it",
+       {"korvel-setup", "--check", "--list"},
+       2,
+       "korvel-setup: --check, --list ed --emulated si escludono a vicenda; vedere korvel-setup "
+       "--help\n"},
+      {"ja",
+       {"korvel-preview", "/nowhere.pdf"},
+       1,
+       "korvel-preview: ファイル /nowhere.pdf がありません\n"},
+      {"nl", {"korvel-preview", "/"}, 1, "korvel-preview: / is een map\n"},
+      {"pl",
+       {"korvel-spool", "--filter", "x"},
+       2,
+       "korvel-spool: nie podano pliku rastrowego; zobacz korvel-spool --help\n"},
+      {"pt",
+       {"korvel-decode", "a", "b"},
+       2,
+       "korvel-decode: mais de um ficheiro; veja korvel-decode --help\n"},
+      {"pt_BR",
+       {"korvel-decode", "a", "b"},
+       2,
+       "korvel-decode: mais de um ficheiro; veja korvel-decode --help\n"},
+      {"zh_CN",
+       {"korvel-setup", "--emulated", "-v", "x"},
+       2,
+       "korvel-setup：--emulated 和 -v 不能同时使用；请参阅 korvel-setup --help\n"},
+  };
+  for (const Case& c : kCases) {
+    const CommandResult result = runIn(c.language, c.words);
+    EXPECT_EQ(result.status, c.status) << c.language;
+    EXPECT_EQ(result.output, c.says) << c.language;
+  }
+}
+
+// "-n", "--dpi", "--media": as a set.
+std::set<std::string> optionsIn(const std::string& usage) {
+  static const std::regex kOption(R"((^|[ \[])(--?[a-zA-Z][a-z-]*))");
+  std::set<std::string> options;
+  for (std::sregex_iterator at(usage.begin(), usage.end(), kOption), end; at != end; ++at) {
+    options.insert((*at)[2]);
+  }
+  return options;
+}
+
+TEST(Tools, NameAllTheirOptionsInEveryLanguage) {
+  for (const std::string tool : kTools) {
+    const std::string english = runIn("en", {tool, "--help"}).output;
+    ASSERT_TRUE(english.starts_with("Usage: " + tool + " ")) << english;
+    for (const char* language : kLanguages) {
+      const CommandResult help = runIn(language, {tool, "--help"});
+      EXPECT_EQ(help.status, 0) << tool << " " << language;
+      EXPECT_NE(help.output, english) << tool << " " << language;
+      EXPECT_EQ(optionsIn(help.output), optionsIn(english)) << tool << " " << language;
+    }
+  }
+}
+
+TEST(Tools, KeepInEnglishWhatProgramsRead) {
+  const TemporaryFolder folder;
+  const std::string stream = folder.write(
+      "stream", std::string(64, '\0') + "\x64\x10\x40" + std::string(6, '\0') + "\x9B");
+  const CommandResult english = runIn("en", {"korvel-decode", stream});
+  EXPECT_NE(english.output.find("status"), std::string::npos) << english.output;
+  EXPECT_EQ(runIn("de", {"korvel-decode", stream}).output, english.output);
+  EXPECT_EQ(runIn("de", {"korvel-decode", "--version"}).output, "korvel-decode 1.0.0\n");
+}
+
+}  // namespace

@@ -1,0 +1,31 @@
+// The ten halftones: the setting's name, and the method that runs for it.
+// The names stand in the setting's order, each one step apart from its method.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_TOOLS_HALFTONE_NAMES_H_
+#define KORVEL_TOOLS_HALFTONE_NAMES_H_
+
+#include <array>
+
+namespace korvel {
+
+struct HalftoneName {
+  const char* setting;  // the choice of HalftoneType
+  const char* method;
+};
+
+inline constexpr std::array<HalftoneName, 10> kHalftoneNames = {{
+    {"None", "Threshold"},
+    {"FloydSteinberg", "Ordered 4 x 4"},
+    {"Ordered", "Burkes"},
+    {"Burkes", "Stucki"},
+    {"Stucki", "Jarvis-Judice-Ninke"},
+    {"JarvisJudiceNinke", "Sierra"},
+    {"Sierra", "Stevenson-Arce"},
+    {"StevensonArce", "Ordered, Bayer"},
+    {"Tattoo", "Stencil"},
+    {"Tattoo_Z4", "Stencil, fine"},
+}};
+
+}  // namespace korvel
+
+#endif
