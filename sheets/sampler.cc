@@ -54,25 +54,27 @@ Point cellOf(const Grid& grid, size_t index) {
               static_cast<double>(index / columns) * (grid.pictureHeight + kNames + kGap)};
 }
 
-// In the cells that are left over.
-void drawAdvice(SheetPage* page, const Grid& grid, double most) {
-  if (kHalftoneNames.size() % static_cast<size_t>(grid.columns) == 0) return;
-  Point at = cellOf(grid, kHalftoneNames.size());
-  at.y += page->text(at, "Which one?", {2.2, 1.6, 255, most}) + 1.8;
-  for (const char* line : {"Text and bars: Threshold.", "Greys beside text: Ordered 4 x 4.",
-                           "Pictures: Burkes, Stucki, Sierra.", "Drawings: Stencil."}) {
-    at.y += page->text(at, line, {1.7, 1.1, 255, most}) + 1.3;
-  }
+// As large as the longest text allows, the same for all.
+template <typename Texts, typename TextOf>
+SheetPage::Lettering fitting(const SheetPage& page, SheetPage::Lettering lettering, double wide,
+                             const Texts& texts, const TextOf& textOf) {
+  const auto tooWide = [&](const auto& each) {
+    return page.widthOf(textOf(each), lettering) > wide;
+  };
+  while (std::any_of(std::begin(texts), std::end(texts), tooWide)) lettering.cap *= 0.98;
+  return lettering;
 }
 
-// As large as the longest name allows, the same for all.
-SheetPage::Lettering namesThatFit(const SheetPage& page, double wide) {
-  SheetPage::Lettering lettering = {2.2, 1.6};
-  const auto tooWide = [&](const HalftoneName& name) {
-    return page.widthOf(name.method, lettering) > wide;
-  };
-  while (std::any_of(kHalftoneNames.begin(), kHalftoneNames.end(), tooWide)) lettering.cap *= 0.98;
-  return lettering;
+// In the cells that are left over.
+void drawAdvice(SheetPage* page, const Grid& grid, double wide) {
+  constexpr const char* kLines[] = {"Text: Threshold", "Text, greys: Ordered", "Pictures: Burkes",
+                                    "Drawings: Stencil"};
+  if (kHalftoneNames.size() % static_cast<size_t>(grid.columns) == 0) return;
+  const SheetPage::Lettering lettering =
+      fitting(*page, {1.9, 1.1}, wide, kLines, [](const char* line) { return line; });
+  Point at = cellOf(grid, kHalftoneNames.size());
+  at.y += page->text(at, "Which one?", {2.2, 1.6, 255, wide}) + 2;
+  for (const char* line : kLines) at.y += page->text(at, line, lettering) + 1.4;
 }
 
 }  // namespace
@@ -112,7 +114,8 @@ SheetPage drawSampler(const SheetSize& size) {
   page.textRight({right, kMargin}, size.text + ", " + std::to_string(size.dpi) + " dpi", {1.9});
   page.fill({kMargin, kMargin + 5.6, page.widthMm() - 2 * kMargin, 0.4});
   const double wide = patches.width / page.exactDots(1);
-  const SheetPage::Lettering names = namesThatFit(page, wide);
+  const SheetPage::Lettering names = fitting(page, {2.2, 1.6}, wide, kHalftoneNames,
+                                             [](const HalftoneName& name) { return name.method; });
   for (size_t i = 0; i < kHalftoneNames.size(); ++i) {
     const Point cell = cellOf(grid, i);
     page.text(cell, kHalftoneNames[i].method, names);

@@ -132,8 +132,8 @@ double light(Vector from, Vector direction, bool mirrored) {
 // The whole view, painted once: levels of light from 0 to 1.
 class View {
  public:
-  static constexpr int kWidth = 900;
-  static constexpr int kHeight = 600;
+  static constexpr int kWidth = 720;
+  static constexpr int kHeight = 480;
 
   View() : levels_(size_t{kWidth} * kHeight) {
     constexpr double kScale = 1.0 / kWidth;  // the view is as wide as it is far
