@@ -12,7 +12,7 @@ namespace korvel {
 namespace {
 
 constexpr int kCapRows = 7;
-constexpr double kSmallestStroke = 3;   // dots a font row; below, letters are squares
+constexpr double kSmallestStroke = 2.5;   // dots a font row; below, letters are squares
 constexpr double kRegularStroke = 0.9;  // of a font row
 
 double squaredDistance(Point from, Point to, Point p) {

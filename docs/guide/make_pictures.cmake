@@ -1,0 +1,38 @@
+# Makes the guide's pictures with the preview of this build: called with PREVIEW, FILTER, PPDS,
+# SHEETS, TARGET and, for a build for another machine, EMULATOR.
+# SPDX-License-Identifier: Apache-2.0
+file(REMOVE_RECURSE ${TARGET})
+file(MAKE_DIRECTORY ${TARGET})
+
+# picture(NAME DESCRIPTION SHEET RESULT [ARGUMENT]...): RESULT is the preview's file that is kept.
+function(picture name description sheet result)
+  set(work ${TARGET}/work)
+  execute_process(
+    COMMAND ${EMULATOR} ${PREVIEW} --filter ${FILTER} -p ${PPDS}/korvel-${description}.ppd --out
+            ${work} ${ARGN} ${SHEETS}/${sheet}.ras.gz
+    OUTPUT_QUIET ERROR_VARIABLE fault
+    RESULT_VARIABLE status)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "${name}: ${fault}")
+  endif()
+  file(RENAME ${work}/${result} ${TARGET}/${name}.png)
+  file(REMOVE_RECURSE ${work})
+endfunction()
+
+set(label_4x6 label-203 test-label-4x6-203dpi page-1.png --pages)
+set(label_2x2 label-203 test-label-2x2-203dpi page-1.png --pages -o HalftoneType=Ordered)
+set(torn_label label-203 test-label-1x4Rotated-203dpi sheet-1.png)
+set(stencil stencil-300 test-stencil-Tattoo_A6-300dpi page-1.png --pages)
+
+picture(test-label ${label_4x6} -o HalftoneType=Ordered)
+picture(label-torn ${torn_label} -o PostAction=TearOff)
+picture(label-cut ${torn_label} -o PostAction=Cut)
+picture(label-halftones label-203 test-label-2x2-203dpi halftones.png --halftones)
+picture(calibration label-203 calibration-4x6-203dpi page-1.png --pages -o HalftoneType=None)
+picture(halftones label-203 halftones-4x6-203dpi page-1.png --pages -o HalftoneType=None)
+picture(stencil ${stencil})
+picture(stencil-framed ${stencil} -o AntiWrinkle=3)
+picture(brightness-minus ${label_2x2} -o Brightness=-20)
+picture(brightness-zero ${label_2x2})
+picture(brightness-plus ${label_2x2} -o Brightness=20)
+picture(contrast ${label_2x2} -o Contrast=40)
