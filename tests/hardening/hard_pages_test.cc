@@ -13,14 +13,15 @@ namespace {
 
 const char* const kStencilHalftones[] = {"Tattoo", "Tattoo_Z4"};
 
-// A hundredth of a second a page is what they take; a second each leaves room for any machine.
+// A hundredth of a second a page is what they take at the most.
 void expectAllPrinted(const std::vector<std::string>& recipes, const std::string& options) {
   JobPlan plan = labelJob(recipes, options);
   plan.dumpFolder = false;
-  plan.timeout = static_cast<double>(recipes.size());
+  plan.timeout = 60 + static_cast<double>(recipes.size());
   const JobResult job = runJob(plan);
   ASSERT_EQ(disorderOf(job), "") << options;
   EXPECT_EQ(job.exitStatus, 0) << options;
+  EXPECT_LT(job.processorSeconds, (1 + 0.1 * static_cast<double>(recipes.size())) * slowness());
   EXPECT_EQ(readStream(job.output).pictures.size(), recipes.size()) << options;
 }
 

@@ -98,7 +98,6 @@ TEST(FailingAllocation, OfOursNeverCrashes) { refuseOneByOne(kEverything, 300); 
 
 TEST(LongFailingAllocation, AnyOfThemLeavesWholePackets) {
   refuseOneByOne(kEverything, 1);
-  refuseOneByOne("HalftoneType=None Origin=Rotation180", 1);
   refuseOneByOne("HalftoneType=Burkes AntiWrinkle=2 MirrorImage=True", 1);
 }
 

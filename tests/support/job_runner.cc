@@ -396,6 +396,10 @@ bool JobRunner::reap() {
   struct rusage usage;
   if (wait4(pid_, &status, WNOHANG, &usage) != pid_) return false;
   result_.peakKilobytes = usage.ru_maxrss;
+  for (const timeval& part : {usage.ru_utime, usage.ru_stime}) {
+    result_.processorSeconds += static_cast<double>(part.tv_sec);
+    result_.processorSeconds += static_cast<double>(part.tv_usec) / 1e6;
+  }
   ended_ = Clock::now();
   pid_ = -1;
   if (WIFEXITED(status)) result_.exitStatus = WEXITSTATUS(status);

@@ -55,6 +55,7 @@ struct JobResult {
   std::map<std::string, std::string> dumps;  // file name to content
   std::optional<std::string> pageNote;       // the small text file of the last page
   long peakKilobytes = 0;                    // the most memory that was resident at a time
+  double processorSeconds = 0;               // what the filter took, however busy the machine
 };
 
 class JobRunner {
