@@ -1,5 +1,5 @@
 // Operations of the palette image, one after another, on arbitrary pixels and palettes: after each
-// the whole block, padding and all, must be what the plain forms leave.
+// the whole block, padding and all, must be what the plain forms leave, on every target.
 // Header line: depth, width, then operations, a letter and a number each: d2 (halftone), i8
 // (raise the depth), n (negative), l (look-up by a table of pixel bytes), r (turn), m (mirror),
 // p9 (palette entry). Then stored rows, padding and all.
@@ -11,6 +11,7 @@
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
 #include "image/cximage_literal.h"
+#include "lanes/target.h"
 
 namespace {
 
@@ -123,9 +124,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
   const auto depth = static_cast<uint32_t>(line.numberWithin(0, 31));
   const auto width = static_cast<uint32_t>(line.numberWithin(1, kMaxWidth));
   const uint32_t raised = depth <= 1 ? 1 : depth <= 4 ? 4 : depth <= 8 ? 8 : 24;
-  Pair pair(raised, width, line.rest());
-  for (int i = 0; i < kMaxOperations && line.hasMore(); ++i) {
-    pair.apply(std::string(line.word()));
+  for (const Target target : availableTargets()) {
+    chooseTarget(target);
+    Pair pair(raised, width, line.rest());
+    HeaderLine operations = line;
+    for (int i = 0; i < kMaxOperations && operations.hasMore(); ++i) {
+      pair.apply(std::string(operations.word()));
+    }
   }
   return 0;
 }

@@ -1,11 +1,12 @@
 // Arbitrary grey pages through both stencil halftones: every dot is black or white, and the dots
-// are those of the plain forms. Header line: width. Then the page's pixels, row after row.
-// SPDX-License-Identifier: Apache-2.0
+// are those of the plain forms on every target. Header line: width. Then the page's pixels, row
+// after row. SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <string>
 
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
+#include "lanes/target.h"
 #include "tattoo/literal.h"
 #include "tattoo/pipelines.h"
 
@@ -31,12 +32,16 @@ void demandDots(const QMImage& page, const QMImage& halftone, const std::string&
 
 void check(const QMImage& page, Halftone fast, Halftone plain, const std::string& name) {
   const std::string before = pixelsOf(page);
-  const QMImage have = fast(page);
-  demandDots(page, have, name);
-  demand(pixelsOf(page) == before, name + ": the page was written to");
   const QMImage want = plain(page);
-  for (size_t i = 0; i < want.size(); ++i) {
-    demand(have.data[i] == want.data[i], name + ": another dot at byte " + std::to_string(i));
+  for (const Target target : availableTargets()) {
+    chooseTarget(target);
+    const QMImage have = fast(page);
+    demandDots(page, have, name);
+    demand(pixelsOf(page) == before, name + ": the page was written to");
+    for (size_t i = 0; i < want.size(); ++i) {
+      demand(have.data[i] == want.data[i],
+             name + ", " + nameOf(target) + ": another dot at byte " + std::to_string(i));
+    }
   }
 }
 
