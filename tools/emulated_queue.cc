@@ -43,10 +43,10 @@ std::string becomePrinter(const EmulatedPrinter& printer, const std::string& des
                                     isStencilPrinter(description) ? "sheet" : "gap"};
   if (printer.once) words.emplace_back("--once");
   const char* folder = printer.folder.c_str();
-  std::printf("%s\n", (printer.once
-                           ? filled("The emulated printer prints into %s and then ends.", folder)
-                           : filled("The emulated printer prints into %s; Ctrl+C ends it.", folder))
-                          .c_str());
+  const std::string what =
+      printer.once ? filled("The emulated printer prints into %s and then ends.", folder)
+                   : filled("The emulated printer prints into %s; Ctrl+C ends it.", folder);
+  std::printf("%s\n", what.c_str());
   std::fflush(stdout);
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);

@@ -27,7 +27,7 @@ using korvel::PrintSystem;
 using korvel::QueuePlan;
 using korvel::translated;
 
-constexpr const char* kUsage = korvel::later(
+const char* const kUsage = korvel::later(
     "Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [-o OPTION=VALUE]... [OPTION]...\n"
     "       korvel-setup --emulated [--port N] [--out DIR] [OPTION]...\n"
     "       korvel-setup --check [QUEUE]...\n"
@@ -208,7 +208,7 @@ void printTestPage(const PrintSystem& system, const std::string& queue) {
   if (file.empty()) {
     stop(translated("The test pages are not installed; print a document of yours with lp."));
   }
-  const int job = system.print(queue, file, "Korvel test page");
+  const int job = system.print(queue, file, translated("Korvel test page"));
   if (job == 0) stop(filled("The test page was not taken: %s", system.fault().c_str()));
   std::printf("%s\n", filled("The test page is job %s-%d; korvel-setup --check %s tells when "
                              "something is wrong.",
