@@ -27,7 +27,7 @@ using korvel::PrintSystem;
 using korvel::QueuePlan;
 using korvel::translated;
 
-constexpr const char* kUsage = korvel::later(
+const char* const kUsage = korvel::later(
     "Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [-o OPTION=VALUE]... [OPTION]...\n"
     "       korvel-setup --emulated [--port N] [--out DIR] [OPTION]...\n"
     "       korvel-setup --check [QUEUE]...\n"
