@@ -222,7 +222,8 @@ TEST(PagePacking, AgreesWithItsPlainForm) {
     for (const int height : {0, 1, 2, 3, 40}) {
       for (const int skip : {0, 1, 7, stride - 1, stride, stride + 3}) {
         if (skip < 0) continue;
-        const Bytes page = sparseBytes(static_cast<size_t>(stride * height) + 3, random);
+        const int pixels = stride * height;
+        const Bytes page = sparseBytes(static_cast<size_t>(pixels) + 3, random);
         Bytes fast = page;
         Bytes plain = page;
         PlainPrinter printer;
@@ -248,7 +249,8 @@ TEST(PageCopies, AgreeWithTheirPlainForms) {
       const auto width = static_cast<int>(size.width);
       const auto height = static_cast<int>(size.height);
       for (const int stride : {width, width + 1, static_cast<int>(image.GetEffWidth())}) {
-        const auto bytes = static_cast<size_t>(stride * height + width);
+        const int needed = stride * height + width;
+        const auto bytes = static_cast<size_t>(needed);
         Bytes fast(bytes, 0xA5);
         Bytes plain(bytes, 0xA5);
         printer.copyPixels(image, fast.data(), width, height, stride);
