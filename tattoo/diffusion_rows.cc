@@ -4,11 +4,11 @@
 //
 // A row is one chain: a pixel waits for its left neighbour's error, some 14 cycles, while the
 // machine could do ten times as much. Rows depend on each other only by what is handed down, and
-// that reaches two columns ahead. So 16 rows run side by side, lane r at column t - 8r in step t;
-// their chains overlap, and every pixel still adds what the plain form adds, in its order: the
-// shares from the row above by ascending column, then from two to the left, then from the left,
-// then its level. A share is weight * error, rounded, then added, as when it is pushed; leaving out
-// the zero that the plain form starts from changes no bit, for a level is never -0.
+// that reaches two columns ahead. So two vectors of rows run side by side, lane r at column t - 8r
+// in step t; their chains overlap, and every pixel still adds what the plain form adds, in its
+// order: the shares from the row above by ascending column, then from two to the left, then from
+// the left, then its level. A share is weight * error, rounded, then added, as when it is pushed;
+// leaving out the zero that the plain form starts from changes no bit, for a level is never -0.
 //
 // A lag of 8 columns makes a block: 8 steps in which each lane goes over 8 aligned bytes of its
 // row. Levels come in and pixels go out as blocks; within one nothing is looked up. What the last
@@ -26,8 +26,9 @@ namespace {
 
 constexpr int kLag = 8;
 constexpr size_t kFloats = kLanesOf<Floats>;
-constexpr size_t kVectors = kStencilRows / kFloats;
-constexpr int kLeader = kLag * (kStencilRows - 1);  // columns from the last lane to the first
+constexpr size_t kVectors = 2;  // as many chains as registers hold
+constexpr int kRows = static_cast<int>(kVectors * kFloats);
+constexpr int kLeader = kLag * (kRows - 1);  // columns from the last lane to the first
 
 // Shares of an error, named by where the error comes from.
 constexpr float kFromAboveLeft = -0.111078f;
@@ -61,8 +62,8 @@ struct Stripe {
   Lanes lanes[kVectors];
   Floats shares[kLag][kVectors]{};  // to hand down, by column modulo kLag
   Floats threshold;
-  const uint8_t* from[kStencilRows];
-  uint8_t* to[kStencilRows];
+  const uint8_t* from[kRows];
+  uint8_t* to[kRows];
 };
 
 // How far up the byte at this place stands in an int.
@@ -162,7 +163,7 @@ constexpr Pixels kPixels = pixelsOfBits();
 
 template <bool kAtEdge>
 KORVEL_INLINE void putPixels(const Stripe& stripe, int column, int width) {
-  for (int r = 0; r < kStencilRows; ++r) {
+  for (int r = 0; r < kRows; ++r) {
     const auto lane = static_cast<size_t>(r);
     const int bits = stripe.lanes[lane / kFloats].bits[lane % kFloats];
     const int x = column - kLag * r;
@@ -206,7 +207,7 @@ KORVEL_INLINE void keepLastRow(const Stripe& stripe, const StencilStripe& page, 
 
 KORVEL_INLINE void begin(Stripe& stripe, const StencilStripe& page) {
   stripe.threshold = splat<Floats>(page.threshold);
-  for (int r = 0; r < kStencilRows; ++r) {
+  for (int r = 0; r < kRows; ++r) {
     const bool isSeen = r < page.rows;
     const auto row = static_cast<size_t>(isSeen ? r : page.rows - 1);
     stripe.from[r] = page.from + row * page.fromStride;
@@ -221,10 +222,7 @@ KORVEL_INLINE void begin(Stripe& stripe, const StencilStripe& page) {
   }
 }
 
-}  // namespace
-
-void diffuse(const StencilStripe& given) {
-  const StencilStripe page = given;  // out of the way of the stores
+KORVEL_INLINE void diffuseTogether(const StencilStripe& page) {
   Stripe stripe;
   begin(stripe, page);
   // Two columns beyond the last one, for what they still hand down.
@@ -238,6 +236,20 @@ void diffuse(const StencilStripe& given) {
       runBlock<false>(stripe, page, column);
     }
     if (last >= 0) keepLastRow(stripe, page, last);
+  }
+}
+
+}  // namespace
+
+// As many rows at a time as there are lanes.
+void diffuse(const StencilStripe& stripe) {
+  StencilStripe part = stripe;
+  for (int row = 0; row < stripe.rows; row += kRows) {
+    part.from = stripe.from + static_cast<size_t>(row) * stripe.fromStride;
+    part.to = stripe.to + static_cast<size_t>(row) * stripe.toStride;
+    part.rows = stripe.rows - row < kRows ? stripe.rows - row : kRows;
+    part.firstRow = stripe.firstRow + row;
+    diffuseTogether(part);
   }
 }
 

@@ -9,7 +9,7 @@
 
 #include "lanes/target.h"
 
-// Rows that one call of TattooRows::diffuse quantises.
+// Most rows that one call of TattooRows::diffuse quantises, a multiple of any target's lanes.
 constexpr int kStencilRows = 16;
 
 // Up to kStencilRows rows of a page, and what its stripes hand from one to the next.
