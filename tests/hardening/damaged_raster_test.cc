@@ -19,7 +19,6 @@ JobPlan planOf(const GoldenRaster& golden) {
   plan.options = golden.options;
   plan.input = golden.bytes;
   plan.dumpFolder = false;  // a wrong resolution may make a dump of half a gigabyte
-  plan.timeout = 20;
   return plan;
 }
 

@@ -65,7 +65,6 @@ inline JobPlan rawJob(const cups_page_header2_t& header, const std::string& pixe
   JobPlan plan = labelJob({}, options);
   plan.input = syncWord() + headerBytes(header) + pixels;
   plan.dumpFolder = false;
-  plan.timeout = 20;
   return plan;
 }
 

@@ -19,6 +19,7 @@ void printA4(const std::vector<const char*>& halftones) {
                                   halftone);
     plan.addressSpace = size_t{256} << 20;
     plan.dumpFolder = false;
+    plan.timeout = 250;
     const JobResult job = runJob(plan);
     EXPECT_EQ(disorderOf(job), "");
     EXPECT_EQ(job.exitStatus, 0);

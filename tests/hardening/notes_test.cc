@@ -30,7 +30,6 @@ class Obstacle : public testing::Test {
     JobPlan plan = labelJob({});
     plan.input.clear();
     plan.inputStaysOpen = true;
-    plan.timeout = 20;
     return plan;
   }
   std::string precious(int number) const {

@@ -9,7 +9,7 @@
 namespace {
 
 // It needs some milliseconds; the rest is for a busy machine.
-constexpr double kSoon = 1.0;
+constexpr double kSoon = 3.0;
 
 const char kSmallPage[] = "8x4 203dpi picture=checker:2";
 const char kLargePage[] = "1600x800 203dpi picture=noise:1";

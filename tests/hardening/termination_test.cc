@@ -11,8 +11,8 @@
 
 namespace {
 
-// The filter needs a tenth of it at the most; the rest is for a busy machine.
-constexpr double kSoon = 1.0;
+// The filter needs some milliseconds; the rest is for a busy machine.
+constexpr double kSoon = 3.0;
 
 struct State {
   const char* name;
