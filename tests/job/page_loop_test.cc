@@ -242,8 +242,8 @@ TEST(PageLoop, TwoHundredAndFiftySixMebibytesAreTaken) {
 }
 
 TEST(PageLoop, WithoutMemoryForThePixelsTheJobEndsInSilence) {
-  if (underSanitizer() || underMemcheck()) {
-    GTEST_SKIP() << "the checker itself maps more than the limit";
+  if (underSanitizer() || underMemcheck() || underEmulator()) {
+    GTEST_SKIP() << "the checker or the emulator itself maps more than the limit";
   }
   JobPlan plan = labelJob({kPage, "16384x16000 203dpi cut=0"});
   plan.addressSpace = size_t{160} << 20;

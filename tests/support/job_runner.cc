@@ -41,6 +41,13 @@ constexpr bool kSanitized = false;
 constexpr bool kSanitized = false;
 #endif
 
+// What runs the filter when it was built for another processor; empty on its own.
+#ifdef KORVEL_EMULATOR
+constexpr const char* kEmulator = KORVEL_EMULATOR;
+#else
+constexpr const char* kEmulator = "";
+#endif
+
 std::string readFile(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream text;
@@ -92,7 +99,7 @@ std::string makeFolder() {
 
 }  // namespace
 
-double slowness() { return underMemcheck() ? 20 : (kSanitized ? 4 : 1); }
+double slowness() { return underMemcheck() || underEmulator() ? 20 : (kSanitized ? 4 : 1); }
 
 bool underSanitizer() { return kSanitized; }
 
@@ -103,6 +110,8 @@ bool underMemcheck() {
   return false;
 #endif
 }
+
+bool underEmulator() { return *kEmulator != '\0'; }
 
 std::string testPpd(const std::string& name, const std::string& model) {
   std::istringstream in(readFile(fs::path(KORVEL_TEST_PPD_DIR) / (name + ".ppd")));
@@ -130,9 +139,7 @@ JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
     // Its clean-up of the C library would flush standard output after an immediate exit.
     command_ = {"valgrind", "-q", "--error-exitcode=99", "--run-libc-freeres=no"};
   }
-#ifdef KORVEL_EMULATOR
-  command_ = {KORVEL_EMULATOR};  // the filter was built for another processor
-#endif
+  if (underEmulator()) command_ = {kEmulator};
   const std::vector<std::string> filter = filterWords();
   command_.insert(command_.end(), filter.begin(), filter.end());
   if (plan_.arguments) {

@@ -130,6 +130,7 @@ double slowness();
 // Under the sanitizers memory cannot be limited by address space.
 bool underSanitizer();
 bool underMemcheck();
+bool underEmulator();
 
 // A printer description of the tests ("label" or "stencil"); a model name replaces its own.
 std::string testPpd(const std::string& name, const std::string& model = "");
