@@ -1,6 +1,7 @@
 // A drawing as a studio prints it, lines of every weight and a ramp of greys below.
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 #include "sheets/flower.h"
@@ -18,7 +19,7 @@ void drawWeights(SheetPage* page, const Box& room) {
   const double step = room.height / 6;
   double top = room.top + step / 2;
   for (const double weight : kWeights) {
-    const auto tenths = static_cast<int>(weight * 10 + 0.5);
+    const auto tenths = std::lround(weight * 10);
     page->text({room.left, top - 1},
                std::to_string(tenths / 10) + "." + std::to_string(tenths % 10), {2, 1.2});
     page->line({room.left + 7, top}, {room.right(), top}, weight);

@@ -26,7 +26,8 @@ size_t columnsFor(size_t cells, size_t width, size_t height) {
   if (cells < 3) return cells;
   const auto spread = [&](size_t columns) {
     const double across = static_cast<double>(columns * width);
-    const double down = static_cast<double>((cells + columns - 1) / columns * height);
+    const size_t rows = (cells + columns - 1) / columns;
+    const double down = static_cast<double>(rows * height);
     const double ratio = across / down / 1.5;
     return std::max(ratio, 1 / ratio);
   };

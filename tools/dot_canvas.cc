@@ -12,8 +12,8 @@ namespace korvel {
 namespace {
 
 constexpr int kCapRows = 7;
-constexpr double kSmallestStroke = 2.5;   // dots a font row; below, letters are squares
-constexpr double kRegularStroke = 0.9;  // of a font row
+constexpr double kSmallestStroke = 2.5;  // dots a font row; below, letters are squares
+constexpr double kRegularStroke = 0.9;   // of a font row
 
 double squaredDistance(Point from, Point to, Point p) {
   const double dx = to.x - from.x;
