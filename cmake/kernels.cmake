@@ -17,7 +17,11 @@ function(korvel_kernels library)
     add_library(${objects} OBJECT ${ARGN})
     target_link_libraries(${objects} PRIVATE korvel_options)
     target_compile_definitions(${objects} PRIVATE KORVEL_TARGET=${target})
-    target_compile_options(${objects} PRIVATE $<$<CONFIG:Release,RelWithDebInfo>:-O3>)
+    if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")  # there it takes minutes and shows nothing more
+      target_compile_options(${objects} PRIVATE $<$<CONFIG:Release,RelWithDebInfo>:-O3>)
+    endif()
+    # Following every vector for the debugger takes a third of the compiler's time.
+    target_compile_options(${objects} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-var-tracking-assignments>)
     if(target STREQUAL portable)
       target_compile_definitions(${objects} PRIVATE KORVEL_TARGET_IS_PORTABLE=1)
     elseif(target STREQUAL avx2)

@@ -128,7 +128,8 @@ class DiffusionDrain {
     if (group_ == end_) group_ = first_;
   }
 
-  // Writes a row whose last block has been put; `next` is the block that is put next.
+  // Writes a row whose last block has been put; `next` is the block that is put next. Spare bits
+  // are 0: behind a row stands black, and no more than the error of one black pixel is added.
   void finish(const RowStarts& row, size_t next, uint8_t* to, size_t width) {
     turnLatest();
     const size_t lane = row.lane();
@@ -150,7 +151,6 @@ class DiffusionDrain {
       __builtin_memcpy(to, from, kBlock);
     }
     for (size_t i = 0; i < left; ++i) *to++ = from[i];
-    if (width % 8 != 0) to[-1] = static_cast<uint8_t>(to[-1] & (0xFF00 >> (width % 8)));
   }
 
  private:

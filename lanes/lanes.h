@@ -140,6 +140,18 @@ KORVEL_INLINE Vector shiftedUp(Vector before, Vector vector, Indexes<I...> /*lan
   return __builtin_shufflevector(before, vector, (sizeof...(I) - 1 + I)...);
 }
 
+// The low bytes of two vectors of words, those of `a` in the lower part of each half.
+constexpr size_t lowByte(size_t i) {
+  const size_t word = i / 16 * 8 + i % 8;
+  const size_t byte = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__ ? 1 : 0;
+  return 2 * word + byte + (i % 16 < 8 ? 0 : kLanes);
+}
+
+template <size_t... I>
+KORVEL_INLINE Bytes lowBytes(Bytes a, Bytes b, Indexes<I...> /*lanes*/) {
+  return __builtin_shufflevector(a, b, lowByte(I)...);
+}
+
 template <class Vector, size_t... I>
 KORVEL_INLINE Vector reversed(Vector a, Indexes<I...> /*lanes*/) {
   return __builtin_shufflevector(a, a, (sizeof...(I) - 1 - I)...);
@@ -181,12 +193,10 @@ KORVEL_INLINE Bytes reverse(Bytes bytes) {
 // Sum held within -128..127.
 KORVEL_INLINE SignedBytes addSaturated(SignedBytes a, SignedBytes b) {
 #if defined(KORVEL_TARGET_IS_PORTABLE)
-  SignedBytes sum{};
-  for (size_t i = 0; i < kLanes; ++i) {
-    const int exact = a[i] + b[i];
-    sum[i] = static_cast<int8_t>(exact < -128 ? -128 : exact > 127 ? 127 : exact);
-  }
-  return sum;
+  const auto sum = as<SignedBytes>(as<Bytes>(a) + as<Bytes>(b));
+  const SignedBytes left = (a ^ sum) & (b ^ sum);  // negative where the sum has left its range
+  const SignedBytes limit = (a < 0) ^ 127;
+  return left < 0 ? limit : sum;
 #elif defined(__AVX2__) && KORVEL_LANES == 32
   return as<SignedBytes>(_mm256_adds_epi8(as<__m256i>(a), as<__m256i>(b)));
 #elif defined(__SSE2__)
@@ -209,11 +219,12 @@ KORVEL_INLINE SignedBytes negatedWhere(Bytes mask, SignedBytes numbers) {
 // Upper 16 bits of the 32-bit products.
 KORVEL_INLINE Words multiplyHigh(Words a, Words b) {
 #if defined(KORVEL_TARGET_IS_PORTABLE)
-  Words product{};
-  for (size_t i = 0; i < kLanesOf<Words>; ++i) {
-    product[i] = static_cast<uint16_t>((uint32_t{a[i]} * b[i]) >> 16);
-  }
-  return product;
+  using Products = uint32_t __attribute__((vector_size(KORVEL_LANES)));
+  const auto x = as<Products>(a);
+  const auto y = as<Products>(b);
+  const Products one = (x & 0xFFFFu) * (y & 0xFFFFu) >> 16;
+  const Products other = (x >> 16) * (y >> 16) & 0xFFFF0000u;
+  return as<Words>(one | other);
 #elif defined(__AVX2__) && KORVEL_LANES == 32
   return as<Words>(_mm256_mulhi_epu16(as<__m256i>(a), as<__m256i>(b)));
 #elif defined(__SSE2__)
@@ -267,13 +278,11 @@ KORVEL_INLINE Words widenHigh(Bytes bytes) {
 // Bytes of signed words, held within 0..255, `low` in the lower part of each 16-byte half.
 KORVEL_INLINE Bytes packWords(SignedWords low, SignedWords high) {
 #if defined(KORVEL_TARGET_IS_PORTABLE)
-  Bytes bytes{};
-  for (size_t i = 0; i < kLanes; ++i) {
-    const size_t word = i / 16 * 8 + i % 8;
-    const int level = i % 16 < 8 ? low[word] : high[word];
-    bytes[i] = static_cast<uint8_t>(level < 0 ? 0 : level > 255 ? 255 : level);
-  }
-  return bytes;
+  const auto held = [](SignedWords words) {
+    const SignedWords raised = words > 0 ? words : SignedWords{};
+    return as<Bytes>(raised < 255 ? raised : splat<SignedWords>(255));
+  };
+  return shuffles::lowBytes(held(low), held(high), shuffles::UpTo<kLanes>::Type{});
 #elif defined(__AVX2__) && KORVEL_LANES == 32
   return as<Bytes>(_mm256_packus_epi16(as<__m256i>(low), as<__m256i>(high)));
 #elif defined(__SSE2__)
