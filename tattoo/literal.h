@@ -1,5 +1,6 @@
 // The stencil library's operations in their plain form, one pixel at a time.
-// They are what the fast forms must agree with; the filter does not link them.
+// They are what the fast forms must agree with; the filter does not link them. Grey conversion and
+// tone curve have one form only.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TATTOO_LITERAL_H
 #define KORVEL_TATTOO_LITERAL_H
@@ -9,9 +10,7 @@
 // Each is what the function of the same name outside is (filters.h, diffusion.h, pipelines.h).
 namespace literal {
 
-QMImage cvtGray(const QMImage& src);
 int thresh_global_moments(const QMImage& grey);
-void enh_piecewise_gamma(QMImage& grey, int threshold, float gammaLow, float gammaHigh);
 QMImage convolve1D(const QMImage& src, const double* kernel, int size, bool horizontal);
 QMImage enh_gaussian_filter_fast(const QMImage& src, int size, double sigma);
 QMImage add_Weighted(const QMImage& src, const QMImage& blurred, float amount);

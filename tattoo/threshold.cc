@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "tattoo/filters.h"
+#include "tattoo/moments.h"
 #include "tattoo/numeric.h"
 
 namespace {
@@ -35,10 +36,7 @@ void countLevels(const uint8_t* levels, size_t count, int* histogram) {
   }
 }
 
-void levelShares(const QMImage& grey, float* share) {
-  int histogram[kLevels] = {};
-  countLevels(grey.data, grey.size(), histogram);
-  const int pixels = grey.width * grey.height;
+void levelShares(const int* histogram, int pixels, float* share) {
   for (int i = 0; i < kLevels; ++i) {
     share[i] = static_cast<float>(histogram[i]) / static_cast<float>(pixels);
   }
@@ -57,8 +55,14 @@ int levelAbove(float fraction, const float* share) {
 }  // namespace
 
 int thresh_global_moments(const QMImage& grey) {
+  int histogram[kLevels] = {};
+  countLevels(grey.data, grey.size(), histogram);
+  return momentThreshold(histogram, grey.width * grey.height);
+}
+
+int momentThreshold(const int (&histogram)[kLevels], int pixels) {
   float share[kLevels];
-  levelShares(grey, share);
+  levelShares(histogram, pixels, share);
 
   const float m0 = 1.0f;
   float m1 = 0.0f;

@@ -276,26 +276,6 @@ TEST_F(TattooAgreement, FindsTheThresholdOfEveryKindOfPage) {
   }
 }
 
-TEST_F(TattooAgreement, BendsTonesAtEveryKnee) {
-  for (int knee = -1; knee <= 255; ++knee) {
-    QMImage fast = pageOf(Look::kRamp, 256 + knee, 3, random_);
-    QMImage plain(fast);
-    enh_piecewise_gamma(fast, knee, 0.5f, 1.5f);
-    literal::enh_piecewise_gamma(plain, knee, 0.5f, 1.5f);
-    ASSERT_EQ(difference(fast, plain), "") << "knee " << knee;
-  }
-}
-
-TEST_F(TattooAgreement, TurnsEveryLayoutToGrey) {
-  for (const QM_IMG_COLOR color : {QM_IMG_GRAY, QM_IMG_BGR, QM_IMG_RGB, QM_IMG_BGRA, QM_IMG_RGBA}) {
-    for (int width = 0; width <= 140; width += 7) {
-      QMImage page(width, 5, color);
-      std::generate_n(page.data, page.size(), [&] { return static_cast<uint8_t>(random_()); });
-      ASSERT_EQ(difference(cvtGray(page), literal::cvtGray(page)), "") << "layout " << color;
-    }
-  }
-}
-
 // Filters take one byte a pixel and leave what else such an image has.
 TEST_F(TattooAgreement, FiltersKeepTheRestOfAColourImage) {
   QMImage page(37, 13, QM_IMG_RGB);
