@@ -16,6 +16,7 @@
 #include "tools/contact_sheet.h"
 #include "tools/document.h"
 #include "tools/halftone_names.h"
+#include "tools/installation.h"
 #include "tools/preview_arguments.h"
 #include "tools/preview_job.h"
 #include "tools/printer_description.h"
@@ -53,9 +54,17 @@ File openToWrite(const std::string& path) {
   return file;
 }
 
-std::string installed(const char* variable, const char* otherwise, const std::string& below) {
-  const char* folder = std::getenv(variable);
-  return std::string(folder != nullptr ? folder : otherwise) + below;
+std::string installedFilter() {
+  const char* folder = std::getenv("CUPS_SERVERBIN");
+  return (folder != nullptr ? folder : korvel::spoolerFolder(KORVEL_CUPS_SERVERBIN)) +
+         "/filter/rastertokorvel";
+}
+
+// With a slash behind it.
+std::string installedDescriptions() {
+  const char* folder = std::getenv("CUPS_DATADIR");
+  return folder != nullptr ? std::string(folder) + "/model/korvel/"
+                           : korvel::spoolerFolder(KORVEL_PPD_DIR) + "/";
 }
 
 // The same line again on a terminal, else a line now and then.
@@ -128,7 +137,7 @@ class Preview {
     const std::string& named = arguments_.description;
     if (named.find('/') != std::string::npos || std::filesystem::exists(named)) return named;
     const std::string name = named.empty() ? kPlainDescription : named;
-    const std::string models = installed("CUPS_DATADIR", KORVEL_CUPS_DATADIR, "/model/korvel/");
+    const std::string models = installedDescriptions();
     std::string path = models + name + (name.ends_with(".ppd") ? "" : ".ppd");
     if (!std::filesystem::exists(path)) {
       throw Failure{
@@ -169,10 +178,7 @@ class Preview {
   korvel::PreviewJob previewJob(const std::string& options) const {
     korvel::PreviewJob preview;
     preview.job.filter = arguments_.filter;
-    if (preview.job.filter.empty()) {
-      preview.job.filter =
-          installed("CUPS_SERVERBIN", KORVEL_CUPS_SERVERBIN, "/filter/rastertokorvel");
-    }
+    if (preview.job.filter.empty()) preview.job.filter = installedFilter();
     preview.job.ppd = ppd_;
     preview.job.title = std::filesystem::path(arguments_.file).filename();
     preview.job.copies = arguments_.copies;
