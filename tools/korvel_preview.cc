@@ -91,13 +91,13 @@ class Progress {
 
 class Preview {
  public:
-  explicit Preview(PreviewArguments arguments) : arguments_(std::move(arguments)) {}
+  explicit Preview(korvel::Arguments* words)
+      : words_(*words), arguments_(korvel::parsePreviewArguments(words)) {}
 
   void run() {
     must(korvel::identifyDocument(arguments_.file, &type_));
     if (isRaster() && arguments_.copies != "1") {
-      korvel::previewUsageError(
-          translated("a raster file prints as it is, once; -n is for documents"));
+      words_.wrong(translated("a raster file prints as it is, once; -n is for documents"));
     }
     must(scratch_.open());
     findDescription();
@@ -129,7 +129,7 @@ class Preview {
     }
     must(description_.open(ppd_, shownAs));
     const std::string fault = description_.mark(options_);
-    if (!fault.empty()) korvel::previewUsageError(fault);
+    if (!fault.empty()) words_.wrong(fault);
   }
 
   // A name without a slash that is no file here is that of an installed description.
@@ -351,6 +351,7 @@ class Preview {
     return picture;
   }
 
+  const korvel::Arguments& words_;  // borrowed
   PreviewArguments arguments_;
   korvel::ScratchFolder scratch_;
   korvel::PrinterDescription description_;
@@ -366,7 +367,8 @@ class Preview {
 int main(int argc, char** argv) {
   korvel::startTranslation();
   try {
-    Preview(korvel::parsePreviewArguments(argc, argv)).run();
+    korvel::Arguments words(argc, argv, "korvel-preview", korvel::previewUsage());
+    Preview(&words).run();
     if (std::fflush(stdout) != 0) throw Failure{translated("cannot write to standard output")};
     return 0;
   } catch (const Failure& failure) {
