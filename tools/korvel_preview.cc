@@ -184,7 +184,7 @@ class Preview {
     preview.job.copies = arguments_.copies;
     preview.job.options = options;
     preview.job.raster = raster_;
-    preview.job.emptyFiles = true;
+    preview.job.noFiles = true;
     preview.job.timeoutSeconds = kNoLimit;
     preview.body.dpi = dpi_;
     preview.body.media = description_.media();
