@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +17,7 @@
 
 #include "tools/contact_sheet.h"
 #include "tools/document.h"
+#include "tools/dot_font.h"
 #include "tools/halftone_names.h"
 #include "tools/installation.h"
 #include "tools/preview_arguments.h"
@@ -289,13 +292,20 @@ class Preview {
   }
 
   void tellStream(unsigned pages) {
-    const std::string chain = isRaster() ? "none" : korvel::rasteriserChain(rasteriserJob());
-    std::printf("%s (%s), printer %s\n", arguments_.file.c_str(), type_.c_str(),
-                description_.name().c_str());
-    std::printf("rasteriser: %s; options: %s; copies: %s\n", chain.c_str(),
-                options_.empty() ? "none" : options_.c_str(), arguments_.copies.c_str());
-    std::printf("filter: %u %s at %u dpi, %ju bytes for the printer\n", pages,
-                pages == 1 ? "page" : "pages", dpi_, std::filesystem::file_size(out("stream.bin")));
+    const std::string chain =
+        isRaster() ? translated("none") : korvel::rasteriserChain(rasteriserJob());
+    const std::string options = options_.empty() ? translated("none") : options_;
+    const uintmax_t bytes = std::filesystem::file_size(out("stream.bin"));
+    for (const std::string& line :
+         {filled("%s (%s), printer %s", arguments_.file.c_str(), type_.c_str(),
+                 description_.name().c_str()),
+          filled("rasteriser: %s; options: %s; copies: %s", chain.c_str(), options.c_str(),
+                 arguments_.copies.c_str()),
+          pages == 1 ? filled("filter: 1 page at %u dpi, %ju bytes for the printer", dpi_, bytes)
+                     : filled("filter: %u pages at %u dpi, %ju bytes for the printer", pages, dpi_,
+                              bytes)}) {
+      std::puts(line.c_str());
+    }
     std::printf("%s  %s  %s\n", out("stream.bin").c_str(), out("stream.txt").c_str(),
                 out("messages.txt").c_str());
   }
@@ -305,12 +315,13 @@ class Preview {
   void compareHalftones() {
     keepFirstPage();
     std::vector<korvel::ContactCell> cells;
+    const bool drawable = canDrawNames();
     Progress progress(translated("halftone"));
     for (const korvel::HalftoneName& halftone : korvel::kHalftoneNames) {
       progress.show(static_cast<unsigned>(cells.size() + 1));
       const std::string choice = std::string("HalftoneType=") + halftone.setting;
-      cells.push_back(
-          {halftone.method, choice, onePage(options_ + (options_.empty() ? "" : " ") + choice)});
+      cells.push_back({drawable ? translated(halftone.method) : halftone.method, choice,
+                       onePage(options_ + (options_.empty() ? "" : " ") + choice)});
     }
     std::string title =
         std::filesystem::path(arguments_.file).filename().string() + ", " + description_.name();
@@ -318,6 +329,15 @@ class Preview {
     const std::string path = out("halftones.png");
     must(korvel::ContactSheet(title, std::move(cells)).writePng(path, dpi_));
     std::puts(path.c_str());
+  }
+
+  // The pictures' letters are ASCII, without accents or other scripts: where a name wants more, all
+  // stay English, rather than with holes or in two languages.
+  static bool canDrawNames() {
+    return std::all_of(korvel::kHalftoneNames.begin(), korvel::kHalftoneNames.end(),
+                       [](const korvel::HalftoneName& halftone) {
+                         return korvel::hasGlyphs(translated(halftone.method));
+                       });
   }
 
   // The page is rasterised once for all of them.

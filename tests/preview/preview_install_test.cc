@@ -26,11 +26,11 @@ class Installed : public testing::Test {
 
   std::string tree() const { return runner_.files().file("tree"); }
   std::string tool(const std::string& name) const { return tree() + "/opt/korvel/bin/" + name; }
-  // In German; without the variables that lead tools elsewhere.
-  CommandResult runInstalled(Words words) {
+  // Without the variables that lead tools elsewhere.
+  CommandResult runInstalled(Words words, const std::string& language = "de") {
     words[0] = tool(words[0]);
     words.insert(words.begin(), {"env", "-u", "CUPS_SERVERBIN", "-u", "CUPS_DATADIR", "-u",
-                                 "TEXTDOMAINDIR", "LC_ALL=C.UTF-8", "LANGUAGE=de"});
+                                 "TEXTDOMAINDIR", "LC_ALL=C.UTF-8", "LANGUAGE=" + language});
     return runner_.started(words);
   }
 
@@ -72,6 +72,36 @@ TEST_F(Installed, ThePreviewTakesFilterAndDescriptionsOfItsTree) {
   EXPECT_EQ(unknown.status, 1);
   EXPECT_NE(unknown.output.find(tree() + KORVEL_PPD_FOLDER "/"), std::string::npos)
       << unknown.output;
+}
+
+TEST_F(Installed, TheStreamIsToldInTheUsersLanguage) {
+  const std::string document =
+      runner_.files().write("bars.ras", rasterOf("16x5 203dpi picture=checker:4"));
+  const std::string shown = runner_.files().file("shown");
+  const CommandResult result =
+      runInstalled({"korvel-preview", "--stream", "--out", shown, document});
+  EXPECT_EQ(result.output, document +
+                               " (application/vnd.cups-raster), Drucker Korvel Label 203 dpi\n"
+                               "Rasterprogramm: ohne; Optionen: ohne; Exemplare: 1\n"
+                               "Filter: 1 Seite mit 203 dpi, 185 Byte für den Drucker\n" +
+                               shown + "/stream.bin  " + shown + "/stream.txt  " + shown +
+                               "/messages.txt\n" + shown + "/sheet-1.png\n");
+}
+
+// German, Dutch and Spanish names need no other letters than English ones.
+TEST_F(Installed, HalftonesAreNamedInLanguagesThatThePicturesLettersCanWrite) {
+  const std::string document =
+      runner_.files().write("page.ras", rasterOf("64x40 203dpi picture=noise:7"));
+  const auto picture = [&](const std::string& language) {
+    const std::string shown = runner_.files().file("shown-" + language);
+    const CommandResult result =
+        runInstalled({"korvel-preview", "--halftones", "--out", shown, document}, language);
+    EXPECT_EQ(result.status, 0) << result.output;
+    return fileBytes(shown + "/halftones.png");
+  };
+  const std::string english = picture("en");
+  for (const char* language : {"de", "nl", "es"}) EXPECT_TRUE(picture(language) != english);
+  for (const char* language : {"fr", "pl", "ja"}) EXPECT_TRUE(picture(language) == english);
 }
 
 // Whoever may write next to a program must not choose the filter that it runs.
