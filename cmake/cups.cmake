@@ -28,3 +28,8 @@ function(korvel_cups_dir variable what)
 endfunction()
 korvel_cups_dir(KORVEL_CUPS_SERVERBIN serverbin)
 korvel_cups_dir(KORVEL_CUPS_DATADIR datadir)
+
+# Where the spooler looks for descriptions; a package gives its own, -DKORVEL_PPD_DIR=...
+if(NOT KORVEL_PPD_DIR)
+  set(KORVEL_PPD_DIR ${KORVEL_CUPS_DATADIR}/model/korvel)
+endif()

@@ -59,6 +59,12 @@ std::string Arguments::value() {
   return argv_[at_];
 }
 
+std::string Arguments::text() {
+  std::string text = value();
+  if (text.empty()) wrong(filled("%s wants a value", word_.c_str()));
+  return text;
+}
+
 int Arguments::number(int least, int most) {
   const std::string text = value();
   const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;

@@ -24,6 +24,7 @@ class Arguments {
   const std::string& word() const { return word_; }  // an option's name, or an operand
 
   std::string value();                // of the option at hand
+  std::string text();                 // its value, which must not be empty
   int number(int least, int most);    // its value in decimal digits
   [[noreturn]] void unknown() const;  // the option or operand at hand has no use
   [[noreturn]] void wrong(const std::string& what) const;

@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <regex>
 #include <sstream>
 
 namespace korvel {
@@ -35,6 +36,16 @@ bool sameDescription(const std::string& one, const std::string& other) {
     if (more != next(&lines[1], &theirs) || mine != theirs) return false;
     if (!more) return true;
   }
+}
+
+std::string shownChoice(const std::string& choice) {
+  return choice == kCustomChoice ? "Custom.WIDTHxHEIGHT" : choice;
+}
+
+bool isCustomSize(const std::string& choice) {
+  static const std::regex kCustomSize(
+      "Custom\\.[0-9]+(\\.[0-9]+)?x[0-9]+(\\.[0-9]+)?(pt|in|cm|mm|m|ft)?");
+  return std::regex_match(choice, kCustomSize);
 }
 
 ppd_file_t* openDescription(const std::string& description) {

@@ -5,6 +5,7 @@
 #define KORVEL_TOOLS_DOT_FONT_H_
 
 #include <cstddef>
+#include <string_view>
 
 namespace korvel {
 
@@ -148,6 +149,14 @@ constexpr bool glyphDot(char letter, int column, int row) {
   const auto index = static_cast<size_t>(letter - kFirstGlyph);
   const char* line = kGlyphBands[index / kGlyphsPerBand * kGlyphRows + static_cast<size_t>(row)];
   return line[index % kGlyphsPerBand * kGlyphAdvance + static_cast<size_t>(column)] == '#';
+}
+
+// Whether all of the text can be drawn.
+constexpr bool hasGlyphs(std::string_view text) {
+  for (const char letter : text) {
+    if (letter < kFirstGlyph || letter > kLastGlyph) return false;
+  }
+  return true;
 }
 
 }  // namespace korvel

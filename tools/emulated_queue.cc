@@ -1,5 +1,5 @@
-// Programs and documents are looked for beside this program first, so that an installation works
-// wherever it lies.
+// The printer's program is looked for beside this one first, so that an installation works wherever
+// it lies.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/emulated_queue.h"
 
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tools/description_text.h"
+#include "tools/installation.h"
 #include "tools/translation.h"
 
 namespace fs = std::filesystem;
@@ -18,11 +19,6 @@ namespace fs = std::filesystem;
 namespace korvel {
 
 namespace {
-
-std::string ownFolder() {
-  std::error_code fault;
-  return fs::read_symlink("/proc/self/exe", fault).parent_path().string();
-}
 
 bool isStencilPrinter(const std::string& description) {
   return description.find("*OpenUI *AntiWrinkle") != std::string::npos;
@@ -52,19 +48,16 @@ std::string becomePrinter(const EmulatedPrinter& printer, const std::string& des
   pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
-  execv((ownFolder() + "/korvel-printer").c_str(), pointers.data());
+  execv((programFolder() + "/korvel-printer").c_str(), pointers.data());
   execvp(pointers[0], pointers.data());
   return translated("korvel-printer cannot be started; install printer-driver-korvel again.");
 }
 
 std::string testPage(const std::string& description) {
   const char* name = isStencilPrinter(description) ? "stencil.pdf" : "label.pdf";
-  for (const std::string& folder :
-       {ownFolder() + "/../share/korvel/examples/", std::string(KORVEL_DATA_DIR "/examples/")}) {
-    std::error_code fault;
-    if (fs::is_regular_file(folder + name, fault)) return folder + name;
-  }
-  return "";
+  const std::string page = dataFolder() + "/examples/" + name;
+  std::error_code fault;
+  return fs::is_regular_file(page, fault) ? page : "";
 }
 
 }  // namespace korvel

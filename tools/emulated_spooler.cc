@@ -8,7 +8,6 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,6 +23,7 @@
 #include <vector>
 
 #include "tools/child_process.h"
+#include "tools/file_ban.h"
 #include "tools/stream_decoder.h"
 #include "tools/translation.h"
 
@@ -41,13 +41,6 @@ struct FilterEnds {
   Descriptor execFault;  // carries errno when the program cannot be started
 };
 
-// From here on writing to a file fails; pipes and sockets are free.
-void forbidFileBytes() {
-  const rlimit none = {0, 0};
-  setrlimit(RLIMIT_FSIZE, &none);
-  signal(SIGXFSZ, SIG_IGN);
-}
-
 [[noreturn]] void becomeFilter(const FilterEnds& filter, pid_t parent, char* const* arguments,
                                const SpoolerJob& job) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -59,7 +52,7 @@ void forbidFileBytes() {
     setenv("PPD", job.ppd.c_str(), 1);
   }
   signal(SIGPIPE, SIG_DFL);
-  if (job.emptyFiles) forbidFileBytes();
+  if (job.noFiles) banNewFiles();
   execv(job.filter.c_str(), arguments);
   const int reason = errno;
   if (write(filter.execFault.get(), &reason, sizeof reason) < 0) _exit(126);

@@ -23,7 +23,7 @@ struct SpoolerJob {
   std::string raster;         // path of the job's pages; "-" is our own standard input
   int rasterDescriptor = -1;  // borrowed; when open, the pages come from it and not from a path
   bool rasterAsFile = false;  // the path goes in as the seventh argument, not on descriptor 0
-  bool emptyFiles = false;    // files that the filter writes, its page dumps, stay empty
+  bool noFiles = false;       // the filter makes none, and touches none of those it would make
   StatusScript script;        // an entry a status request; behind its end every entry is auto
   double timeoutSeconds = 120;
 

@@ -6,24 +6,26 @@
 
 #include <array>
 
+#include "tools/translation.h"
+
 namespace korvel {
 
 struct HalftoneName {
   const char* setting;  // the choice of HalftoneType
-  const char* method;
+  const char* method;   // English; in the user's language once it has gone through translated()
 };
 
 inline constexpr std::array<HalftoneName, 10> kHalftoneNames = {{
-    {"None", "Threshold"},
-    {"FloydSteinberg", "Ordered 4 x 4"},
+    {"None", later("Threshold")},
+    {"FloydSteinberg", later("Ordered 4 x 4")},
     {"Ordered", "Burkes"},
     {"Burkes", "Stucki"},
     {"Stucki", "Jarvis-Judice-Ninke"},
     {"JarvisJudiceNinke", "Sierra"},
     {"Sierra", "Stevenson-Arce"},
-    {"StevensonArce", "Ordered, Bayer"},
-    {"Tattoo", "Stencil"},
-    {"Tattoo_Z4", "Stencil, fine"},
+    {"StevensonArce", later("Ordered, Bayer")},
+    {"Tattoo", later("Stencil")},
+    {"Tattoo_Z4", later("Stencil, fine")},
 }};
 
 }  // namespace korvel

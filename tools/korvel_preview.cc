@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,7 +17,9 @@
 
 #include "tools/contact_sheet.h"
 #include "tools/document.h"
+#include "tools/dot_font.h"
 #include "tools/halftone_names.h"
+#include "tools/installation.h"
 #include "tools/preview_arguments.h"
 #include "tools/preview_job.h"
 #include "tools/printer_description.h"
@@ -53,9 +57,17 @@ File openToWrite(const std::string& path) {
   return file;
 }
 
-std::string installed(const char* variable, const char* otherwise, const std::string& below) {
-  const char* folder = std::getenv(variable);
-  return std::string(folder != nullptr ? folder : otherwise) + below;
+std::string installedFilter() {
+  const char* folder = std::getenv("CUPS_SERVERBIN");
+  return (folder != nullptr ? folder : korvel::spoolerFolder(KORVEL_CUPS_SERVERBIN)) +
+         "/filter/rastertokorvel";
+}
+
+// With a slash behind it.
+std::string installedDescriptions() {
+  const char* folder = std::getenv("CUPS_DATADIR");
+  return folder != nullptr ? std::string(folder) + "/model/korvel/"
+                           : korvel::spoolerFolder(KORVEL_PPD_DIR) + "/";
 }
 
 // The same line again on a terminal, else a line now and then.
@@ -82,13 +94,13 @@ class Progress {
 
 class Preview {
  public:
-  explicit Preview(PreviewArguments arguments) : arguments_(std::move(arguments)) {}
+  explicit Preview(korvel::Arguments* words)
+      : words_(*words), arguments_(korvel::parsePreviewArguments(words)) {}
 
   void run() {
     must(korvel::identifyDocument(arguments_.file, &type_));
     if (isRaster() && arguments_.copies != "1") {
-      korvel::previewUsageError(
-          translated("a raster file prints as it is, once; -n is for documents"));
+      words_.wrong(translated("a raster file prints as it is, once; -n is for documents"));
     }
     must(scratch_.open());
     findDescription();
@@ -120,7 +132,7 @@ class Preview {
     }
     must(description_.open(ppd_, shownAs));
     const std::string fault = description_.mark(options_);
-    if (!fault.empty()) korvel::previewUsageError(fault);
+    if (!fault.empty()) words_.wrong(fault);
   }
 
   // A name without a slash that is no file here is that of an installed description.
@@ -128,7 +140,7 @@ class Preview {
     const std::string& named = arguments_.description;
     if (named.find('/') != std::string::npos || std::filesystem::exists(named)) return named;
     const std::string name = named.empty() ? kPlainDescription : named;
-    const std::string models = installed("CUPS_DATADIR", KORVEL_CUPS_DATADIR, "/model/korvel/");
+    const std::string models = installedDescriptions();
     std::string path = models + name + (name.ends_with(".ppd") ? "" : ".ppd");
     if (!std::filesystem::exists(path)) {
       throw Failure{
@@ -169,16 +181,13 @@ class Preview {
   korvel::PreviewJob previewJob(const std::string& options) const {
     korvel::PreviewJob preview;
     preview.job.filter = arguments_.filter;
-    if (preview.job.filter.empty()) {
-      preview.job.filter =
-          installed("CUPS_SERVERBIN", KORVEL_CUPS_SERVERBIN, "/filter/rastertokorvel");
-    }
+    if (preview.job.filter.empty()) preview.job.filter = installedFilter();
     preview.job.ppd = ppd_;
     preview.job.title = std::filesystem::path(arguments_.file).filename();
     preview.job.copies = arguments_.copies;
     preview.job.options = options;
     preview.job.raster = raster_;
-    preview.job.emptyFiles = true;
+    preview.job.noFiles = true;
     preview.job.timeoutSeconds = kNoLimit;
     preview.body.dpi = dpi_;
     preview.body.media = description_.media();
@@ -283,13 +292,20 @@ class Preview {
   }
 
   void tellStream(unsigned pages) {
-    const std::string chain = isRaster() ? "none" : korvel::rasteriserChain(rasteriserJob());
-    std::printf("%s (%s), printer %s\n", arguments_.file.c_str(), type_.c_str(),
-                description_.name().c_str());
-    std::printf("rasteriser: %s; options: %s; copies: %s\n", chain.c_str(),
-                options_.empty() ? "none" : options_.c_str(), arguments_.copies.c_str());
-    std::printf("filter: %u %s at %u dpi, %ju bytes for the printer\n", pages,
-                pages == 1 ? "page" : "pages", dpi_, std::filesystem::file_size(out("stream.bin")));
+    const std::string chain =
+        isRaster() ? translated("none") : korvel::rasteriserChain(rasteriserJob());
+    const std::string options = options_.empty() ? translated("none") : options_;
+    const uintmax_t bytes = std::filesystem::file_size(out("stream.bin"));
+    for (const std::string& line :
+         {filled("%s (%s), printer %s", arguments_.file.c_str(), type_.c_str(),
+                 description_.name().c_str()),
+          filled("rasteriser: %s; options: %s; copies: %s", chain.c_str(), options.c_str(),
+                 arguments_.copies.c_str()),
+          pages == 1 ? filled("filter: 1 page at %u dpi, %ju bytes for the printer", dpi_, bytes)
+                     : filled("filter: %u pages at %u dpi, %ju bytes for the printer", pages, dpi_,
+                              bytes)}) {
+      std::puts(line.c_str());
+    }
     std::printf("%s  %s  %s\n", out("stream.bin").c_str(), out("stream.txt").c_str(),
                 out("messages.txt").c_str());
   }
@@ -299,12 +315,13 @@ class Preview {
   void compareHalftones() {
     keepFirstPage();
     std::vector<korvel::ContactCell> cells;
+    const bool drawable = canDrawNames();
     Progress progress(translated("halftone"));
     for (const korvel::HalftoneName& halftone : korvel::kHalftoneNames) {
       progress.show(static_cast<unsigned>(cells.size() + 1));
       const std::string choice = std::string("HalftoneType=") + halftone.setting;
-      cells.push_back(
-          {halftone.method, choice, onePage(options_ + (options_.empty() ? "" : " ") + choice)});
+      cells.push_back({drawable ? translated(halftone.method) : halftone.method, choice,
+                       onePage(options_ + (options_.empty() ? "" : " ") + choice)});
     }
     std::string title =
         std::filesystem::path(arguments_.file).filename().string() + ", " + description_.name();
@@ -312,6 +329,15 @@ class Preview {
     const std::string path = out("halftones.png");
     must(korvel::ContactSheet(title, std::move(cells)).writePng(path, dpi_));
     std::puts(path.c_str());
+  }
+
+  // The pictures' letters are ASCII, without accents or other scripts: where a name wants more, all
+  // stay English, rather than with holes or in two languages.
+  static bool canDrawNames() {
+    return std::all_of(korvel::kHalftoneNames.begin(), korvel::kHalftoneNames.end(),
+                       [](const korvel::HalftoneName& halftone) {
+                         return korvel::hasGlyphs(translated(halftone.method));
+                       });
   }
 
   // The page is rasterised once for all of them.
@@ -345,6 +371,7 @@ class Preview {
     return picture;
   }
 
+  const korvel::Arguments& words_;  // borrowed
   PreviewArguments arguments_;
   korvel::ScratchFolder scratch_;
   korvel::PrinterDescription description_;
@@ -360,7 +387,8 @@ class Preview {
 int main(int argc, char** argv) {
   korvel::startTranslation();
   try {
-    Preview(korvel::parsePreviewArguments(argc, argv)).run();
+    korvel::Arguments words(argc, argv, "korvel-preview", korvel::previewUsage());
+    Preview(&words).run();
     if (std::fflush(stdout) != 0) throw Failure{translated("cannot write to standard output")};
     return 0;
   } catch (const Failure& failure) {

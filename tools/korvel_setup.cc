@@ -119,6 +119,9 @@ Request parseArguments(int argc, char** argv) {
   if (request.check + request.list + request.emulate > 1) {
     words.wrong(translated("--check, --list and --emulated exclude each other"));
   }
+  if (!request.queues.empty() && !request.check && !request.testPage) {
+    words.wrong(translated("-d goes with --check and --test-page"));
+  }
   if (!operands.empty() && !request.check) {
     words.wrong(filled("unexpected argument '%s'", operands[0].c_str()));
   }
@@ -137,6 +140,10 @@ Request parseArguments(int argc, char** argv) {
 
 void stopAt(const std::string& fault) {
   if (!fault.empty()) stop(fault);
+}
+
+[[noreturn]] void stopForNoQueue(const std::string& name) {
+  stop(filled("There is no queue %s; lpstat -e shows those that there are.", name.c_str()));
 }
 
 // ---- Check ----
@@ -163,8 +170,7 @@ int check(const PrintSystem& system, Request request) {
   std::vector<korvel::Queue> queues;
   for (const std::string& name : request.queues) {
     const auto queue = system.queue(name);
-    if (!queue)
-      stop(filled("There is no queue %s; lpstat -e shows those that there are.", name.c_str()));
+    if (!queue) stopForNoQueue(name);
     queues.push_back(*queue);
   }
   if (request.queues.empty()) {
@@ -274,11 +280,14 @@ int emulate(const PrintSystem& system, Request request) {
 
 int setUpQueue(const PrintSystem& system, Request request) {
   QueuePlan& plan = request.plan;
+  if (plan.name.empty() && !request.queues.empty()) {
+    plan.name = request.queues[0];
+    if (!system.queue(plan.name)) stopForNoQueue(plan.name);
+  }
   const auto old = plan.name.empty() ? std::nullopt : system.queue(plan.name);
   const bool onlyTest = request.testPage && request.model.empty() && plan.uri.empty() &&
                         plan.options.empty() && plan.info.empty() && plan.location.empty();
-  if (onlyTest && plan.name.empty() && request.queues.size() == 1) plan.name = request.queues[0];
-  if (onlyTest && system.queue(plan.name)) {
+  if (onlyTest && old) {
     printTestPage(system, plan.name);
     return 0;
   }

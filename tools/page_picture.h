@@ -33,12 +33,12 @@ class PagePicture {
   const std::vector<uint8_t>& dots() const { return dots_; }  // leftmost in the top bit, 1 prints
 
   // Both return an empty text, or one sentence on what went wrong. `dpi` 0 writes no resolution.
+  // Empty when the packets make a picture, or what is wrong with them, always in English.
+  std::string checkShape() const;
   std::string writePng(const std::string& path, unsigned dpi) const;
   std::string writePbm(const std::string& path) const;
 
  private:
-  std::string checkShape() const;
-
   StreamItem area_;
   std::vector<size_t> blocks_;
   std::vector<uint8_t> dots_;

@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "tools/translation.h"
+
 namespace korvel {
 namespace {
 
@@ -53,7 +55,7 @@ bool encode(std::FILE* file, const PngPicture& picture, const uint8_t* rows) {
 }  // namespace
 
 std::string cannotWrite(const std::string& path) {
-  return "cannot write " + path + ": " + std::strerror(errno);
+  return filled("cannot write %s: %s", path.c_str(), std::strerror(errno));
 }
 
 std::string writePngFile(const std::string& path, const PngPicture& picture, const uint8_t* rows) {
@@ -61,7 +63,7 @@ std::string writePngFile(const std::string& path, const PngPicture& picture, con
   if (file == nullptr) return cannotWrite(path);
   const bool encoded = encode(file, picture, rows);
   const bool closed = std::fclose(file) == 0;
-  if (!encoded) return "cannot write " + path + " as PNG";
+  if (!encoded) return filled("cannot write %s as PNG", path.c_str());
   return closed ? std::string() : cannotWrite(path);
 }
 

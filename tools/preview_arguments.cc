@@ -2,14 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/preview_arguments.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <map>
-
 #include "tools/translation.h"
 
 namespace korvel {
 namespace {
+
+constexpr int kMostCopies = 9999;
 
 constexpr const char* kUsage = later(
     "Usage: korvel-preview [OPTION]... FILE\n"
@@ -30,75 +28,68 @@ constexpr const char* kUsage = later(
     "  --help, --version\n\n"
     "Status: 0 done, 1 it cannot be shown, 2 wrong usage.\n");
 
-bool isCopies(const std::string& text) {
-  return !text.empty() && text.size() <= 4 && text[0] != '0' &&
-         text.find_first_not_of("0123456789") == std::string::npos;
+bool takeFlag(const Arguments& words, PreviewArguments* arguments) {
+  if (words.is("--halftones")) {
+    arguments->halftones = true;
+  } else if (words.is("--pages")) {
+    arguments->pages = true;
+  } else if (words.is("--stream")) {
+    arguments->stream = true;
+  } else {
+    return false;
+  }
+  return true;
 }
 
-void check(const PreviewArguments& arguments) {
-  if (arguments.file.empty()) previewUsageError(translated("which file?"));
-  if (!arguments.queue.empty() && !arguments.description.empty()) {
-    previewUsageError(translated("-P and -p exclude each other"));
+bool takeValued(Arguments* words, PreviewArguments* arguments) {
+  if (words->is("-P", "-d")) {
+    arguments->queue = words->text();
+  } else if (words->is("-p")) {
+    arguments->description = words->text();
+  } else if (words->is("-o")) {
+    arguments->options += (arguments->options.empty() ? "" : " ") + words->text();
+  } else if (words->is("-n")) {
+    arguments->copies = std::to_string(words->number(1, kMostCopies));
+  } else if (words->is("--out")) {
+    arguments->folder = words->text();
+  } else if (words->is("--filter")) {
+    arguments->filter = words->text();
+  } else {
+    return false;
   }
-  if (!isCopies(arguments.copies)) {
-    previewUsageError(filled("%s wants a number from %d to %d, have '%s'", "-n", 1, 9999,
-                             arguments.copies.c_str()));
+  return true;
+}
+
+void check(const Arguments& words, const PreviewArguments& arguments) {
+  if (arguments.file.empty()) words.wrong(translated("which file?"));
+  if (!arguments.queue.empty() && !arguments.description.empty()) {
+    words.wrong(translated("-P and -p exclude each other"));
   }
   if (arguments.halftones && arguments.options.find("HalftoneType") != std::string::npos) {
-    previewUsageError(translated("--halftones shows them all: leave -o HalftoneType out"));
+    words.wrong(translated("--halftones shows them all: leave -o HalftoneType out"));
   }
   if (arguments.halftones && (arguments.pages || arguments.stream)) {
-    previewUsageError(translated("--halftones makes one picture: leave --pages and --stream out"));
+    words.wrong(translated("--halftones makes one picture: leave --pages and --stream out"));
   }
 }
 
 }  // namespace
 
-void previewUsageError(const std::string& what) {
-  std::fprintf(
-      stderr, "%s\n",
-      filled("%s: %s; see %s --help", "korvel-preview", what.c_str(), "korvel-preview").c_str());
-  std::exit(2);
-}
+const char* previewUsage() { return translated(kUsage); }
 
-PreviewArguments parsePreviewArguments(int argc, char** argv) {
+PreviewArguments parsePreviewArguments(Arguments* words) {
   PreviewArguments arguments;
-  const std::map<std::string, std::string*> texts = {
-      {"-P", &arguments.queue},       {"-d", &arguments.queue},     {"-n", &arguments.copies},
-      {"-p", &arguments.description}, {"--out", &arguments.folder}, {"--filter", &arguments.filter},
-  };
-  const std::map<std::string, bool*> switches = {{"--halftones", &arguments.halftones},
-                                                 {"--pages", &arguments.pages},
-                                                 {"--stream", &arguments.stream}};
-  for (int i = 1; i < argc; ++i) {
-    const std::string word = argv[i];
-    const auto value = [&]() -> std::string {
-      if (++i >= argc || *argv[i] == '\0')
-        previewUsageError(filled("%s wants a value", word.c_str()));
-      return argv[i];
-    };
-    if (word == "--help") {
-      std::fputs(translated(kUsage), stdout);
-      std::exit(0);
-    } else if (word == "--version") {
-      std::puts("korvel-preview 1.0.0");
-      std::exit(0);
-    } else if (texts.contains(word)) {
-      *texts.at(word) = value();
-    } else if (switches.contains(word)) {
-      *switches.at(word) = true;
-    } else if (word == "-o") {
-      arguments.options += (arguments.options.empty() ? "" : " ") + value();
-    } else if (word.starts_with("-")) {
-      previewUsageError(filled("unknown option '%s'", word.c_str()));
-    } else if (!arguments.file.empty()) {
-      previewUsageError(
-          filled("more than one file: %s and %s", arguments.file.c_str(), word.c_str()));
+  while (words->next()) {
+    if (words->isOption()) {
+      if (!takeFlag(*words, &arguments) && !takeValued(words, &arguments)) words->unknown();
+    } else if (arguments.file.empty()) {
+      arguments.file = words->word();
     } else {
-      arguments.file = word;
+      words->wrong(
+          filled("more than one file: %s and %s", arguments.file.c_str(), words->word().c_str()));
     }
   }
-  check(arguments);
+  check(*words, arguments);
   return arguments;
 }
 

@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "tools/arguments.h"
+
 namespace korvel {
 
 struct PreviewArguments {
@@ -20,10 +22,10 @@ struct PreviewArguments {
   bool stream = false;
 };
 
-// Ends the program after --help and --version with 0, after wrong usage with 2 and one sentence.
-PreviewArguments parsePreviewArguments(int argc, char** argv);
+const char* previewUsage();  // in the user's language
 
-[[noreturn]] void previewUsageError(const std::string& what);
+// Goes through all `words`, and ends the program where they do.
+PreviewArguments parsePreviewArguments(Arguments* words);
 
 }  // namespace korvel
 

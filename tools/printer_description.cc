@@ -15,6 +15,7 @@
 #include <fstream>
 #include <regex>
 
+#include "tools/description_text.h"
 #include "tools/translation.h"
 
 namespace korvel {
@@ -168,16 +169,13 @@ std::string PrinterDescription::mark(const std::string& options) {
 }
 
 std::string PrinterDescription::check(const std::string& name, const std::string& value) const {
-  static const std::regex kCustomSize(
-      "Custom\\.[0-9]+(\\.[0-9]+)?x[0-9]+(\\.[0-9]+)?(pt|in|cm|mm|m|ft)?");
   const std::string keyword = strcasecmp(name.c_str(), "media") == 0 ? "PageSize" : name;
   ppd_option_t* option = ppdFindOption(ppd_.get(), keyword.c_str());
   if (option == nullptr) {
     return isStandard(name) ? std::string() : filled("unknown option %s", name.c_str());
   }
   const bool custom = value.starts_with("Custom.");
-  if (custom && ppd_->variable_sizes != 0 && keyword == "PageSize" &&
-      std::regex_match(value, kCustomSize)) {
+  if (custom && ppd_->variable_sizes != 0 && keyword == "PageSize" && isCustomSize(value)) {
     return std::string();
   }
   if (!custom && ppdFindChoice(option, value.c_str()) != nullptr) return std::string();

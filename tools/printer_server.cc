@@ -307,10 +307,13 @@ void PrinterServer::event(const std::string& line) const {
 }
 
 // Packets may rightly give no picture, as those of a page that was broken off; a folder must not.
-void PrinterServer::note(const std::string& what, const std::string& fault) {
+void PrinterServer::note(const std::string& what, bool hasShape, const std::string& fault) {
   if (fault.empty()) return;
-  event(what + ": " + fault);
-  if (!fault.starts_with("cannot")) return;
+  if (!hasShape) {
+    event(what + ": " + fault);
+    return;
+  }
+  event(what + ": the picture cannot be written");
   failed_ = true;
   std::fprintf(stderr, "korvel-printer: %s: %s\n", what.c_str(), fault.c_str());
 }
@@ -318,7 +321,8 @@ void PrinterServer::note(const std::string& what, const std::string& fault) {
 void PrinterServer::writePage(unsigned number, const PagePicture& page) {
   if (!options_.pages || options_.folder.empty()) return;
   const std::string path = options_.folder + "/page-" + std::to_string(number) + ".png";
-  note("page " + std::to_string(number), page.writePng(path, options_.body.dpi));
+  note("page " + std::to_string(number), page.checkShape().empty(),
+       page.writePng(path, options_.body.dpi));
 }
 
 void PrinterServer::writeSheet(unsigned number, const SheetPicture& sheet, const char* what) {
@@ -326,7 +330,7 @@ void PrinterServer::writeSheet(unsigned number, const SheetPicture& sheet, const
   std::string path;
   if (!options_.folder.empty()) {
     path = options_.folder + "/sheet-" + std::to_string(number) + ".png";
-    note(name, sheet.writePng(path, options_.body.dpi));
+    note(name, sheet.height() != 0, sheet.writePng(path, options_.body.dpi));
     path += ' ';
   }
   event(name + " " + what + ": " + path + std::to_string(sheet.width()) + " x " +

@@ -77,7 +77,7 @@ class PrinterServer {
   void writePage(unsigned number, const PagePicture& page);
   void writeSheet(unsigned number, const SheetPicture& sheet, const char* what);
   void event(const std::string& line) const;
-  void note(const std::string& what, const std::string& fault);
+  void note(const std::string& what, bool hasShape, const std::string& fault);
 
   ServerOptions options_;
   PrinterWorld world_;

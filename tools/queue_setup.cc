@@ -6,8 +6,11 @@
 #include <cups/cups.h>
 #include <fcntl.h>
 #include <spawn.h>
+#include <strings.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cstring>
 
 #include "tools/description_text.h"
 #include "tools/translation.h"
@@ -80,9 +83,17 @@ bool isOfTheQueue(const std::string& name) {
 std::string choicesOf(const ppd_option_t* option) {
   std::string all;
   for (int i = 0; i < option->num_choices; ++i) {
-    all += (i == 0 ? "" : ", ") + std::string(option->choices[i].choice);
+    all += (i == 0 ? "" : ", ") + shownChoice(option->choices[i].choice);
   }
   return all;
+}
+
+bool offers(ppd_file_t* ppd, ppd_option_t* option, const std::string& value) {
+  if (strncasecmp(value.c_str(), kCustomChoice, std::strlen(kCustomChoice)) != 0) {
+    return ppdFindChoice(option, value.c_str()) != nullptr;
+  }
+  return ppd->variable_sizes != 0 && std::string(option->keyword) == "PageSize" &&
+         isCustomSize(value);
 }
 
 std::string checkOption(ppd_file_t* ppd, const std::string& bareName, const std::string& name,
@@ -94,9 +105,7 @@ std::string checkOption(ppd_file_t* ppd, const std::string& bareName, const std:
         "it has.",
         bareName.c_str(), name.c_str(), bareName.c_str());
   }
-  const bool custom =
-      ppd->variable_sizes != 0 && name == "PageSize" && value.starts_with("Custom.");
-  if (custom || ppdFindChoice(option, value.c_str()) != nullptr) return "";
+  if (offers(ppd, option, value)) return "";
   return filled("The description %s has no %s=%s; it has %s.", bareName.c_str(), name.c_str(),
                 value.c_str(), choicesOf(option).c_str());
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/setup_dialogue.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 
@@ -23,9 +24,9 @@ std::string ask(const std::string& question, const std::string& proposal) {
 }
 
 // One of the numbers 1 to `count`.
-size_t askNumber(const std::string& question, size_t count) {
+size_t askNumber(const std::string& question, size_t count, size_t proposal) {
   for (;;) {
-    const std::string answer = ask(question, "1");
+    const std::string answer = ask(question, std::to_string(proposal));
     const bool digits =
         answer.size() < 6 && answer.find_first_not_of("0123456789") == std::string::npos;
     const unsigned long number = digits ? std::stoul(answer) : 0;
@@ -84,8 +85,11 @@ void showOptions(const std::string& description) {
   ppdLocalize(ppd);
   for (const ppd_option_t* option = ppdFirstOption(ppd); option != nullptr;
        option = ppdNextOption(ppd)) {
+    if (std::string(option->keyword) == "PageRegion") continue;  // PageSize once more
     std::printf("%s (%s):", option->keyword, option->text);
-    for (int i = 0; i < option->num_choices; ++i) std::printf(" %s", option->choices[i].choice);
+    for (int i = 0; i < option->num_choices; ++i) {
+      std::printf(" %s", shownChoice(option->choices[i].choice).c_str());
+    }
     std::printf("\n");
   }
   ppdClose(ppd);
@@ -122,10 +126,12 @@ std::string SetupDialogue::chooseDevice(const PrintSystem& system,
                               "More than one Korvel printer was found; korvel-setup --list "
                               "shows them, -v URI takes one.");
   }
+  // What is not ours is hardly the printer that is meant.
+  const size_t proposal = ours.empty() ? others.size() + 1 : 1;
   ours.insert(ours.end(), others.begin(), others.end());
   for (size_t i = 0; i < ours.size(); ++i) showNumbered(i + 1, whatItIs(ours[i]), ours[i].uri);
   showNumbered(ours.size() + 1, translated("another"), "socket://ADDRESS");
-  const size_t number = askNumber(translated("Which one is it?"), ours.size() + 1);
+  const size_t number = askNumber(translated("Which one is it?"), ours.size() + 1, proposal);
   if (number <= ours.size()) {
     *device = ours[number - 1];
     return "";
@@ -152,11 +158,17 @@ std::string SetupDialogue::chooseDescription(const Device& device,
         "descriptions, -m MODEL takes one.",
         device.uri.c_str());
   }
-  if (fit.empty()) fit = all;
+  if (fit.empty()) {
+    fit = all;
+    const bool oneWay = linkOf(device.uri) == Link::kOneWay;
+    std::stable_partition(fit.begin(), fit.end(), [oneWay](const Description& one) {
+      return isOneWay(one.bareName()) == oneWay;
+    });
+  }
   for (size_t i = 0; i < fit.size(); ++i) {
     showNumbered(i + 1, fit[i].bareName(), fit[i].makeAndModel);
   }
-  *description = fit[askNumber(translated("Which description?"), fit.size()) - 1];
+  *description = fit[askNumber(translated("Which description?"), fit.size(), 1) - 1];
   return "";
 }
 

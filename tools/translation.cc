@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tools/installation.h"
+
 namespace korvel {
 
 namespace {
@@ -22,7 +24,7 @@ void startTranslation() {
   std::setlocale(LC_MESSAGES, "");
   std::setlocale(LC_CTYPE, "");
   const char* folder = std::getenv("TEXTDOMAINDIR");
-  bindtextdomain(kDomain, folder != nullptr ? folder : KORVEL_LOCALE_DIR);
+  bindtextdomain(kDomain, folder != nullptr ? folder : catalogueFolder().c_str());
 }
 
 const char* translated(const char* text) { return dgettext(kDomain, text); }

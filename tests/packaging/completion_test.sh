@@ -39,6 +39,11 @@ check() {
 check 'options by their beginning' 'korvel-decode --p' '--png --pbm'
 check 'the version too' 'korvel-spool --ver' '--version'
 check 'the options of --help' 'korvel-printer --s' '--stdin --speed --scenario'
+check 'what is to be compared' 'korvel-preview --ha' '--halftones'
+check 'queues to look at' 'korvel-preview -P l' 'labels'
+check 'descriptions by name' 'korvel-preview -p korvel-m' 'korvel-m6'
+check 'options of the queue that is looked at' 'korvel-preview -P labels -o Post' \
+  'PostAction=None PostAction=TearOff'
 check 'kinds of media' 'korvel-printer --media g' 'gap'
 check 'queues to change' 'korvel-setup -p l' 'labels'
 check 'queues to check' 'korvel-setup --check ' 'labels office'

@@ -230,21 +230,46 @@ TEST(Preview, TellsItsProgressOnManyPages) {
   EXPECT_NE(fileBytes(runner.files().file("shown/sheet-25.png")), "(none)");
 }
 
-TEST(Preview, LeavesNeitherPassingFilesNorPageDumps) {
-  PreviewRunner runner;
-  const std::string document = runner.files().write("pages.ras", rasterOf(kTwoLabels));
+// Whatever the filter of a print job has left stays as it is, and nothing is added.
+TEST(Preview, LeavesNothingBehind) {
+  const struct {
+    const char* sentence;
+    Words words;
+    int status;
+  } kCases[] = {
+      {"sheets", {}, 0},
+      {"a stream", {"--stream"}, 0},
+      {"one picture of all halftones", {"--halftones"}, 0},
+      {"a document", {exampleFile("label.pdf")}, 0},
+      {"wrong usage", {"-o", "Color=Red"}, 2},
+  };
   const std::string ppd = ppdOf("korvel-label-203");
-  const std::string shown = runner.files().file("shown");
-  EXPECT_EQ(runner.preview({"-p", ppd, "--out", shown, document}).status, 0);
-  EXPECT_EQ(runner.preview({"--halftones", "-p", ppd, "--out", shown, document}).status, 0);
-  EXPECT_EQ(runner.preview({"-p", ppd, "--out", shown, exampleFile("label.pdf")}).status, 0);
-  EXPECT_EQ(runner.preview({"-p", ppd, "-o", "Color=Red", "--out", shown, document}).status, 2);
-  EXPECT_TRUE(fs::is_empty(runner.passing()));
-  uintmax_t bytes = 0;
-  for (const auto& entry : fs::directory_iterator(runner.files().file("dumps"))) {
-    bytes += entry.file_size();
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.sentence);
+    PreviewRunner runner;
+    const TemporaryFolder& files = runner.files();
+    const std::string raster = files.write("page.ras", rasterOf("64x40 203dpi picture=noise:7"));
+    Words words = {"-p", ppd, "--out", files.file("shown")};
+    words.insert(words.end(), c.words.begin(), c.words.end());
+    if (c.words.empty() || !c.words[0].ends_with(".pdf")) words.push_back(raster);
+    EXPECT_EQ(runner.preview(words).status, c.status);
+    EXPECT_FALSE(fs::exists(files.file("xxxxx.log")));
+    files.write("xxxxx.log", "of a print job");
+    EXPECT_EQ(runner.preview(words).status, c.status);
+    EXPECT_EQ(files.read("xxxxx.log"), "of a print job");
+    EXPECT_TRUE(fs::is_empty(files.file("dumps")));
+    EXPECT_TRUE(fs::is_empty(runner.passing()));
   }
-  EXPECT_EQ(bytes, 0u);
+}
+
+// Else the test above would prove nothing.
+TEST(Preview, APrintLeavesTheFilesThatAPreviewDoesNot) {
+  PreviewRunner runner;
+  const std::string raster =
+      runner.files().write("page.ras", rasterOf("64x40 203dpi picture=noise:7"));
+  runner.print(raster, ppdOf("korvel-label-203"), "", 1, {});
+  EXPECT_TRUE(fs::exists(runner.files().file("xxxxx.log")));
+  EXPECT_FALSE(fs::is_empty(runner.files().file("dumps")));
 }
 
 }  // namespace

@@ -39,6 +39,10 @@ CommandResult PreviewRunner::preview(const Words& arguments, const std::string& 
   return run(words, kSeconds, variables);
 }
 
+CommandResult PreviewRunner::started(const Words& words) {
+  return run(words, kSeconds, environment(files_));
+}
+
 std::string PreviewRunner::print(const std::string& document, const std::string& description,
                                  const std::string& options, int copies, const Words& printer) {
   const std::string folder = files_.file("print-" + std::to_string(++prints_));

@@ -18,6 +18,9 @@ class PreviewRunner {
   // our own. `server` is the spooler's address; the default is one that nobody listens at.
   CommandResult preview(const Words& arguments, const std::string& server = "/nowhere/cups.sock");
 
+  // Another command with the same surroundings.
+  CommandResult started(const Words& words);
+
   // Prints a document on the emulated printer and returns the folder of its sheet-N.png.
   std::string print(const std::string& document, const std::string& description,
                     const std::string& options, int copies, const Words& printer);

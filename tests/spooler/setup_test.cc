@@ -138,6 +138,15 @@ TEST_F(Setup, RefusesInOneSentence) {
        1,
        "korvel-setup: The description korvel-k220-203 has no PostAction=Burn; it has None, "
        "TearOff, Cut.\n"},
+      {"a custom size without its measures",
+       {"-v", "socket://127.0.0.1", "-m", "m6", "-p", "new", "-o", "PageSize=Custom"},
+       1,
+       "korvel-setup: The description korvel-m6 has no PageSize=Custom; it has A4, Letter, "
+       "Tattoo_A5, Tattoo_A6.\n"},
+      {"a test page on an unknown queue",
+       {"-t", "-d", "nobody"},
+       1,
+       "korvel-setup: There is no queue nobody; lpstat -e shows those that there are.\n"},
       {"an unknown queue",
        {"--check", "nobody"},
        1,
@@ -146,6 +155,10 @@ TEST_F(Setup, RefusesInOneSentence) {
        {"labels"},
        2,
        "korvel-setup: unexpected argument 'labels'; see korvel-setup --help\n"},
+      {"a queue with nothing to do",
+       {"-d", "labels"},
+       2,
+       "korvel-setup: -d goes with --check and --test-page; see korvel-setup --help\n"},
       {"two things at once",
        {"--check", "--list"},
        2,
@@ -164,6 +177,21 @@ TEST_F(Setup, RefusesInOneSentence) {
   }
 }
 
+TEST_F(Setup, TakesCustomSizesWithTheirMeasuresOnly) {
+  spooler_.addQueue("labels", "korvel-k220-203", 1);
+  for (const std::string size : {"Custom", "custom", "Custom.axb", "Custom.50x"}) {
+    const CommandResult result = setup({"-p", "labels", "-o", "PageSize=" + size});
+    EXPECT_EQ(result.status, 1) << size;
+    EXPECT_TRUE(
+        result.output.starts_with("korvel-setup: The description korvel-k220-203 has no "
+                                  "PageSize=" +
+                                  size + "; it has Custom.WIDTHxHEIGHT, 4x6, "))
+        << result.output;
+  }
+  EXPECT_EQ(setup({"-p", "labels", "-o", "PageSize=Custom.50x80mm"}).status, 0);
+  EXPECT_TRUE(hasDefault(spooler_.queueDescription("labels"), "PageSize: Custom.50x80mm"));
+}
+
 // The program's terminal shows questions and answers; the answers are typed ahead.
 TEST_F(Setup, AsksInATerminalForWhatIsNotTold) {
   const struct {
@@ -180,6 +208,12 @@ TEST_F(Setup, AsksInATerminalForWhatIsNotTold) {
        "9\\nx\\n2\\ntags\\nn\\n", "tags", "Korvel R57 300 dpi one-way, 1.0"},
       {"a name that is taken by another device gets a number", "-v usb://Korvel/R57?serial=2",
        "1\\n\\nn\\n", "r57-2", "Korvel R57 203 dpi, 1.0"},
+      {"an unknown printer is one that answers", "-v socket://127.0.0.1:1", "\\n\\nn\\n", "k220",
+       "Korvel K220 203 dpi, 1.0"},
+      {"but not where nothing comes back", "-v lpd://127.0.0.1/x", "\\n\\nn\\n", "k220-2",
+       "Korvel K220 203 dpi one-way, 1.0"},
+      {"no printer of ours: its address is asked for", "",
+       "\\nsocket://127.0.0.1:2\\n\\nfar\\nn\\n", "far", "Korvel K220 203 dpi, 1.0"},
   };
   for (const auto& c : kCases) {
     const std::string line = std::string("printf '") + c.typed + "' | script -qec '" +

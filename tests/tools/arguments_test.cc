@@ -13,8 +13,8 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// A tool with a flag -q or --quiet, a text -o or --out, a number --port from 0 to 99, and operands.
-// Returns what it understood.
+// A tool with a flag -q or --quiet, values -o or --out, a text -p, a number --port from 0 to 99,
+// and operands. Returns what it understood.
 std::string understood(Words line) {
   line.insert(line.begin(), "/usr/bin/tool");
   std::vector<char*> pointers;
@@ -27,6 +27,8 @@ std::string understood(Words line) {
       text += "quiet;";
     } else if (words.is("-o", "--out")) {
       text += "out=" + words.value() + ";";
+    } else if (words.is("-p")) {
+      text += "p=" + words.text() + ";";
     } else if (words.is("--port")) {
       text += "port=" + std::to_string(words.number(0, 99)) + ";";
     } else if (words.isOption()) {
@@ -49,6 +51,7 @@ TEST(Arguments, AreUnderstoodInEverySpelling) {
       {"a value in the next word", {"--out", "a", "-o", "b"}, "out=a;out=b;"},
       {"a value in the same word", {"--out=a=b", "-oc=d"}, "out=a=b;out=c=d;"},
       {"an empty value", {"--out=", "-o", ""}, "out=;out=;"},
+      {"a text, once more", {"-p", "a", "-pb"}, "p=a;p=b;"},
       {"a value that looks like an option", {"-o", "--quiet"}, "out=--quiet;"},
       {"a lone dash is an operand", {"-"}, "operand -;"},
       {"operands between options", {"a", "-q", "b"}, "operand a;quiet;operand b;"},
@@ -68,6 +71,8 @@ TEST(Arguments, WrongOnesEndWithStatusTwoAndOneSentence) {
       {{"-qq"}, "tool: -q takes no value; see tool --help\n"},
       {{"--quiet=1"}, "tool: --quiet takes no value; see tool --help\n"},
       {{"-o"}, "tool: -o wants a value; see tool --help\n"},
+      {{"-p"}, "tool: -p wants a value; see tool --help\n"},
+      {{"-p", ""}, "tool: -p wants a value; see tool --help\n"},
       {{"--port", "100"},
        "tool: --port wants a number from 0 to 99, have '100'; see tool --help\n"},
       {{"--port=-1"}, "tool: --port wants a number from 0 to 99, have '-1'; see tool --help\n"},

@@ -40,8 +40,8 @@ TEST_P(EveryCommand, RefusesWhatItDoesNotKnow) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, EveryCommand,
-                         testing::Values("korvel-decode", "korvel-printer", "korvel-setup",
-                                         "korvel-spool"));
+                         testing::Values("korvel-decode", "korvel-preview", "korvel-printer",
+                                         "korvel-setup", "korvel-spool"));
 
 TEST(SpoolCommand, EndsWithOneForEveryFailureOfTheFilter) {
   const struct {
