@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/setup_dialogue.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
@@ -184,9 +186,15 @@ std::string SetupDialogue::chooseName(const PrintSystem& system, QueuePlan* plan
   return "";
 }
 
+bool agrees(const std::string& answer, const std::string& yes) {
+  const std::string letter = firstLetter(answer);
+  return strcasecmp(letter.c_str(), firstLetter(yes).c_str()) == 0 ||
+         strcasecmp(letter.c_str(), "y") == 0;
+}
+
 bool SetupDialogue::wantsTestPage() const {
   const std::string yes = translated("yes");
-  return firstLetter(ask(translated("Print a test page?"), yes)) == firstLetter(yes);
+  return agrees(ask(translated("Print a test page?"), yes), yes);
 }
 
 }  // namespace korvel

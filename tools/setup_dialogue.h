@@ -14,6 +14,10 @@ void showDevices(const std::vector<Device>& devices, const std::vector<Descripti
 void showDescriptions(const std::vector<Description>& all);
 void showOptions(const std::string& description);
 
+// Whether an answer, which is not empty, says yes, whose word in the user's language is `yes`: by
+// the first letter, in either case where it has two; an English y does on every keyboard.
+bool agrees(const std::string& answer, const std::string& yes);
+
 class SetupDialogue {
  public:
   // One that does not talk takes what is certain and asks nothing.
