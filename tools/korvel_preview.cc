@@ -327,7 +327,8 @@ class Preview {
         std::filesystem::path(arguments_.file).filename().string() + ", " + description_.name();
     if (!options_.empty()) title += ", " + options_;
     const std::string path = out("halftones.png");
-    must(korvel::ContactSheet(title, std::move(cells)).writePng(path, dpi_));
+    const korvel::ContactSheet sheet(title, std::move(cells));
+    must(sheet.writePng(path, dpi_));
     std::puts(path.c_str());
   }
 
