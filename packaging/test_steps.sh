@@ -134,7 +134,7 @@ for command in korvel-decode korvel-preview korvel-printer korvel-setup korvel-s
   expect "$command runs for everybody" as_anybody "$command" --version
   expect "$command speaks German" sh -c "LANGUAGE=de $command --help | grep '^Aufruf: $command'"
   expect "$command has a manual page" ls /usr/share/man/man?/"$command".?.gz
-  expect "$command completes" bash -n "/usr/share/bash-completion/completions/$command"
+  expect "$command has a completion that bash understands" bash -n "/usr/share/bash-completion/completions/$command"
 done
 expect "the filter has a manual page too" ls /usr/share/man/man8/rastertokorvel.8.gz
 expect "texts are there in nine languages beside English" \
