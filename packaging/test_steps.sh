@@ -7,6 +7,8 @@ export DEBIAN_FRONTEND=noninteractive
 
 description=/etc/cups/ppd/labels.ppd
 dumps=/var/spool/cups/tmp
+label=/usr/share/korvel/examples/label.pdf
+sheet=/usr/share/korvel/sheets/calibration-4x4-203dpi.ras.gz
 
 step() { echo "== $*"; }
 fail() {
@@ -41,11 +43,31 @@ start_spooler() {
   cupsd
   within_time lpstat -r || fail "the spooler starts"
 }
-print_a_label() {
+# print_it FILE [OPTION]...: through the spooler to an emulated printer, /tmp/sheets/sheet-1.png.
+print_it() {
   rm -rf /tmp/sheets
   korvel-printer --out /tmp/sheets --once --speed 1000 > /tmp/events &
-  lp -d labels /usr/share/korvel/examples/label.pdf
+  lp -d labels "${@:2}" "$1"
   within_time test -f /tmp/sheets/sheet-1.png && wait
+}
+as_anybody() { setpriv --reuid=nobody --clear-groups "$@"; }
+# preview_it ARGUMENT...: as a user without rights, /tmp/shown/sheet-1.png.
+preview_it() {
+  rm -rf /tmp/shown
+  mkdir -m 777 /tmp/shown
+  as_anybody korvel-preview --out /tmp/shown "$@"
+}
+same_dots() { cmp /tmp/sheets/sheet-1.png /tmp/shown/sheet-1.png; }
+# Files that the guide's pages lead to; fails on one that is not there.
+follow_guide() {
+  local target
+  cd /usr/share/doc/printer-driver-korvel/guide
+  for target in $(sed -n 's/.*\(href\|src\)="\([^"]*\)".*/\2/p' ./*.html | sort -u); do
+    ls "$target" || return 1
+  done
+  for target in $(grep -ho '/usr/share/korvel/[A-Za-z0-9._/-]*' ./*.html | sort -u); do
+    ls -d "$target" || return 1
+  done
 }
 # Files that bear our name, without the spooler's notes and logs.
 anything_left() {
@@ -76,7 +98,13 @@ expect "the queue's defaults are kept" grep -q '^\*DefaultPageSize: 4x4' "$descr
 expect "all of them" grep -q '^\*DefaultDarkness: Dark' "$description"
 
 step "print"
-expect "a label comes out of the emulated printer" print_a_label
+expect "a label comes out of the emulated printer" print_it "$label"
+expect "the preview of the queue runs for everybody" preview_it -P labels "$label"
+expect "and shows the same dots" same_dots
+expect "a sheet that helps comes out" print_it "$sheet" -o HalftoneType=None
+expect "the preview shows it" preview_it -P labels -o HalftoneType=None "$sheet"
+expect "with the same dots" same_dots
+expect "a description will do, named as it is called" preview_it -p korvel-z4 "$label"
 expect "the filter's pictures are there" ls "$dumps"/origin_* "$dumps"/dithered_*
 korvel-printer > /tmp/events &
 printer=$!
@@ -101,12 +129,21 @@ expect "fresh ones stay" ls "$dumps/origin_fresh.bmp" "$dumps/dithered_fresh.bmp
 expect "files of other names stay, however old" ls "${others[@]}" "$dumps/folder/origin_1.bmp"
 rm -rf "$dumps/folder" "${others[@]}" "$dumps"/*_fresh.bmp
 
-step "every command and manual page"
-for command in korvel-decode korvel-printer korvel-setup korvel-spool; do
-  expect "$command runs for everybody" setpriv --reuid=nobody --clear-groups "$command" --version
+step "what else is in it"
+for command in korvel-decode korvel-preview korvel-printer korvel-setup korvel-spool; do
+  expect "$command runs for everybody" as_anybody "$command" --version
+  expect "$command speaks German" sh -c "LANGUAGE=de $command --help | grep '^Aufruf: $command'"
   expect "$command has a manual page" ls /usr/share/man/man?/"$command".?.gz
+  expect "$command has a completion that bash understands" bash -n "/usr/share/bash-completion/completions/$command"
 done
-expect "the filter has one too" ls /usr/share/man/man8/rastertokorvel.8.gz
+expect "the filter has a manual page too" ls /usr/share/man/man8/rastertokorvel.8.gz
+expect "texts are there in nine languages beside English" \
+  test "$(ls /usr/share/locale/*/LC_MESSAGES/korvel.mo | wc -l)" = 9
+expect "the guide leads nowhere that is not there" follow_guide
+expect "a printer made of software prints the test page" \
+  korvel-setup --emulated --port 9200 --out /tmp/emulated --test-page
+expect "as a picture" ls /tmp/emulated/sheet-1.png
+lpadmin -x emulated
 
 step "remove, purge, install again"
 expect "there is something to be removed" anything_left
@@ -116,5 +153,5 @@ expect "the queue is still there" lpstat -v labels
 expect "it can be purged" dpkg --purge printer-driver-korvel
 expect_not "nothing is left" anything_left
 expect "it installs again" dpkg -i /tmp/new.deb
-expect "and prints on the old queue" print_a_label
+expect "and prints on the old queue" print_it "$label"
 echo "All steps hold."

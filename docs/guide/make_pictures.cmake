@@ -1,8 +1,17 @@
 # Makes the guide's pictures with the preview of this build: called with PREVIEW, FILTER, PPDS,
-# SHEETS, TARGET and, for a build for another machine, EMULATOR.
+# SHEETS, TARGET and, for a build for another processor, EMULATOR.
 # SPDX-License-Identifier: Apache-2.0
 file(REMOVE_RECURSE ${TARGET})
 file(MAKE_DIRECTORY ${TARGET})
+
+# The preview starts the filter by itself, so what it starts has to bring the emulator along.
+if(EMULATOR)
+  set(script ${TARGET}/../../emulated-filter)
+  list(JOIN EMULATOR " " words)
+  file(WRITE ${script} "#!/bin/sh\nexec ${words} '${FILTER}' \"$@\"\n")
+  file(CHMOD ${script} PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+  set(FILTER ${script})
+endif()
 
 # picture(NAME DESCRIPTION SHEET RESULT [ARGUMENT]...): RESULT is the preview's file that is kept.
 function(picture name description sheet result)
