@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "tests/driver/written_ppd.h"
 #include "tests/support/temporary_folder.h"
@@ -104,6 +105,16 @@ TEST(PpdAttribute, IsItsValueElseTheDefault) {
   }
   EXPECT_STREQ(pellamPpdGetAttrAsStrDefault(nullptr, "TestText", "", "fallback"), "fallback");
   EXPECT_EQ(pellamPpdGetAttrAsFloatDefault(nullptr, "TestLength", "", 0x1.8p-3), 0x1.8p-3);
+}
+
+TEST(PpdAttribute, WithoutAValueIsTheDefault) {
+  const Ppd ppd = opened("*TestText: \"words\"\n");
+  ppd_attr_t* attribute = ppdFindAttr(ppd.get(), "TestText", "");
+  ASSERT_NE(attribute, nullptr);
+  char* const value = std::exchange(attribute->value, nullptr);
+  EXPECT_STREQ(pellamPpdGetAttrAsStrDefault(ppd.get(), "TestText", "", "fallback"), "fallback");
+  EXPECT_EQ(pellamPpdGetAttrAsFloatDefault(ppd.get(), "TestText", "", 3.5), 3.5);
+  attribute->value = value;  // freed with the description
 }
 
 }  // namespace

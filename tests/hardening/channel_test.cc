@@ -3,6 +3,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cups/cups.h>
 #include <cups/sidechannel.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
@@ -193,28 +194,43 @@ TEST(SideChannel, WrongAnswersOnlyCostTheAttempt) {
   }
 }
 
-TEST(StatusWait, DoesNotSleepWhenThePrintersConnectionIsGone) {
-  signal(SIGPIPE, SIG_IGN);  // or the first request would end this test
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  FILE* stream = fdopen(ends[1], "w");
+// Seconds slept in a wait in which the printer never answers.
+int sleepsWith(FILE* stream) {
   Settings settings{};
   pellamStrCpy(settings.ModelName, "Z4", sizeof settings.ModelName);
   KorvelPrinter printer;
   printer.getOutputStreams() = {stream};
   printer.settings_ = &settings;
-  for (const bool gone : {false, true}) {
-    if (gone) close(ends[0]);
-    sleeps = 0;
-    bytesOfRead = [](size_t) { return size_t{0}; };
-    CapturedStderr quiet;
-    EXPECT_FALSE(printer.WaitForPrinterStatus(kStatusReady));
-    quiet.text();
-    bytesOfRead = nullptr;
-    EXPECT_EQ(sleeps, gone ? 0 : 300);
-  }
+  sleeps = 0;
+  bytesOfRead = [](size_t) { return size_t{0}; };
+  CapturedStderr quiet;
+  EXPECT_FALSE(printer.WaitForPrinterStatus(kStatusReady));
+  quiet.text();
+  bytesOfRead = nullptr;
+  return sleeps;
+}
+
+TEST(StatusWait, DoesNotSleepWhenThePrintersConnectionIsGone) {
+  signal(SIGPIPE, SIG_IGN);  // or the first request would end this test
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  FILE* stream = fdopen(ends[1], "w");
+  EXPECT_EQ(sleepsWith(stream), 300);
+  close(ends[0]);
+  EXPECT_EQ(sleepsWith(stream), 0);
   std::fclose(stream);
   signal(SIGPIPE, SIG_DFL);
+}
+
+TEST(StatusWait, SleepsWhereAStreamCannotTellOfItsReader) {
+  EXPECT_EQ(sleepsWith(nullptr), 300) << "a copy that could not be opened";
+  constexpr int kUnusedByOthers = 300;
+  const int descriptor = fcntl(STDERR_FILENO, F_DUPFD, kUnusedByOthers);
+  FILE* closed = fdopen(descriptor, "w");
+  ASSERT_NE(closed, nullptr);
+  close(descriptor);
+  EXPECT_EQ(sleepsWith(closed), 300) << "its descriptor is closed";
+  std::fclose(closed);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include "image/diffusion_rows.h"
 #include "tests/image/owned_image.h"
 #include "tests/support/scarce_memory.h"
 
@@ -70,6 +71,38 @@ TEST(ImageMemory, KeepsThePictureAndTellsWhy) {
     EXPECT_EQ(image.GetBits(0), rows);
     EXPECT_EQ(indices(image), hexLine("10 20 90  A0 B0 C0"));
     EXPECT_EQ(image.GetNumColors(), 256u);
+  }
+}
+
+// The halftone's own image is there, the room for the errors on their way is not.
+TEST(ImageMemory, KeepsThePictureWhoseErrorsHaveNoRoom) {
+  struct Case {
+    const char* sentence;
+    DitherMethod method;
+    const DiffusionMethod& rows;
+  };
+  const DiffusionRows& rows = diffusionRows();
+  const Case cases[] = {
+      {"Burkes", 2, rows.burkes},
+      {"Stucki", 3, rows.stucki},
+      {"Jarvis-Judice-Ninke", 4, rows.jarvisJudiceNinke},
+      {"Sierra", 5, rows.sierra},
+      {"Stevenson-Arce", 6, rows.stevensonArce},
+      {"Floyd-Steinberg", 8, rows.floydSteinberg},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.sentence);
+    OwnedImage image;
+    createGrey(image, 3, 2, "10 20 90  A0 B0 C0");
+    {
+      const ScarceMemory scarce(c.rows.scratchBytes(3));
+      EXPECT_FALSE(image.Dither(c.method));
+      EXPECT_EQ(scarce.refusals(), 1);
+    }
+    EXPECT_STREQ(image.GetLastError(), kNoMemory);
+    EXPECT_EQ(indices(image), hexLine("10 20 90  A0 B0 C0"));
+    EXPECT_TRUE(image.Dither(c.method)) << "once there is memory";
+    EXPECT_EQ(storedDepth(image), 1);
   }
 }
 

@@ -125,6 +125,36 @@ TEST(ImagePixels, AreZeroAndUnwritableWithoutABlock) {
   EXPECT_FALSE(gone.IsValid());
 }
 
+TEST(ImagePixels, AreCopiedInRuns) {
+  struct Case {
+    const char* sentence;
+    uint32_t width, height, bpp;
+    const char* rows;
+    int64_t x, y;
+    const char* want;
+  };
+  constexpr Case kCases[] = {
+      {"bits from a byte's first", 10, 1, 1, "A5 C0 00 00", 0, 0, "01 00 01 00 00 01 00 01 01 01"},
+      {"bits from the next byte", 10, 1, 1, "A5 C0 00 00", 8, 0, "01 01"},
+      {"bits from the middle of a byte", 10, 1, 1, "A5 C0 00 00", 3, 0, "00 00 01 00 01 01"},
+      {"nibbles", 5, 1, 4, "12 34 50 00", 1, 0, "02 03 04"},
+      {"bytes of the second row", 3, 2, 8, "01 02 03 04  05 06 07 08", 1, 1, "06 07"},
+      {"true colour has no indices", 1, 1, 24, "01 02 03 04", 0, 0, "00"},
+      {"none at all", 3, 1, 8, "01 02 03 04", 1, 0, ""},
+  };
+  for (const Case& c : kCases) {
+    OwnedImage image;
+    createStored(image, c.width, c.height, c.bpp, c.rows);
+    std::vector<uint8_t> have(hexBytes(c.want).size(), 0xEE);
+    image.GetPixelIndices(c.x, c.y, have.size(), have.data());
+    EXPECT_EQ(hexText(have), c.want) << c.sentence;
+  }
+  const OwnedImage none;
+  uint8_t index = 0xEE;
+  none.GetPixelIndices(0, 0, 1, &index);
+  EXPECT_EQ(index, 0) << "without a block";
+}
+
 TEST(ImagePixels, HaveThePalettesColour) {
   OwnedImage image;
   createStored(image, 3, 1, 4, "01 20 00 00");

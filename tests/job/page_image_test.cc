@@ -52,6 +52,16 @@ TEST(PageImage, BlankPagesStayBlankAndFullOnesFull) {
   }
 }
 
+TEST(PageImage, ATargetThatNobodyHasIsForgotten) {
+  for (const char* target : {"", "portable", "avx2 ", "avx1024", "%n%s"}) {
+    JobPlan plan = labelJob({"16x8 203dpi picture=ramp"}, "HalftoneType=Burkes");
+    plan.environment = {{"KORVEL_TARGET", target}};
+    const JobResult job = runJob(plan);
+    EXPECT_EQ(job.exitStatus, 0) << target;
+    EXPECT_EQ(imageHex(job.output), "02 FF 04 AF 09 5F 05 BF 02 DF 12 6F 09 BF 05 5B") << target;
+  }
+}
+
 TEST(PageImage, ToneComesBeforeTheHalftone) {
   struct Case {
     const char* options;

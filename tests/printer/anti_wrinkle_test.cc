@@ -224,6 +224,22 @@ TEST(AntiWrinkleFrame, DrawsAndTellsTheTable) {
   }
 }
 
+// A halftone stays at one bit when there is no memory to raise it, and 255 is a 1 there.
+TEST(AntiWrinkleFrame, IsDrawnAtOneBitToo) {
+  FramingPrinter printer(3, 5, "Tattoo_A6");
+  CxImage image;
+  ASSERT_NE(image.Create(14, 14, 1, 0), nullptr);
+  CapturedStderr quiet;
+  printer.EnableAntiWrink(image);
+  quiet.text();
+  const std::string picture = drawPicture(14, 14, [&image](size_t x, size_t y) {
+    const uint8_t index = image.GetPixelIndex(static_cast<int64_t>(x), static_cast<int64_t>(y));
+    return index == 1 ? '#' : '.';
+  });
+  EXPECT_EQ(picture, pictureText(repeated(14, "#............#")));
+  image.Destroy();
+}
+
 struct Sheet {
   const char* sentence;
   int level;

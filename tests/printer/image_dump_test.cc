@@ -128,6 +128,11 @@ TEST(ImageDump, PacksRowsFromTheLastOneUp) {
        33,
        1,
        "00 00 00 00 FF FF FF 00  7F FF FF FF FF 00 00 00"},
+      {"rows that are longer in memory are cut",
+       {"#......................................#"},
+       8,
+       1,
+       "00 00 00 00 FF FF FF 00  7F FF FF FF"},
       {"another depth has no palette", {"#......."}, 8, 4, "7F 00 00 00"},
   };
   for (const Case& c : cases) {

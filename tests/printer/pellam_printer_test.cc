@@ -175,6 +175,19 @@ TEST(OutputStreams, GoOnAfterOneThatFails) {
   std::fclose(unwritable);
 }
 
+// A copy that could not be opened stands in the list as it is.
+TEST(OutputStreams, LeaveOutOneThatIsNull) {
+  const MemoryStream good;
+  SettingsPrinter printer;
+  printer.getOutputStreams() = {nullptr, good.get(), nullptr};
+  const unsigned char bytes[] = {1, 2};
+  printer.printBytes(bytes, 2);
+  printer.printByte(3);
+  printer.printStr("4");
+  EXPECT_EQ(printer.printFormat("%d", 56), 2) << "the last stream's count";
+  EXPECT_EQ(hexText(good.text()), "01 02 03 34 35 36");
+}
+
 TEST(OutputStreams, StayOpenWhenThePrinterGoes) {
   const MemoryStream stream;
   {

@@ -31,6 +31,9 @@ TEST(WeightedSum, RoundsThenClamps) {
       {"-0.5 is rounded down, then clamped",   1,   4, 0.5f,   0},
       {"a negative amount blurs",            200, 100, -0.5f, 150},
       {"an amount of -1 is the blur",        200, 100, -1.0f, 100},
+      {"seventy times the detail",           100,  99, 70.0f, 170},
+      {"and taken away as often",             99, 100, -70.0f, 169},
+      {"one factor beyond 64, one not",       99, 100, -65.0f, 164},
       {"12 and a half, which single precision leaves below it", 19, 84, 0.1f, 12},
       {"19 and a half, which single precision leaves below it", 33, 168, 0.1f, 19},
   };
