@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The package in a clean bookworm: install, upgrade over a queue, print, remove, purge, reinstall.
-# Usage, as root: test_in_chroot.sh PACKAGE.deb BASE.tar, where BASE.tar is made when it is missing.
+# Usage, as root: test_in_chroot.sh PACKAGE.deb BASE.tar, where BASE.tar is made when it is missing
+# or was made for a package with other needs.
 # Own namespaces hold mounts, processes and network, so that nothing is left behind.
 # SPDX-License-Identifier: Apache-2.0
 set -euo pipefail
@@ -12,9 +13,10 @@ root=$(mktemp -d "${TMPDIR:-/var/tmp}/korvel-chroot-XXXXXX")
 trap 'rm -rf --one-file-system "$root"' EXIT
 
 # What the package needs from Debian, and systemd for its clean-up of old files.
-needed=cups,cups-client,cups-filters,ghostscript,fonts-dejavu-core,libpng16-16,libstdc++6,systemd
+needed=$(dpkg-deb -f "$package" Depends | sed 's/([^)]*)//g; s/ //g')
+needed+=,ghostscript,fonts-dejavu-core,systemd
 
-if [[ ! -f $base ]]; then
+if [[ ! -f $base || $(cat "$base.needed" 2> /dev/null) != "$needed" ]]; then
   echo "Making a bookworm with what the package needs"
   # A file that forbids to start services has to be there before the first of them is installed.
   debootstrap --variant=minbase --foreign --include="$needed" bookworm "$root" "$mirror" \
@@ -26,6 +28,7 @@ if [[ ! -f $base ]]; then
     >> "$base.log" 2>&1 || { tail -n 5 "$base.log" >&2; exit 1; }
   rm -rf "$root"/var/cache/apt/archives/*.deb
   tar -C "$root" -cf "$base.part" . && mv "$base.part" "$base"
+  echo "$needed" > "$base.needed"
 else
   tar -C "$root" -xf "$base"
 fi
