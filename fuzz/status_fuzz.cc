@@ -184,7 +184,7 @@ extern "C" ssize_t cupsBackChannelRead(char* buffer, size_t bytes, double timeou
   }
   const std::string& read = now->reads[channels->nextRead++];
   const size_t count = std::min(bytes, read.size());
-  std::memcpy(buffer, read.data(), count);
+  std::copy_n(read.data(), count, buffer);
   delivered.push_back(read.substr(0, count));
   return static_cast<ssize_t>(count);
 }

@@ -146,7 +146,7 @@ void drawSquare(SheetPage* page, const Box& room) {
   page->line({square.right(), square.top}, {square.left, square.bottom()}, 0.13);
   page->line({middle.x, square.top}, {middle.x, square.bottom()}, 0.13);
   page->line({square.left, middle.y}, {square.right(), middle.y}, 0.13);
-  for (double radius = 5; radius <= side / 2; radius += 5) {
+  for (int radius = 5; radius <= side / 2; radius += 5) {
     page->canvas()->ring({page->exactDots(middle.x), page->exactDots(middle.y)},
                          page->exactDots(radius), page->exactDots(kThin));
   }

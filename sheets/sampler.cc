@@ -48,10 +48,10 @@ Grid gridOf(const SheetPage& page) {
 }
 
 Point cellOf(const Grid& grid, size_t index) {
-  const auto columns = static_cast<size_t>(grid.columns);
-  return {kMargin + static_cast<double>(index % columns) * (grid.pictureWidth + kGap),
-          kMargin + kHead +
-              static_cast<double>(index / columns) * (grid.pictureHeight + kNames + kGap)};
+  const size_t column = index % static_cast<size_t>(grid.columns);
+  const size_t row = index / static_cast<size_t>(grid.columns);
+  return {kMargin + static_cast<double>(column) * (grid.pictureWidth + kGap),
+          kMargin + kHead + static_cast<double>(row) * (grid.pictureHeight + kNames + kGap)};
 }
 
 // As large as the longest text allows, the same for all.

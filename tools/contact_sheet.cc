@@ -54,7 +54,8 @@ ContactLayout layoutOf(const std::vector<ContactCell>& cells) {
 class ContactSheet::Rows {
  public:
   Rows(size_t width, size_t height)
-      : stride_((width + kDotsPerByte - 1) / kDotsPerByte), bytes_(stride_ * height, 0xAA) {}
+      : stride_((width + kDotsPerByte - 1) / kDotsPerByte),
+        bytes_(stride_ * height, kGround * 0x55) {}  // in all four dots
 
   void set(size_t x, size_t y, unsigned colour) {
     uint8_t& byte = bytes_[y * stride_ + x / kDotsPerByte];

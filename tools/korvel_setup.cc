@@ -21,7 +21,6 @@
 namespace {
 
 using korvel::Description;
-using korvel::Device;
 using korvel::filled;
 using korvel::PrintSystem;
 using korvel::QueuePlan;

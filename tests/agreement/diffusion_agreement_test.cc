@@ -205,8 +205,8 @@ TEST(DiffusionAgreement, HoldsForEveryShareOfEveryError) {
           const size_t x = static_cast<size_t>(level) * kTileWidth + 5;
           const size_t y = static_cast<size_t>(i) * kTileHeight;
           page.at(x, y) = static_cast<uint8_t>(level);
-          page.at(static_cast<size_t>(static_cast<int>(x) + tap.dx),
-                  y + static_cast<size_t>(tap.dy)) = static_cast<uint8_t>(turns - kAround + i);
+          page.at(x + static_cast<size_t>(tap.dx), y + static_cast<size_t>(tap.dy)) =
+              static_cast<uint8_t>(turns - kAround + i);
         }
       }
       expectAgreement(page, kernel, "the share " + std::to_string(tap.weight));

@@ -1,7 +1,7 @@
 // The page pipeline alone under clang's memory sanitizer, which ends the program at the first
 // branch on, or the first look at, a byte that nobody wrote. No test framework: it would have to be
-// instrumented as well, and so would the spooler's library, which this program therefore never
-// calls. SPDX-License-Identifier: Apache-2.0
+// instrumented as well, and so would the spooler's library, which this program never calls.
+// SPDX-License-Identifier: Apache-2.0
 #include <sanitizer/msan_interface.h>
 
 #include <cstdio>
