@@ -31,8 +31,8 @@ int freePort() {
   socklen_t size = sizeof address;
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  bind(fd, reinterpret_cast<sockaddr*>(&address), size);
-  getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
+  EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&address), size), 0);
+  EXPECT_EQ(getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size), 0);
   close(fd);
   return ntohs(address.sin_port);
 }
@@ -307,7 +307,7 @@ TEST_F(Doctor, LooksAtDescriptionFilterAndPictures) {
   for (const char* name : {"origin_1.bmp", "dithered_1.bmp", "other.bmp"}) {
     fs::resize_file(dumps.write(name, ""), 600'000'000);  // holes, no blocks
   }
-  const std::string folder = dumps.path();
+  const std::string& folder = dumps.path();
   EXPECT_EQ(findings({"--dump-folder", folder}),
             "m6: The pictures that the filter leaves in " + folder +
                 " take 1200 MB; as root: find " + folder +
