@@ -8,7 +8,7 @@
 #include "image/rows.h"
 
 void CxImage::GetPixelIndices(int64_t x, int64_t y, size_t count, uint8_t* to) const {
-  if (dib != nullptr && IsInside(x, y)) {
+  if (count != 0 && dib != nullptr && IsInside(x, y)) {
     const size_t inside = std::min(count, static_cast<size_t>(Width() - x));
     size_t copied = 0;
     if (header.biBitCount == 8) {

@@ -211,8 +211,7 @@ KORVEL_INLINE SignedBytes negatedWhere(Bytes mask, SignedBytes numbers) {
 #if defined(__AVX2__) && KORVEL_LANES == 32
   return as<SignedBytes>(_mm256_sign_epi8(as<__m256i>(numbers), as<__m256i>(mask | 1)));
 #else
-  const auto minus = as<SignedBytes>(mask);
-  return (numbers ^ minus) - minus;
+  return as<SignedBytes>((as<Bytes>(numbers) ^ mask) - mask);  // 0x80 stays itself
 #endif
 }
 
