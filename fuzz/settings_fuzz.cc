@@ -66,10 +66,6 @@ void demandRules(const Settings& settings) {
 
 }  // namespace
 
-// The library forgets texts of a description that it refuses; the filter reads one a process.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer's name for it
-extern "C" const char* __lsan_default_suppressions() { return "leak:libcups"; }
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
   static const Description description;
   const HeaderLine line(bytes, count);
