@@ -13,21 +13,38 @@ void PlainPrinter::printPlainly(const unsigned char* data, size_t bytesPerLine, 
   saveImage(data, bytesPerLine, height, width, 8);
   const size_t size = bytesPerLine * height;
   auto* copy = static_cast<unsigned char*>(std::calloc(2 * size, 1));
-  cximage_.CreateFromArray(data, static_cast<uint32_t>(width), static_cast<uint32_t>(height), 8,
-                           static_cast<uint32_t>(bytesPerLine), false);
-  halftonePlainly(copy, static_cast<int>(width), static_cast<int>(height),
-                  static_cast<int>(bytesPerLine));
-  if (isNegativePrint()) CxImageLiteral::Negative(*pimage);
-  if (getAntiWrinkle() != 0) EnableAntiWrink(*pimage);
+  processPlainly(data, static_cast<int>(bytesPerLine), static_cast<int>(width),
+                 static_cast<int>(height), copy);
   PageLiteral::copyProcessedPixels(
       pimage, copy, static_cast<int>(pimage->GetWidth()), static_cast<int>(pimage->GetHeight()),
       static_cast<int>(pimage->GetEffWidth()), isNegativePrint(), 2 * size);
   saveImage(pimage->GetBits(), pimage->GetEffWidth(), pimage->GetHeight(), pimage->GetWidth(), 8);
+  sendPlainly();
+  std::free(copy);
+}
+
+void PlainPrinter::processPlainly(const unsigned char* data, int bytesPerLine, int width,
+                                  int height, unsigned char* copy) {
+  cximage_.CreateFromArray(data, static_cast<uint32_t>(width), static_cast<uint32_t>(height), 8,
+                           static_cast<uint32_t>(bytesPerLine), false);
+  if (getBrightness() != 0 || getContrast() != 0) {
+    cximage_.Light(getBrightness() * 5, getContrast() * 2);
+  }
+  if (isRotate180Print()) CxImageLiteral::Rotate180(cximage_);
+  if (isMirrorPrint()) CxImageLiteral::Mirror(cximage_);
+  halftonePlainly(copy, width, height, bytesPerLine);
+  if (isNegativePrint()) CxImageLiteral::Negative(*pimage);
+  if (getAntiWrinkle() != 0) EnableAntiWrink(*pimage);
+}
+
+void PlainPrinter::sendPlainly() {
   const auto rows = static_cast<int>(pimage->GetHeight());
   const int packed =
       PageLiteral::GrayToMono(static_cast<int>(pimage->GetEffWidth()), rows, 0, pimage->GetBits());
+  if (tattooPrinter_ != 0) {
+    FeedPaper(0, static_cast<int>(static_cast<uint32_t>(resolution_) * 120 / 254));
+  }
   SendImage(packed, {static_cast<int64_t>(pimage->GetWidth()), rows}, pimage->GetBits());
-  std::free(copy);
 }
 
 void PlainPrinter::halftonePlainly(unsigned char* copy, int width, int height, int stride) {

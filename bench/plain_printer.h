@@ -10,6 +10,12 @@ class PlainPrinter : public KorvelPrinter {
   // Does what printImage does, dumps, packets and all, one pixel at a time and without its log.
   void printPlainly(const unsigned char* data, size_t bytesPerLine, size_t height, size_t width);
 
+  // The two halves of it that make dots and packets. `copy` is zeroed and has room for the rows
+  // twice; pimage is the result.
+  void processPlainly(const unsigned char* data, int bytesPerLine, int width, int height,
+                      unsigned char* copy);
+  void sendPlainly();
+
  private:
   void halftonePlainly(unsigned char* copy, int width, int height, int stride);
 };

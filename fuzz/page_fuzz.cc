@@ -9,14 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "bench/plain_printer.h"
 #include "fuzz/caught_streams.h"
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
-#include "image/cximage_literal.h"
 #include "lanes/target.h"
-#include "printer/page_literal.h"
-#include "protocol/korvel_printer.h"
-#include "tattoo/literal.h"
 #include "tools/stream_decoder.h"
 
 namespace {
@@ -35,7 +32,7 @@ struct Page {
   int height;
 };
 
-class FastPrinter : public KorvelPrinter {
+class FastRoad : public KorvelPrinter {
  public:
   void print(const Page& page) {
     std::vector<uint8_t> copy(2 * static_cast<size_t>(page.stride * page.height));
@@ -46,51 +43,12 @@ class FastPrinter : public KorvelPrinter {
 };
 
 // The same road in plain forms; it says nothing.
-class PlainPrinter : public KorvelPrinter {
+class PlainRoad : public PlainPrinter {
  public:
   void print(const Page& page) {
-    cximage_.CreateFromArray(page.pixels, static_cast<uint32_t>(page.width),
-                             static_cast<uint32_t>(page.height), 8,
-                             static_cast<uint32_t>(page.stride), false);
-    if (getBrightness() != 0 || getContrast() != 0) {
-      cximage_.Light(getBrightness() * 5, getContrast() * 2);
-    }
-    if (isRotate180Print()) CxImageLiteral::Rotate180(cximage_);
-    if (isMirrorPrint()) CxImageLiteral::Mirror(cximage_);
-    halftone(page);
-    if (isNegativePrint()) CxImageLiteral::Negative(*pimage);
-    if (getAntiWrinkle() != 0) EnableAntiWrink(*pimage);
-    send();
-  }
-
- private:
-  void halftone(const Page& page) {
-    const DitherType type = getHalftoneType();
-    if (type != kHalftoneTattoo && type != kHalftoneTattooZ4) {
-      CxImageLiteral::Dither(cximage_, type);
-      CxImageLiteral::IncreaseBpp(cximage_, 8);
-      pimage = &cximage_;
-      return;
-    }
     std::vector<uint8_t> copy(2 * static_cast<size_t>(page.stride * page.height));
-    PageLiteral::copyPixels(cximage_, copy.data(), page.width, page.height, page.stride);
-    const QMImage input(page.width, page.height, QM_IMG_GRAY, copy.data());
-    const QMImage output = type == kHalftoneTattooZ4 ? literal::qmTattooDitheringZ4(input)
-                                                     : literal::qmTattooDithering(input);
-    const auto columns = static_cast<uint32_t>(page.width);
-    ditheredImage_.CreateFromArray(output.data, columns, static_cast<uint32_t>(page.height), 8,
-                                   columns, false);
-    pimage = &ditheredImage_;
-  }
-
-  void send() {
-    const auto rows = static_cast<int>(pimage->GetHeight());
-    const int packed = PageLiteral::GrayToMono(static_cast<int>(pimage->GetEffWidth()), rows, 0,
-                                               pimage->GetBits());
-    if (tattooPrinter_ != 0) {
-      FeedPaper(0, static_cast<int>(static_cast<uint32_t>(resolution_) * 120 / 254));
-    }
-    SendImage(packed, {static_cast<int64_t>(pimage->GetWidth()), rows}, pimage->GetBits());
+    processPlainly(page.pixels, page.stride, page.width, page.height, copy.data());
+    sendPlainly();
   }
 };
 
@@ -138,11 +96,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
   const int height = static_cast<int>(std::min(line.count(), kMaxBytes)) / stride;
   if (height == 0) return 0;
   const Page page{line.bytes(), stride, width, height};
-  const std::string plain = streamOf<PlainPrinter>(page, line);
+  const std::string plain = streamOf<PlainRoad>(page, line);
   demandWhole(plain);
   for (const Target target : availableTargets()) {
     chooseTarget(target);
-    demand(streamOf<FastPrinter>(page, line) == plain,
+    demand(streamOf<FastRoad>(page, line) == plain,
            std::string("the streams are the same on ") + nameOf(target));
   }
   return 0;

@@ -52,6 +52,14 @@ bool openSocketPair(Descriptor* one, Descriptor* other) {
          adoptBoth(ends, one, other);
 }
 
+std::vector<char*> execWords(std::vector<std::string>& words) {
+  std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
 bool Child::reap(int* status) {
   if (pid_ <= 0 || waitpid(pid_, status, WNOHANG) != pid_) return false;
   pid_ = -1;

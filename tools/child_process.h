@@ -1,10 +1,13 @@
-// Owners of a descriptor and of a child process, and the channels between the two: nothing stays
-// open, and no child stays alive, behind the object that holds it.
+// Owners of a descriptor and of a child process, the channels between the two, and the words that
+// start it: nothing stays open, and no child stays alive, behind the object that holds it.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_CHILD_PROCESS_H
 #define KORVEL_TOOLS_CHILD_PROCESS_H
 
 #include <sys/types.h>
+
+#include <string>
+#include <vector>
 
 namespace korvel {
 
@@ -30,6 +33,9 @@ class Descriptor {
 // False, with errno told, when the pair cannot be made.
 bool openPipe(Descriptor* readEnd, Descriptor* writeEnd);
 bool openSocketPair(Descriptor* one, Descriptor* other);
+
+// The words as the exec functions take them; they point into `words`.
+std::vector<char*> execWords(std::vector<std::string>& words);
 
 // A process that is killed and reaped when this goes.
 class Child {

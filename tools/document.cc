@@ -95,7 +95,7 @@ std::vector<std::string> cupsfilterWords(const RasteriserJob& job) {
   return words;
 }
 
-[[noreturn]] void becomeProgram(const std::vector<std::string>& words, pid_t parent, int output,
+[[noreturn]] void becomeProgram(std::vector<std::string> words, pid_t parent, int output,
                                 const std::string& log) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(127);
@@ -106,10 +106,7 @@ std::vector<std::string> cupsfilterWords(const RasteriserJob& job) {
   dup2(output, 1);
   dup2(messages, 2);
   signal(SIGPIPE, SIG_DFL);
-  std::vector<char*> arguments;
-  arguments.reserve(words.size() + 1);
-  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-  arguments.push_back(nullptr);
+  const std::vector<char*> arguments = execWords(words);
   execvp(arguments[0], arguments.data());
   // Not on every user's path.
   execv(("/usr/sbin/" + words[0]).c_str(), arguments.data());

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <vector>
 
+#include "tools/child_process.h"
 #include "tools/description_text.h"
 #include "tools/installation.h"
 #include "tools/translation.h"
@@ -44,10 +45,7 @@ std::string becomePrinter(const EmulatedPrinter& printer, const std::string& des
                    : filled("The emulated printer prints into %s; Ctrl+C ends it.", folder);
   std::printf("%s\n", what.c_str());
   std::fflush(stdout);
-  std::vector<char*> pointers;
-  pointers.reserve(words.size() + 1);
-  for (std::string& word : words) pointers.push_back(word.data());
-  pointers.push_back(nullptr);
+  const std::vector<char*> pointers = execWords(words);
   execv((programFolder() + "/korvel-printer").c_str(), pointers.data());
   execvp(pointers[0], pointers.data());
   return translated("korvel-printer cannot be started; install printer-driver-korvel again.");

@@ -135,10 +135,7 @@ bool JobRun::start() {
   std::vector<std::string> words = {job_.filter, job_.jobId,  job_.user,
                                     job_.title,  job_.copies, job_.options};
   if (job_.rasterAsFile) words.push_back(job_.raster);
-  std::vector<char*> arguments;
-  arguments.reserve(words.size() + 1);
-  for (std::string& word : words) arguments.push_back(word.data());
-  arguments.push_back(nullptr);
+  const std::vector<char*> arguments = execWords(words);
   const pid_t parent = getpid();
   const pid_t pid = fork();
   if (pid < 0) return fail(filled("cannot start a process: %s", std::strerror(errno)));

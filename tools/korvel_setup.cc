@@ -174,7 +174,7 @@ int check(const PrintSystem& system, Request request) {
   }
   if (request.queues.empty()) {
     for (const korvel::Queue& queue : system.queues()) {
-      if (queue.makeAndModel.starts_with("Korvel ")) queues.push_back(queue);
+      if (queue.isOurs()) queues.push_back(queue);
     }
     if (queues.empty())
       stop(translated("There is no queue of a Korvel printer; korvel-setup makes one."));
@@ -225,7 +225,7 @@ void printTestPage(const PrintSystem& system, const std::string& queue) {
 void makeQueue(const PrintSystem& system, QueuePlan plan) {
   stopAt(korvel::checkName(plan.name));
   const auto old = system.queue(plan.name);
-  if (old && !old->makeAndModel.starts_with("Korvel ")) {
+  if (old && !old->isOurs()) {
     stop(
         filled("Queue %s belongs to another driver; choose another name with -p, or remove it: "
                "lpadmin -x %s",
@@ -291,10 +291,12 @@ int setUpQueue(const PrintSystem& system, Request request) {
     return 0;
   }
   const bool talks = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
-  if (!request.model.empty()) plan.description = describe(request.model, descriptionsOf(system));
+  std::vector<Description> all;
+  if (!request.model.empty() || !old) all = descriptionsOf(system);
+  if (!request.model.empty()) plan.description = describe(request.model, all);
   if (!old) {
     const korvel::SetupDialogue dialogue(talks);
-    stopAt(dialogue.complete(system, descriptionsOf(system), &plan));
+    stopAt(dialogue.complete(system, all, &plan));
     if (talks && !request.testPage) request.testPage = dialogue.wantsTestPage();
   }
   makeQueue(system, plan);

@@ -130,6 +130,8 @@ std::string Description::bareName() const {
   return file.substr(0, file.find(".ppd"));
 }
 
+bool Queue::isOurs() const { return makeAndModel.starts_with(kMake); }
+
 bool PrintSystem::isThere() const {
   http_t* connection = httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(),
                                     1, kConnectMilliseconds, nullptr);

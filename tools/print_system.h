@@ -34,6 +34,7 @@ struct Queue {
   bool stopped = false;
   bool busy = false;
   bool accepting = true;
+  bool isOurs() const;  // by its make
 };
 
 struct Job {

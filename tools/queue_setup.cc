@@ -12,6 +12,7 @@
 
 #include <cstring>
 
+#include "tools/child_process.h"
 #include "tools/description_text.h"
 #include "tools/translation.h"
 
@@ -22,12 +23,8 @@ namespace {
 using Words = std::vector<std::string>;
 
 // Runs a program and takes what it writes. Returns its exit status; -1 when it was not started.
-int runProgram(const Words& words, std::string* output) {
-  std::vector<std::string> copies = words;
-  std::vector<char*> pointers;
-  pointers.reserve(copies.size() + 1);
-  for (std::string& word : copies) pointers.push_back(word.data());
-  pointers.push_back(nullptr);
+int runProgram(Words words, std::string* output) {
+  const std::vector<char*> pointers = execWords(words);
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return -1;
   posix_spawn_file_actions_t actions;
