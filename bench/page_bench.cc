@@ -13,8 +13,8 @@
 #include "bench/forms.h"
 #include "bench/pages.h"
 #include "bench/plain_printer.h"
-#include "driver/settings.h"
 #include "printer/page_literal.h"
+#include "printer/settings.h"
 
 namespace {
 

@@ -16,6 +16,7 @@ function(korvel_kernels library)
     set(objects ${library}_${target})
     add_library(${objects} OBJECT ${ARGN})
     target_link_libraries(${objects} PRIVATE korvel_options)
+    target_include_directories(${objects} PRIVATE ${PROJECT_SOURCE_DIR}/filter)
     target_compile_definitions(${objects} PRIVATE KORVEL_TARGET=${target})
     if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")  # there it takes minutes and shows nothing more
       target_compile_options(${objects} PRIVATE $<$<CONFIG:Release,RelWithDebInfo>:-O3>)

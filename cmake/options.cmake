@@ -20,11 +20,22 @@ if(KORVEL_HARDEN)
   target_link_options(korvel_options INTERFACE -pie -Wl,-z,relro -Wl,-z,now)
 endif()
 
+# Headers are included by their path below this folder; the filter has a root of its own, so that
+# nothing else reaches its headers without linking it.
+set(KORVEL_INCLUDE_ROOT ${PROJECT_SOURCE_DIR})
+
+# korvel_program(NAME SOURCE...): a program that is installed; all of them are built into bin/.
+function(korvel_program name)
+  add_executable(${name} ${ARGN})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+  target_link_libraries(${name} PRIVATE korvel_options)
+endfunction()
+
 # korvel_library(NAME HEADERS ... SOURCES ...): one folder's library. Its headers form a header
 # set, so that the target all_verify_interface_header_sets compiles each of them alone.
 function(korvel_library name)
   cmake_parse_arguments(arg "" "" "HEADERS;SOURCES" ${ARGN})
   add_library(${name} STATIC ${arg_SOURCES})
-  target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
+  target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${KORVEL_INCLUDE_ROOT} FILES ${arg_HEADERS})
   target_link_libraries(${name} PRIVATE korvel_options)
 endfunction()

@@ -23,7 +23,7 @@
 #include "fuzz/short_sleep.h"
 #include "protocol/korvel_printer.h"
 #include "tests/support/temporary_folder.h"
-#include "tools/stream_decoder.h"
+#include "tools/stream/stream_decoder.h"
 
 extern uint64_t page_index;
 

@@ -14,7 +14,7 @@
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
 #include "lanes/target.h"
-#include "tools/stream_decoder.h"
+#include "tools/stream/stream_decoder.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // An arbitrary printer description under arbitrary options: whatever they say, the record holds
 // its rules. The first line is the job's option string, the rest the description.
 // SPDX-License-Identifier: Apache-2.0
-#include "driver/settings.h"
+#include "driver/settings_reader.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -10,7 +10,6 @@
 #include <cstring>
 #include <string>
 
-#include "driver/ppd_access.h"
 #include "fuzz/caught_streams.h"
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"

@@ -15,11 +15,11 @@
 #include <string>
 #include <vector>
 
-#include "driver/settings.h"
 #include "fuzz/caught_streams.h"
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
 #include "fuzz/short_sleep.h"
+#include "printer/settings.h"
 #include "printer/text.h"
 #include "protocol/korvel_printer.h"
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "tools/stream_decoder.h"
-#include "tools/stream_listing.h"
+#include "tools/stream/stream_decoder.h"
+#include "tools/stream/stream_listing.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #ifndef KORVEL_SHEETS_FLOWER_H_
 #define KORVEL_SHEETS_FLOWER_H_
 
-#include "tools/dot_canvas.h"
+#include "drawing/dot_canvas.h"
 
 namespace korvel {
 

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include "tools/dot_canvas.h"
+#include "drawing/dot_canvas.h"
 
 namespace korvel {
 

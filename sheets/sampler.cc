@@ -7,7 +7,7 @@
 #include "sheets/halftoned.h"
 #include "sheets/scene.h"
 #include "sheets/sheets.h"
-#include "tools/halftone_names.h"
+#include "tools/description/halftone_names.h"
 
 namespace korvel {
 namespace {

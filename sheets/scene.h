@@ -4,7 +4,7 @@
 #ifndef KORVEL_SHEETS_SCENE_H_
 #define KORVEL_SHEETS_SCENE_H_
 
-#include "tools/dot_canvas.h"
+#include "drawing/dot_canvas.h"
 
 namespace korvel {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/dot_canvas.h"
+#include "drawing/dot_canvas.h"
 
 namespace korvel {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "image/cximage_literal.h"
-#include "image/diffusion_rows.h"
+#include "image/diffusion/diffusion_rows.h"
 #include "image/dither_tables.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "image/cximage_literal.h"
-#include "tests/image/owned_image.h"
+#include "tests/filter/image/owned_image.h"
 #include "tests/support/scarce_memory.h"
 
 namespace {

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/settings.h"
+#include "printer/settings.h"
 #include "printer/text.h"
 #include "protocol/korvel_printer.h"
 #include "protocol/status.h"

@@ -9,9 +9,9 @@
 
 #include "tests/hardening/hard_job.h"
 #include "tests/support/temporary_folder.h"
-#include "tools/page_picture.h"
-#include "tools/stream_decoder.h"
-#include "tools/stream_listing.h"
+#include "tools/stream/page_picture.h"
+#include "tools/stream/stream_decoder.h"
+#include "tools/stream/stream_listing.h"
 
 namespace {
 

@@ -5,9 +5,8 @@
 
 #include <cstdlib>
 
-#include "driver/ppd_access.h"
-#include "driver/settings.h"
-#include "tests/driver/written_ppd.h"
+#include "driver/settings_reader.h"
+#include "tests/filter/driver/written_ppd.h"
 #include "tests/hardening/hard_job.h"
 #include "tests/support/captured_stderr.h"
 #include "tests/support/temporary_folder.h"

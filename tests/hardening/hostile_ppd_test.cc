@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "tests/driver/written_ppd.h"
+#include "tests/filter/driver/written_ppd.h"
 #include "tests/hardening/hard_job.h"
 #include "tests/support/temporary_folder.h"
 

@@ -5,9 +5,9 @@
 
 #include "sheets/raster_file.h"
 #include "sheets/sheets.h"
-#include "tests/preview/preview_runner.h"
 #include "tests/spooler/picture.h"
-#include "tools/halftone_names.h"
+#include "tests/tools/preview/preview_runner.h"
+#include "tools/description/halftone_names.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 
 #include "sheets/raster_file.h"
 #include "sheets/sheets.h"
-#include "tests/preview/preview_runner.h"
 #include "tests/spooler/picture.h"
 #include "tests/spooler/printer_process.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/tools/preview/preview_runner.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "sheets/halftoned.h"
 #include "sheets/scene.h"
 #include "sheets/sheets.h"
-#include "tests/preview/preview_runner.h"
+#include "tests/tools/preview/preview_runner.h"
 
 namespace {
 

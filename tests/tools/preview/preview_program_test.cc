@@ -1,0 +1,275 @@
+// The preview's sheets are those of the emulated printer, byte for byte: place across the head,
+// feeds, frames, tear and cut included. The contact sheet's pages are those of single previews.
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "tests/spooler/picture.h"
+#include "tests/tools/preview/preview_runner.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const char kTwoLabels[] = "640x300 203dpi picture=noise:7\n640x200 203dpi picture=text:3";
+
+struct SheetCase {
+  const char* sentence;
+  const char* description;
+  const char* document;  // an example, or the words of raster pages
+  const char* options;
+  int copies;
+  Words printer;
+  size_t sheets;
+  // Of the last sheet and its dots, counted by hand: the head is 1728 or 2592 dots wide, a gap is
+  // 23 lines at 203 dpi, the mark of a tear or a cut 3.
+  size_t width, height, left, top;
+};
+
+const SheetCase kSheetCases[] = {
+    {"a label from PDF", "korvel-label-203", "label.pdf", "", 1, {}, 1, 1728, 1218, 456, 0},
+    {"two copies, cut after the job",
+     "korvel-label-203",
+     "label.pdf",
+     "PostAction=Cut Occurrence=AfterJob",
+     2,
+     {},
+     2,
+     1728,
+     1244,
+     456,
+     0},
+    {"raster, torn off after every page",
+     "korvel-k220-203-oneway",
+     kTwoLabels,
+     "PostAction=TearOff Occurrence=EveryPage HalftoneType=Stucki",
+     1,
+     {},
+     2,
+     1728,
+     226,
+     544,
+     0},
+    {"black marks, turned",
+     "korvel-r57-203-oneway",
+     kTwoLabels,
+     "PaperType=LabelMark PostAction=TearOff Origin=Rotation180",
+     1,
+     {"--media", "mark"},
+     2,
+     1728,
+     226,
+     544,
+     0},
+    // 12 mm of feed are 141 lines, a frame of 2 mm takes 24 dots at each side.
+    {"a framed stencil",
+     "korvel-stencil-300",
+     "stencil.pdf",
+     "AntiWrinkle=2",
+     1,
+     {"--dpi", "300", "--media", "sheet"},
+     1,
+     2592,
+     3413,
+     88,
+     141},
+    {"a small stencil in the fine halftone",
+     "korvel-z4-oneway",
+     "label.png",
+     "PageSize=Tattoo_A6",
+     1,
+     {"--dpi", "300", "--media", "sheet"},
+     1,
+     2592,
+     1535,
+     704,
+     141},
+};
+
+TEST(Preview, ShowsTheSheetsOfTheEmulatedPrinter) {
+  for (const SheetCase& c : kSheetCases) {
+    SCOPED_TRACE(c.sentence);
+    PreviewRunner runner;
+    const bool raster = std::string(c.document).find(' ') != std::string::npos;
+    const std::string document =
+        raster ? runner.files().write("pages.ras", rasterOf(c.document)) : exampleFile(c.document);
+    const std::string shown = runner.files().file("shown");
+    Words words = {"-p", ppdOf(c.description), "--out", shown, document};
+    if (*c.options != '\0') words.insert(words.end(), {"-o", c.options});
+    if (c.copies != 1) words.insert(words.end(), {"-n", std::to_string(c.copies)});
+    const CommandResult result = runner.preview(words);
+    EXPECT_EQ(result.status, 0) << result.output;
+    const std::string printed =
+        runner.print(document, ppdOf(c.description), c.options, c.copies, c.printer);
+    std::string listed;
+    for (size_t i = 1; i <= c.sheets + 1; ++i) {
+      const std::string name = "/sheet-" + std::to_string(i) + ".png";
+      EXPECT_TRUE(fileBytes(shown + name) == fileBytes(printed + name)) << name;
+      EXPECT_EQ(fs::exists(shown + name), i <= c.sheets) << name;
+      if (i <= c.sheets) listed += shown + name + "\n";
+    }
+    EXPECT_EQ(result.output, listed);
+    const Picture last = readPicture(shown + "/sheet-" + std::to_string(c.sheets) + ".png");
+    EXPECT_EQ(last.width, c.width);
+    EXPECT_EQ(last.height, c.height);
+    EXPECT_GT(last.printed(), 0u);
+    EXPECT_EQ(last.part(0, 0, c.left, last.height).printed(), 0u);
+    EXPECT_EQ(last.part(0, 0, last.width, c.top).printed(), 0u);
+  }
+}
+
+TEST(Preview, AReportingModelPrintsTheDotsOfItsOneWayTwin) {
+  PreviewRunner runner;
+  const std::string document =
+      runner.files().write("page.ras", rasterOf("640x300 203dpi picture=noise:7"));
+  const std::string shown = runner.files().file("shown");
+  EXPECT_EQ(runner.preview({"-p", ppdOf("korvel-k220-203"), "--out", shown, document}).status, 0);
+  const std::string printed = runner.print(document, ppdOf("korvel-k220-203"), "", 1, {});
+  EXPECT_NE(fileBytes(shown + "/sheet-1.png"), "(none)");
+  EXPECT_TRUE(fileBytes(shown + "/sheet-1.png") == fileBytes(printed + "/sheet-1.png"));
+}
+
+TEST(Preview, CompressedRasterIsRasterAsWell) {
+  PreviewRunner runner;
+  const std::string plain = runner.files().write("pages.ras", rasterOf(kTwoLabels));
+  const std::string packed = runner.files().write("packed.ras", rasterOf(kTwoLabels));
+  ASSERT_EQ(run({"gzip", packed}).status, 0);
+  const std::string ppd = ppdOf("korvel-label-203");
+  EXPECT_EQ(runner.preview({"-p", ppd, "--out", runner.files().file("a"), plain}).status, 0);
+  EXPECT_EQ(runner.preview({"-p", ppd, "--out", runner.files().file("b"), packed + ".gz"}).status,
+            0);
+  EXPECT_TRUE(fileBytes(runner.files().file("a/sheet-2.png")) ==
+              fileBytes(runner.files().file("b/sheet-2.png")));
+  EXPECT_NE(fileBytes(runner.files().file("b/sheet-2.png")), "(none)");
+}
+
+TEST(Preview, StreamAndPagesAreForWhoeverLooksCloser) {
+  PreviewRunner runner;
+  const std::string document =
+      runner.files().write("bars.ras", rasterOf("16x5 203dpi picture=checker:4"));
+  const std::string shown = runner.files().file("shown");
+  // Left by an earlier preview of three pages, one of them of another name.
+  fs::create_directory(shown);
+  for (const char* name : {"shown/page-2.png", "shown/page-3.png", "shown/page-x.png"}) {
+    runner.files().write(name, "old");
+  }
+  const CommandResult result =
+      runner.preview({"--stream", "--pages", "-p", ppdOf("korvel-label-203"), "--out", shown, "-o",
+                      "HalftoneType=None", document});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, document +
+                               " (application/vnd.cups-raster), printer Korvel Label 203 dpi\n"
+                               "rasteriser: none; options: HalftoneType=None; copies: 1\n"
+                               "filter: 1 page at 203 dpi, 185 bytes for the printer\n" +
+                               shown + "/stream.bin  " + shown + "/stream.txt  " + shown +
+                               "/messages.txt\n" + shown + "/page-1.png\n");
+  EXPECT_EQ(runner.files().read("shown/stream.txt"),
+            "000000 page start 64 nul\n000064 control 0\n000075 density 8\n000086 control 1\n"
+            "000097 control 0\n000108 area offset 856 width 16\n000122 image 4 rows x 2 bytes\n"
+            "000140 image 1 rows x 2 bytes\n000152 control 1\n000163 control 0\n"
+            "000174 control 1\n");
+  EXPECT_NE(runner.files().read("shown/messages.txt").find("\nINFO: page 1\n"), std::string::npos);
+  const Picture page = readPicture(shown + "/page-1.png");
+  EXPECT_EQ(page.width, 16u);
+  EXPECT_EQ(page.height, 5u);
+  EXPECT_FALSE(fs::exists(shown + "/sheet-1.png"));
+  EXPECT_FALSE(fs::exists(shown + "/page-2.png"));
+  EXPECT_FALSE(fs::exists(shown + "/page-3.png"));
+  EXPECT_TRUE(fs::exists(shown + "/page-x.png"));
+}
+
+// 400 dots are fewer than the names want, so a cell is 372 dots of names at the least and 400 of
+// the page; letters are 2 dots a unit. Five columns come nearest to a screen.
+TEST(Preview, AllHalftonesOnOneSheetAreThoseOfSinglePreviews) {
+  PreviewRunner runner;
+  const std::string document =
+      runner.files().write("ramp.ras", rasterOf("400x300 203dpi picture=ramp\n"
+                                                "80x80 203dpi picture=noise:1"));
+  const std::string ppd = ppdOf("korvel-label-203");
+  const CommandResult result =
+      runner.preview({"--halftones", "-p", ppd, "--out", runner.files().file("all"), document});
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_NE(result.output.find("/all/halftones.png\n"), std::string::npos);
+  const Picture all = readPicture(runner.files().file("all/halftones.png"));
+  EXPECT_EQ(all.width, 24u + 5 * 424);
+  EXPECT_EQ(all.height, 56u + 2 * (52 + 300 + 24));
+  const char* const kSettings[] = {"None",   "FloydSteinberg",    "Ordered", "Burkes",
+                                   "Stucki", "JarvisJudiceNinke", "Sierra",  "StevensonArce",
+                                   "Tattoo", "Tattoo_Z4"};
+  size_t different = 0;
+  Picture before;
+  for (size_t i = 0; i < std::size(kSettings); ++i) {
+    SCOPED_TRACE(kSettings[i]);
+    const std::string folder = runner.files().file(kSettings[i]);
+    EXPECT_EQ(runner
+                  .preview({"--pages", "-p", ppd, "-o", std::string("HalftoneType=") + kSettings[i],
+                            "--out", folder, document})
+                  .status,
+              0);
+    const Picture page = readPicture(folder + "/page-1.png");
+    const Picture cell = all.part(24 + i % 5 * 424, 56 + 52 + i / 5 * 376, 400, 300);
+    EXPECT_EQ(difference(cell, page), "");
+    EXPECT_GT(page.printed(), 1000u);
+    if (i > 0 && !difference(page, before).empty()) ++different;
+    before = page;
+  }
+  EXPECT_EQ(different, 9u);
+}
+
+TEST(Preview, TellsItsProgressOnManyPages) {
+  PreviewRunner runner;
+  std::string words;
+  for (int i = 0; i < 25; ++i) words += "8x4 203dpi picture=black\n";
+  const std::string document = runner.files().write("many.ras", rasterOf(words));
+  const CommandResult result = runner.preview(
+      {"-p", ppdOf("korvel-label-203"), "--out", runner.files().file("shown"), document});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_TRUE(result.output.starts_with("page 10\npage 20\n")) << result.output;
+  EXPECT_NE(fileBytes(runner.files().file("shown/sheet-25.png")), "(none)");
+}
+
+// Whatever the filter of a print job has left stays as it is, and nothing is added.
+TEST(Preview, LeavesNothingBehind) {
+  const struct {
+    const char* sentence;
+    Words words;
+    int status;
+  } kCases[] = {
+      {"sheets", {}, 0},
+      {"a stream", {"--stream"}, 0},
+      {"one picture of all halftones", {"--halftones"}, 0},
+      {"a document", {exampleFile("label.pdf")}, 0},
+      {"wrong usage", {"-o", "Color=Red"}, 2},
+  };
+  const std::string ppd = ppdOf("korvel-label-203");
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.sentence);
+    PreviewRunner runner;
+    const TemporaryFolder& files = runner.files();
+    const std::string raster = files.write("page.ras", rasterOf("64x40 203dpi picture=noise:7"));
+    Words words = {"-p", ppd, "--out", files.file("shown")};
+    words.insert(words.end(), c.words.begin(), c.words.end());
+    if (c.words.empty() || !c.words[0].ends_with(".pdf")) words.push_back(raster);
+    EXPECT_EQ(runner.preview(words).status, c.status);
+    EXPECT_FALSE(fs::exists(files.file("xxxxx.log")));
+    files.write("xxxxx.log", "of a print job");
+    EXPECT_EQ(runner.preview(words).status, c.status);
+    EXPECT_EQ(files.read("xxxxx.log"), "of a print job");
+    EXPECT_TRUE(fs::is_empty(files.file("dumps")));
+    EXPECT_TRUE(fs::is_empty(runner.passing()));
+  }
+}
+
+// Else the test above would prove nothing.
+TEST(Preview, APrintLeavesTheFilesThatAPreviewDoesNot) {
+  PreviewRunner runner;
+  const std::string raster =
+      runner.files().write("page.ras", rasterOf("64x40 203dpi picture=noise:7"));
+  runner.print(raster, ppdOf("korvel-label-203"), "", 1, {});
+  EXPECT_TRUE(fs::exists(runner.files().file("xxxxx.log")));
+  EXPECT_FALSE(fs::is_empty(runner.files().file("dumps")));
+}
+
+}  // namespace

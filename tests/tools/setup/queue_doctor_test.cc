@@ -1,0 +1,273 @@
+// Every finding of the doctor with its sentence, and the facts that must not be found fault with.
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/setup/queue_doctor.h"
+
+#include <cups/ipp.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "tools/description/description_text.h"
+
+namespace {
+
+using korvel::FilterFile;
+using korvel::PrinterAnswer;
+using korvel::QueueFacts;
+
+const char kDescription[] =
+    "*PPD-Adobe: \"4.3\"\n"
+    "*cupsFilter: \"application/vnd.cups-raster 0 rastertokorvel\"\n"
+    "*ModelName: \"K220\"\n"
+    "*DefaultPageSize: 4x6\n";
+
+QueueFacts wellQueue() {
+  QueueFacts facts;
+  facts.queue.name = "labels";
+  facts.queue.uri = "socket://192.0.2.7";
+  facts.description = kDescription;
+  facts.installed = kDescription;
+  facts.installedName = "korvel-k220-203";
+  facts.filterPath = "/usr/lib/cups/filter/rastertokorvel";
+  facts.filter = FilterFile::kFine;
+  facts.answer = PrinterAnswer::kAnswers;
+  facts.dumpFolder = "/var/spool/cups/tmp";
+  return facts;
+}
+
+void beOneWay(QueueFacts* facts) {
+  facts->installedName = "korvel-k220-203-oneway";
+  const size_t at = facts->description.find("\"K220\"");
+  facts->description.replace(at, 6, "\"K220-OneWay\"");
+  facts->installed = facts->description;
+}
+
+void failWith(QueueFacts* facts, const char* message) {
+  facts->job = {7, IPP_JSTATE_STOPPED, message};
+}
+
+struct Case {
+  const char* sentence;
+  std::function<void(QueueFacts*)> change;
+  const char* want;  // the findings, hints behind a question mark; a line each
+};
+
+void expectFindings(const Case& c) {
+  QueueFacts facts = wellQueue();
+  c.change(&facts);
+  std::string have;
+  for (const korvel::Finding& finding : korvel::examine(facts)) {
+    have += (finding.fault ? "" : "? ") + finding.text + "\n";
+  }
+  EXPECT_EQ(have, c.want) << c.sentence;
+}
+
+TEST(QueueDoctor, FindsWhatIsWrongWithTheInstallation) {
+  const Case kCases[] = {
+      {"another driver's queue", [](QueueFacts* f) { f->description = "*PPD-Adobe: \"4.3\"\n"; },
+       "Queue labels does not use a Korvel description; make one that does: korvel-setup -v "
+       "'socket://192.0.2.7' -p NAME\n"},
+      {"an old description", [](QueueFacts* f) { f->installed += "*New: True\n"; },
+       "The description of queue labels is not the installed one; refresh it: korvel-setup -p "
+       "labels -m korvel-k220-203\n"},
+      {"a description that is gone", [](QueueFacts* f) { f->installedName = f->installed = ""; },
+       "The description of queue labels is not installed here; choose another: korvel-setup --list "
+       "shows them, korvel-setup -p labels -m MODEL sets it.\n"},
+      {"no filter", [](QueueFacts* f) { f->filter = FilterFile::kMissing; },
+       "The print filter /usr/lib/cups/filter/rastertokorvel is missing; install the package "
+       "printer-driver-korvel again.\n"},
+      {"a filter without the right to run",
+       [](QueueFacts* f) { f->filter = FilterFile::kNotExecutable; },
+       "The print filter /usr/lib/cups/filter/rastertokorvel cannot be executed; as root: chmod "
+       "755 /usr/lib/cups/filter/rastertokorvel\n"},
+      {"a filter that others may write", [](QueueFacts* f) { f->filter = FilterFile::kUnsafe; },
+       "The spooler runs no filter that others may write to; as root: chown root:root "
+       "/usr/lib/cups/filter/rastertokorvel && chmod 755 /usr/lib/cups/filter/rastertokorvel\n"},
+      {"many pictures", [](QueueFacts* f) { f->dumpBytes = 1234567890; },
+       "The pictures that the filter leaves in /var/spool/cups/tmp take 1234 MB; as root: find "
+       "/var/spool/cups/tmp -maxdepth 1 \\( -name 'origin_*.bmp' -o -name 'dithered_*.bmp' \\) "
+       "-delete\n"},
+  };
+  for (const Case& c : kCases) expectFindings(c);
+}
+
+TEST(QueueDoctor, FindsWhatIsWrongWithTheLine) {
+  const Case kCases[] = {
+      {"a reporting model on a line without answers",
+       [](QueueFacts* f) {
+         f->queue.uri = "lpd://192.0.2.7/raw";
+         f->answer = PrinterAnswer::kNotAsked;
+       },
+       "Queue labels waits for its printer's answers, but lpd://192.0.2.7/raw never brings one, "
+       "which costs about 20 minutes a page; take the one-way description: korvel-setup -p labels "
+       "-m korvel-k220-203-oneway\n"},
+      {"a silent printer", [](QueueFacts* f) { f->answer = PrinterAnswer::kSilent; },
+       "The printer at socket://192.0.2.7 does not answer, which costs about 20 minutes a page; "
+       "switch it off and on, and if it stays silent take the one-way description: korvel-setup -p "
+       "labels -m korvel-k220-203-oneway\n"},
+      {"nobody there", [](QueueFacts* f) { f->answer = PrinterAnswer::kNotReached; },
+       "Nothing can be reached at socket://192.0.2.7; switch the printer on and look at its cable, "
+       "or tell its new address: korvel-setup -p labels -v socket://ADDRESS\n"},
+      {"a one-way description that need not be", [](QueueFacts* f) { beOneWay(f); },
+       "? The printer at socket://192.0.2.7 answers; its own description would tell of missing "
+       "paper and an open cover: korvel-setup -p labels -m korvel-k220-203\n"},
+  };
+  for (const Case& c : kCases) expectFindings(c);
+}
+
+TEST(QueueDoctor, TellsWhatTheQueueWaitsFor) {
+  const Case kCases[] = {
+      {"open cover", [](QueueFacts* f) { f->queue.reasons = {"cover-open-warning"}; },
+       "The printer's cover is open; close it, and queue labels goes on.\n"},
+      {"no paper", [](QueueFacts* f) { f->queue.reasons = {"media-empty-warning"}; },
+       "The printer reports no paper, or a sheet that still lies in its exit; take the sheet or "
+       "load paper, and queue labels goes on.\n"},
+      {"a stopped queue that takes no jobs",
+       [](QueueFacts* f) {
+         f->queue.stopped = true;
+         f->queue.accepting = false;
+       },
+       "Queue labels is stopped; mend what is told here and start it: cupsenable labels\n"
+       "Queue labels refuses new jobs; let it take them: cupsaccept labels\n"},
+  };
+  for (const Case& c : kCases) expectFindings(c);
+}
+
+TEST(QueueDoctor, TellsTheLastErrorInPlainWords) {
+  const Case kCases[] = {
+      {"page size",
+       [](QueueFacts* f) { failWith(f, "Paper size must not less than 1.0 : (0.9, 0.9)"); },
+       "Job 7 asked for a page size that the description does not have; choose one that it offers, "
+       "or name a custom size of at least 10 mm.\n"},
+      {"another description's pages",
+       [](QueueFacts* f) {
+         failWith(f, "Unsupported bits per pixel : 1 ! Requires 8 bits per pixel!");
+       },
+       "The pages of job 7 were made for another printer description; set the queue's description "
+       "anew with korvel-setup and print again.\n"},
+      {"damaged pages", [](QueueFacts* f) { failWith(f, "Page rows too short"); },
+       "The pages of job 7 are damaged; print the document again from its program.\n"},
+      {"a giant page", [](QueueFacts* f) { failWith(f, "Page too large"); },
+       "A page of job 7 is longer than the printer can take; cut the document into pages.\n"},
+      {"no pages", [](QueueFacts* f) { failWith(f, "Unable to open raster file - No such file"); },
+       "The pages of job 7 could not be read; look whether the disk is full, and print again.\n"},
+      {"no response", [](QueueFacts* f) { failWith(f, "The printer is not responding."); },
+       "The printer did not respond to job 7; switch it on and look at its cable.\n"},
+      {"no printer",
+       [](QueueFacts* f) {
+         failWith(f, "The printer may not exist or is unavailable at this time.");
+       },
+       "The printer was not there for job 7; switch it on, look at its cable and address.\n"},
+      {"a busy printer", [](QueueFacts* f) { failWith(f, "The printer is busy."); },
+       "The printer served somebody else during job 7; wait, or stop the other sender.\n"},
+      {"an unknown name", [](QueueFacts* f) { failWith(f, "Unable to locate printer \"k220\"."); },
+       "The name of job 7's printer is not known in the network; use its number address.\n"},
+      {"a missing program",
+       [](QueueFacts* f) { failWith(f, "cannot start filter - No such file or directory"); },
+       "A program that job 7 needs is missing; install cups-filters and printer-driver-korvel "
+       "again.\n"},
+      {"a crash", [](QueueFacts* f) { failWith(f, "rastertokorvel crashed on signal 11"); },
+       "A filter of job 7 broke off; print the document again, and if it happens again, print it "
+       "as a PDF.\n"},
+      {"a failed filter", [](QueueFacts* f) { failWith(f, "Filter failed"); },
+       "A filter of job 7 failed; cupsctl --debug-logging, print again, and read the last lines of "
+       "/var/log/cups/error_log.\n"},
+      {"words that are not known", [](QueueFacts* f) { failWith(f, "Out of luck"); },
+       "Job 7 ended with the words \"Out of luck\"; cupsctl --debug-logging, print again, and read "
+       "the last lines of /var/log/cups/error_log.\n"},
+      {"a job that is being tried again",
+       [](QueueFacts* f) {
+         f->job = {7, IPP_JSTATE_PROCESSING, ""};
+         f->queue.message = "The printer is not responding.";
+       },
+       "The printer did not respond to job 7; switch it on and look at its cable.\n"},
+  };
+  for (const Case& c : kCases) expectFindings(c);
+}
+
+TEST(QueueDoctor, FindsNoFaultWithAWellQueue) {
+  const Case kCases[] = {
+      {"nothing", [](QueueFacts*) {}, ""},
+      {"defaults of its own",
+       [](QueueFacts* f) {
+         f->description.replace(f->description.find("4x6"), 3, "2x2");
+         f->installed += "*DefaultNew: True\r\n";
+       },
+       ""},
+      {"one-way on a line without answers",
+       [](QueueFacts* f) {
+         beOneWay(f);
+         f->queue.uri = "lpd://192.0.2.7/raw";
+         f->answer = PrinterAnswer::kNotAsked;
+       },
+       ""},
+      {"one-way and silent",
+       [](QueueFacts* f) {
+         beOneWay(f);
+         f->answer = PrinterAnswer::kSilent;
+       },
+       ""},
+      {"a printer that was not asked", [](QueueFacts* f) { f->answer = PrinterAnswer::kNotAsked; },
+       ""},
+      {"a filter on another machine", [](QueueFacts* f) { f->filter = FilterFile::kNotLookedAt; },
+       ""},
+      {"a few pictures", [](QueueFacts* f) { f->dumpBytes = 999'999'999; }, ""},
+      {"a job that is printing",
+       [](QueueFacts* f) {
+         f->job = {7, IPP_JSTATE_PROCESSING, "Printing page 3, 20% complete."};
+       },
+       ""},
+      {"a job that went through",
+       [](QueueFacts* f) {
+         f->job = {7, IPP_JSTATE_COMPLETED, "The printer is not responding."};
+       },
+       ""},
+      {"a cancelled job",
+       [](QueueFacts* f) {
+         f->job = {7, IPP_JSTATE_CANCELED, "Page too large"};
+       },
+       ""},
+  };
+  for (const Case& c : kCases) expectFindings(c);
+}
+
+TEST(DescriptionText, GivesTheValueOfAKeyword) {
+  const struct {
+    const char* text;
+    const char* want;
+  } kCases[] = {
+      {"*ModelName: \"M6\"\n", "M6"},
+      {"*ModelName:\t\"M 6\"\r\n", "M 6"},
+      {"*ModelName: M6", "M6"},
+      {"*ModelNames: \"M7\"\n", ""},
+      {"*% *ModelName: \"M7\"\n", ""},
+      {"*ModelName: \"\"\n", ""},
+      {"*A: \"1\"\n*ModelName: \"2\"", "2"},
+      {"", ""},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(korvel::keyword(c.text, "ModelName"), c.want) << c.text;
+}
+
+TEST(DescriptionText, DiffersByEverythingButDefaults) {
+  const struct {
+    const char* sentence;
+    const char* one;
+    const char* other;
+    bool same;
+  } kCases[] = {
+      {"the same", "*A: 1\n*B: 2\n", "*A: 1\n*B: 2\n", true},
+      {"other defaults", "*A: 1\n*DefaultB: 2\n", "*A: 1\n*DefaultB: 3\n", true},
+      {"a default more", "*A: 1\n", "*DefaultB: 3\n*A: 1\n", true},
+      {"other line ends", "*A: 1\r\n", "*A: 1\n", true},
+      {"another line", "*A: 1\n", "*A: 2\n", false},
+      {"a line more", "*A: 1\n*B: 2\n", "*A: 1\n", false},
+      {"a line less", "*A: 1\n", "*A: 1\n*B: 2\n", false},
+      {"nothing and a line", "", "*A: 1\n", false},
+  };
+  for (const auto& c : kCases) {
+    EXPECT_EQ(korvel::sameDescription(c.one, c.other), c.same) << c.sentence;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,62 @@
+// A description goes to the library through a file without a name.
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/description/description_text.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <regex>
+#include <sstream>
+
+namespace korvel {
+
+std::string keyword(const std::string& description, const std::string& name) {
+  std::istringstream lines(description);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.starts_with("*" + name + ":")) continue;
+    const size_t from = line.find_first_not_of(" \t\"", name.size() + 2);
+    const size_t to = line.find_last_not_of(" \t\"\r");
+    return from == std::string::npos ? "" : line.substr(from, to - from + 1);
+  }
+  return "";
+}
+
+bool sameDescription(const std::string& one, const std::string& other) {
+  std::istringstream lines[2] = {std::istringstream(one), std::istringstream(other)};
+  const auto next = [](std::istringstream* in, std::string* line) {
+    while (std::getline(*in, *line)) {
+      if (line->ends_with('\r')) line->pop_back();
+      if (!line->starts_with("*Default")) return true;
+    }
+    line->clear();
+    return false;
+  };
+  for (std::string mine, theirs;;) {
+    const bool more = next(&lines[0], &mine);
+    if (more != next(&lines[1], &theirs) || mine != theirs) return false;
+    if (!more) return true;
+  }
+}
+
+std::string shownChoice(const std::string& choice) {
+  return choice == kCustomChoice ? "Custom.WIDTHxHEIGHT" : choice;
+}
+
+bool isCustomSize(const std::string& choice) {
+  static const std::regex kCustomSize(
+      "Custom\\.[0-9]+(\\.[0-9]+)?x[0-9]+(\\.[0-9]+)?(pt|in|cm|mm|m|ft)?");
+  return std::regex_match(choice, kCustomSize);
+}
+
+ppd_file_t* openDescription(const std::string& description) {
+  const int fd = memfd_create("description", MFD_CLOEXEC);
+  if (fd == -1) return nullptr;
+  const ssize_t written = write(fd, description.data(), description.size());
+  if (written != static_cast<ssize_t>(description.size()) || lseek(fd, 0, SEEK_SET) != 0) {
+    close(fd);
+    return nullptr;
+  }
+  return ppdOpenFd(fd);  // which closes it
+}
+
+}  // namespace korvel

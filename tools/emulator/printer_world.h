@@ -1,0 +1,127 @@
+// The little world of an emulated printer: paper, cover, motor, and the sheet in the exit. Commands
+// and times come in, events and sheets go out. Time is a number given to it, never read.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_TOOLS_EMULATOR_PRINTER_WORLD_H
+#define KORVEL_TOOLS_EMULATOR_PRINTER_WORLD_H
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/emulator/printer_scenario.h"
+#include "tools/emulator/sheet_picture.h"
+#include "tools/stream/page_picture.h"
+#include "tools/stream/printer_body.h"
+#include "tools/stream/stream_decoder.h"
+
+namespace korvel {
+
+// Who is told. A sheet's page has the number that the area packet gave it, counted from 1.
+struct PrinterWatcher {
+  std::function<void(const std::string& line)> event;
+  // A page's image has come in whole, or as far as it came.
+  std::function<void(unsigned number, const PagePicture& page)> page;
+  // The sheet is "out", and later perhaps "fed" to the tear-off edge or "cut" where it hangs.
+  std::function<void(unsigned number, const SheetPicture& sheet, const char* what)> sheet;
+};
+
+// "ready", "paper out", "cover open", "paper out, cover open"; "printing" for none of them.
+std::string statusText(uint64_t word);
+
+// A page is printed when its image has ended; its sheet is out once the page and the feeds behind
+// it have moved and PrintControl(1) has been taken. From then until the next page start the word
+// says paper out. Without paper or with an open cover the motor stands and the work waits.
+class PrinterWorld {
+ public:
+  PrinterWorld(const PrinterBody& body, PrinterWatcher watcher);
+
+  // Every call that takes the time moves the world there first; time never goes back.
+  void advance(Micros now);
+  void take(const StreamItem& item, Micros now);  // any item but a status request
+  void breakOff(Micros now);  // no more comes of the page in hand: what came of it is printed
+  bool apply(const Scenario& scenario, Micros now);  // false: not about paper or cover
+
+  uint64_t statusWord() const;
+  std::string stateText() const;  // "ready 0x00800000, paper loaded, cover closed, ..."
+  bool idle() const { return steps_.empty() && !image_ && !waitsForOut_; }
+  bool full() const { return pagesWaiting() >= kMostWaitingPages; }  // take no more for now
+  size_t pagesWaiting() const;                                       // in work, the first included
+  std::optional<Micros> nextChange() const;  // when advance will next find something to do
+
+ private:
+  static constexpr size_t kMostWaitingPages = 4;
+
+  struct Step {
+    enum class Kind { kPageStart, kFeed, kCut, kPage, kSheetOut };
+    Kind kind = Kind::kPageStart;
+    unsigned mode = 0;                              // kFeed
+    size_t lines = 0;                               // kFeed in mode 0, kPage
+    unsigned number = 0;                            // kPage
+    std::unique_ptr<SheetPicture> sheet = nullptr;  // kPage
+    bool begun = false;
+    Micros duration = 0;  // known once begun
+  };
+  struct Trigger {
+    Scenario scenario;
+    int64_t milliPages;  // from the world's start
+  };
+
+  size_t linesOf(unsigned tenthsOfMm) const { return size_t{body_.dpi} * tenthsOfMm / 254; }
+  Micros timeOf(size_t lines) const;
+  size_t linesToMove(const Step& step) const;
+  bool canMove() const { return loaded_ && !coverOpen_; }
+  bool moving() const { return !steps_.empty() && steps_.front().begun && canMove(); }
+  Micros momentOf(const Trigger& trigger) const;
+  bool isDue(const Trigger& trigger) const;
+
+  void pass(Micros to);
+  bool settleOne();
+  bool fireTrigger();
+  bool restore();
+  bool finishStep();
+  void finish(Step* step);
+  void finishPage(Step* step);
+  void finishFeed(const Step& step);
+  void endLastSheet(SheetEnd end, const char* what);
+  void setPaper(bool loaded);
+  void setCover(bool open);
+
+  void takeFeed(const StreamItem& item);
+  void startPicture(const StreamItem& area);
+  void closeImage();
+  void dropEmptyImage();
+  void endPage(const char* how);
+  void push(Step::Kind kind);
+  void event(const std::string& line) const { watcher_.event(line); }
+
+  PrinterBody body_;
+  PrinterWatcher watcher_;
+  Micros clock_ = 0;
+
+  bool loaded_ = true;
+  bool coverOpen_ = false;
+  bool sheetOut_ = false;  // stands in the exit
+  std::optional<Micros> paperBackAt_, coverShutAt_;
+  std::vector<Trigger> triggers_;
+
+  std::optional<PagePicture> image_;  // the page that is coming in
+  unsigned pages_ = 0;                // areas seen
+  bool waitsForOut_ = false;          // an image has ended, its PrintControl(1) has not come
+
+  std::deque<Step> steps_;  // what the motor has still to do, in order
+  Micros done_ = 0;         // of the first step
+  unsigned sheets_ = 0;     // out
+  bool ahead_ = false;      // the paper stands at the tear-off edge
+  size_t leadLines_ = 0;    // fed before the next page
+  std::unique_ptr<SheetPicture> last_;
+  unsigned lastNumber_ = 0;
+  bool lastIsOut_ = false;
+};
+
+}  // namespace korvel
+
+#endif

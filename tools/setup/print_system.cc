@@ -1,0 +1,220 @@
+// Requests to the spooler by its own library. What is asked for is named, so that an answer stays
+// short on a server with many queues.
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/setup/print_system.h"
+
+#include <cups/adminutil.h>
+#include <cups/cups.h>
+#include <cups/ppd.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+
+#include "tools/description/description_text.h"
+
+namespace korvel {
+
+namespace {
+
+constexpr int kConnectMilliseconds = 10000;
+constexpr int kDeviceSeconds = 10;
+constexpr char kMake[] = "Korvel ";
+
+// An answer of the server, deleted when it goes.
+class Answer {
+ public:
+  explicit Answer(ipp_t* answer) : answer_(answer) {}
+  Answer(const Answer&) = delete;
+  Answer& operator=(const Answer&) = delete;
+  ~Answer() { ippDelete(answer_); }
+
+  ipp_t* get() const { return answer_; }
+  bool good() const {
+    return answer_ != nullptr && ippGetStatusCode(answer_) < IPP_STATUS_REDIRECTION_OTHER_SITE;
+  }
+
+  // Calls `take` for each group of attributes of the kind `tag`.
+  template <typename Take>
+  void forEachGroup(ipp_tag_t tag, Take take) const {
+    if (!good()) return;
+    ipp_attribute_t* at = ippFirstAttribute(answer_);
+    while (at != nullptr) {
+      while (at != nullptr && ippGetGroupTag(at) != tag) at = ippNextAttribute(answer_);
+      std::map<std::string, ipp_attribute_t*> group;
+      for (; at != nullptr && ippGetGroupTag(at) == tag; at = ippNextAttribute(answer_)) {
+        if (ippGetName(at) != nullptr) group[ippGetName(at)] = at;
+      }
+      if (!group.empty()) take(group);
+    }
+  }
+
+ private:
+  ipp_t* answer_;
+};
+
+using Group = std::map<std::string, ipp_attribute_t*>;
+
+std::string text(const Group& group, const char* name) {
+  const auto found = group.find(name);
+  const char* value = found == group.end() ? nullptr : ippGetString(found->second, 0, nullptr);
+  return value == nullptr ? "" : value;
+}
+
+int integer(const Group& group, const char* name) {
+  const auto found = group.find(name);
+  return found == group.end() ? 0 : ippGetInteger(found->second, 0);
+}
+
+ipp_t* request(ipp_op_t operation, const std::string& queue,
+               const std::vector<const char*>& attributes) {
+  ipp_t* made = ippNewRequest(operation);
+  if (!queue.empty()) {
+    char uri[HTTP_MAX_URI];
+    httpAssembleURIf(HTTP_URI_CODING_ALL, uri, sizeof uri, "ipp", nullptr, "localhost", 0,
+                     "/printers/%s", queue.c_str());
+    ippAddString(made, IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri);
+  }
+  ippAddStrings(made, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
+                static_cast<int>(attributes.size()), nullptr, attributes.data());
+  return made;
+}
+
+Queue queueOf(const Group& group) {
+  Queue queue;
+  queue.name = text(group, "printer-name");
+  queue.uri = text(group, "device-uri");
+  queue.makeAndModel = text(group, "printer-make-and-model");
+  queue.message = text(group, "printer-state-message");
+  queue.stopped = integer(group, "printer-state") == IPP_PSTATE_STOPPED;
+  queue.busy = integer(group, "printer-state") == IPP_PSTATE_PROCESSING;
+  const auto accepting = group.find("printer-is-accepting-jobs");
+  queue.accepting = accepting == group.end() || ippGetBoolean(accepting->second, 0) != 0;
+  const auto reasons = group.find("printer-state-reasons");
+  const int count = reasons == group.end() ? 0 : ippGetCount(reasons->second);
+  for (int i = 0; i < count; ++i) queue.reasons.insert(ippGetString(reasons->second, i, nullptr));
+  queue.reasons.erase("none");
+  return queue;
+}
+
+const std::vector<const char*> kQueueAttributes = {"printer-name",
+                                                   "device-uri",
+                                                   "printer-make-and-model",
+                                                   "printer-state-message",
+                                                   "printer-state",
+                                                   "printer-state-reasons",
+                                                   "printer-is-accepting-jobs"};
+
+// The content of a temporary file that the library has made; the file goes.
+std::string taken(const char* path) {
+  if (path == nullptr) return "";
+  std::ifstream file(path, std::ios::binary);
+  std::string all{std::istreambuf_iterator<char>(file), {}};
+  unlink(path);
+  return all;
+}
+
+void addDevice(const char*, const char* id, const char* info, const char* makeAndModel,
+               const char* uri, const char*, void* list) {
+  // Backends that stand for any address at all tell a bare scheme.
+  if (std::string(uri).find(':') == std::string::npos) return;
+  static_cast<std::vector<Device>*>(list)->push_back({uri, info, makeAndModel, id});
+}
+
+}  // namespace
+
+std::string Description::bareName() const {
+  const size_t slash = name.rfind('/');
+  const std::string file = slash == std::string::npos ? name : name.substr(slash + 1);
+  return file.substr(0, file.find(".ppd"));
+}
+
+bool Queue::isOurs() const { return makeAndModel.starts_with(kMake); }
+
+bool PrintSystem::isThere() const {
+  http_t* connection = httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(),
+                                    1, kConnectMilliseconds, nullptr);
+  httpClose(connection);
+  return connection != nullptr;
+}
+
+bool PrintSystem::isThisMachine() const {
+  const std::string server = cupsServer();
+  return server.starts_with("/") || server == "localhost" || server == "127.0.0.1";
+}
+
+std::string PrintSystem::fault() const { return cupsLastErrorString(); }
+
+std::vector<Device> PrintSystem::devices() const {
+  std::vector<Device> found;
+  cupsGetDevices(CUPS_HTTP_DEFAULT, kDeviceSeconds, CUPS_INCLUDE_ALL, CUPS_EXCLUDE_NONE, addDevice,
+                 &found);
+  return found;
+}
+
+std::vector<Description> PrintSystem::descriptions() const {
+  const Answer answer(
+      cupsDoRequest(CUPS_HTTP_DEFAULT,
+                    request(IPP_OP_CUPS_GET_PPDS, "", {"ppd-name", "ppd-make-and-model"}), "/"));
+  std::vector<Description> all;
+  answer.forEachGroup(IPP_TAG_PRINTER, [&all](const Group& group) {
+    const std::string makeAndModel = text(group, "ppd-make-and-model");
+    if (makeAndModel.starts_with(kMake)) all.push_back({text(group, "ppd-name"), makeAndModel});
+  });
+  return all;
+}
+
+std::optional<Queue> PrintSystem::queue(const std::string& name) const {
+  const Answer answer(cupsDoRequest(
+      CUPS_HTTP_DEFAULT, request(IPP_OP_GET_PRINTER_ATTRIBUTES, name, kQueueAttributes), "/"));
+  std::optional<Queue> found;
+  answer.forEachGroup(IPP_TAG_PRINTER, [&found](const Group& group) { found = queueOf(group); });
+  return found;
+}
+
+std::vector<Queue> PrintSystem::queues() const {
+  const Answer answer(cupsDoRequest(CUPS_HTTP_DEFAULT,
+                                    request(IPP_OP_CUPS_GET_PRINTERS, "", kQueueAttributes), "/"));
+  std::vector<Queue> all;
+  answer.forEachGroup(IPP_TAG_PRINTER,
+                      [&all](const Group& group) { all.push_back(queueOf(group)); });
+  return all;
+}
+
+Job PrintSystem::newestJob(const std::string& queue) const {
+  ipp_t* asked =
+      request(IPP_OP_GET_JOBS, queue, {"job-id", "job-state", "job-printer-state-message"});
+  ippAddString(asked, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, "all");
+  const Answer answer(cupsDoRequest(CUPS_HTTP_DEFAULT, asked, "/"));
+  Job newest;
+  answer.forEachGroup(IPP_TAG_JOB, [&newest](const Group& group) {
+    if (integer(group, "job-id") <= newest.number) return;
+    newest = {integer(group, "job-id"), integer(group, "job-state"),
+              text(group, "job-printer-state-message")};
+  });
+  return newest;
+}
+
+std::string PrintSystem::queueDescription(const std::string& queue) const {
+  return taken(cupsGetPPD2(CUPS_HTTP_DEFAULT, queue.c_str()));
+}
+
+std::string PrintSystem::installedDescription(const std::string& name) const {
+  return taken(cupsGetServerPPD(CUPS_HTTP_DEFAULT, name.c_str()));
+}
+
+Description PrintSystem::installedFor(const std::string& description) const {
+  const std::string model = keyword(description, "ShortNickName");
+  for (const Description& one : descriptions()) {
+    if (one.makeAndModel.substr(0, one.makeAndModel.find(',')) == model) return one;
+  }
+  return {};
+}
+
+int PrintSystem::print(const std::string& queue, const std::string& file,
+                       const std::string& title) const {
+  return cupsPrintFile2(CUPS_HTTP_DEFAULT, queue.c_str(), file.c_str(), title.c_str(), 0, nullptr);
+}
+
+}  // namespace korvel

@@ -1,0 +1,71 @@
+// What a set-up tool asks of the print system: devices, descriptions, queues, jobs. The server is
+// the one that its neighbours would take: CUPS_SERVER, the user's settings, or this machine's.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_TOOLS_SETUP_PRINT_SYSTEM_H
+#define KORVEL_TOOLS_SETUP_PRINT_SYSTEM_H
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace korvel {
+
+struct Device {
+  std::string uri;
+  std::string info;          // for people
+  std::string makeAndModel;  // "Unknown" when the device does not tell
+  std::string id;            // its IEEE 1284 id; often empty
+};
+
+struct Description {
+  std::string name;              // as lpinfo -m has it: folders/korvel-k220-203.ppd
+  std::string makeAndModel;      // "Korvel K220 203 dpi one-way, 1.0"
+  std::string bareName() const;  // "korvel-k220-203"
+};
+
+struct Queue {
+  std::string name;
+  std::string uri;
+  std::string makeAndModel;
+  std::string message;            // what it said last
+  std::set<std::string> reasons;  // "media-empty-warning" and its kin, without "none"
+  bool stopped = false;
+  bool busy = false;
+  bool accepting = true;
+  bool isOurs() const;  // by its make
+};
+
+struct Job {
+  int number = 0;  // 0: there is none
+  int state = 0;   // an ipp_jstate_t
+  std::string message;
+};
+
+// Every call goes to the server anew. Lists are empty and texts are empty when it gives none.
+class PrintSystem {
+ public:
+  bool isThere() const;
+  bool isThisMachine() const;
+  std::string fault() const;  // why the last call gave nothing, in the server's words
+
+  std::vector<Device> devices() const;            // takes some seconds
+  std::vector<Description> descriptions() const;  // ours only
+  std::optional<Queue> queue(const std::string& name) const;
+  std::vector<Queue> queues() const;              // all, ours and others
+  Job newestJob(const std::string& queue) const;  // the one with the highest number
+
+  // Texts of printer descriptions.
+  std::string queueDescription(const std::string& queue) const;
+  std::string installedDescription(const std::string& name) const;
+  // The installed description of the same model as this text; its name is empty without one.
+  Description installedFor(const std::string& description) const;
+
+  // Returns the job's number, or 0.
+  int print(const std::string& queue, const std::string& file, const std::string& title) const;
+};
+
+}  // namespace korvel
+
+#endif
