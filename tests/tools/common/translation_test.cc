@@ -56,10 +56,11 @@ TEST(Languages, AreTheNineBesideEnglish) {
 TEST(Texts, AreGatheredFromEverySourceThatHasAny) {
   const std::regex kText(R"(\b(translated|filled|later)\()");
   std::set<std::string> sources;
-  for (const fs::directory_entry& entry : fs::directory_iterator(source("tools"))) {
-    const std::string name = entry.path().filename().string();
-    if (name.starts_with("translation.")) continue;
-    if (std::regex_search(contentOf(entry.path().string()), kText)) sources.insert("tools/" + name);
+  for (const auto& entry : fs::recursive_directory_iterator(source("tools"))) {
+    const fs::path& path = entry.path();
+    if (!entry.is_regular_file() || path.stem() == "translation") continue;
+    if (!std::regex_search(contentOf(path.string()), kText)) continue;
+    sources.insert(path.lexically_relative(KORVEL_SOURCE_DIR).string());
   }
   EXPECT_EQ(linesOf(source("po/POTFILES")), sources);
 }
