@@ -53,7 +53,7 @@ std::string verdict(const Promise* promise, bool wide, double least, double leas
   return want + (fastEnough || likeCopy ? "" : " MISSED");
 }
 
-// In the order of the promises; what nothing is promised of comes last.
+// In the order of the promises; benchmarks without a promise come last.
 std::vector<std::string> names(
     const std::map<std::string, std::map<std::string, std::vector<double>>>& forms) {
   std::vector<std::string> order;
@@ -97,25 +97,26 @@ void RatioTable::ReportRuns(const std::vector<Run>& runs) {
 
 std::string RatioTable::tableText() const {
   std::ostringstream table;
-  table << "| what | form | ms a page | least ratio | median ratio | least against copy | promised "
-           "|\n"
-        << "|---|---|---|---|---|---|---|\n";
+  table
+      << "| what | form | ms per page | least ratio | median ratio | least against copy | promised "
+         "|\n"
+      << "|---|---|---|---|---|---|---|\n";
   const auto copies = forms_.find("copy");
   for (const std::string& what : names(forms_)) {
     const auto& forms = forms_.at(what);
-    const auto plain = forms.find("plain");
+    const auto reference = forms.find("reference");
     for (const auto& [form, seconds] : forms) {
       table << "| " << what << " | " << form << " | " << text("%.3f", median(seconds) * 1e3)
             << " | ";
-      if (form == "plain" || plain == forms.end()) {
+      if (form == "reference" || reference == forms.end()) {
         table << " | | | |\n";
         continue;
       }
-      const std::vector<double> times = ratios(plain->second, seconds);
+      const std::vector<double> times = ratios(reference->second, seconds);
       const double least = *std::min_element(times.begin(), times.end());
       double leastToCopy = 0;
       if (copies != forms_.end()) {
-        const std::vector<double> toCopy = ratios(copies->second.at("plain"), seconds);
+        const std::vector<double> toCopy = ratios(copies->second.at("reference"), seconds);
         leastToCopy = *std::min_element(toCopy.begin(), toCopy.end());
       }
       table << text("%.1f | %.1f | %.2f | ", least, median(times), leastToCopy)
@@ -133,7 +134,7 @@ void RatioTable::Finalize() {
   file << "# Measured\n\nWritten by `./dev bench`. Processor: " << lineOf("model name")
        << ". Compiler: " << kCompiler
        << ".\nEach figure is processor time; ratios are taken repetition by repetition "
-          "against the plain form in the same run,\nforms interleaved at random. An A4 page has "
+          "against the reference implementation in the same run,\nin random order. An A4 page has "
           "2480 x "
           "3508 pixels. \"copy\" is memcpy of such a page.\n\n"
        << table;

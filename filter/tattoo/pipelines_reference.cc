@@ -1,10 +1,9 @@
-// The stencil halftones in their plain form: one whole image after another.
-// The law for the forms that go by stripes.
+// The stencil halftones as one whole-image operation after another.
 // SPDX-License-Identifier: Apache-2.0
 #include "tattoo/filters.h"
-#include "tattoo/literal.h"
+#include "tattoo/tattoo_reference.h"
 
-namespace literal {
+namespace reference {
 
 namespace {
 
@@ -19,17 +18,17 @@ bool hasArea(const QMImage& image) { return image.width * image.height > 0; }
 QMImage qmTattooDithering(const QMImage& src) {
   if (!hasArea(src)) return src;
   QMImage grey = cvtGray(src);
-  const int threshold = literal::thresh_global_moments(grey);
+  const int threshold = thresh_global_moments(grey);
   enh_piecewise_gamma(grey, kFixedKnee, 0.85f, 0.7f);
-  return literal::edf_cus(literal::enh_unsharp_mask(grey, kMaskAmount, kMaskSize), threshold);
+  return edf_cus(enh_unsharp_mask(grey, kMaskAmount, kMaskSize), threshold);
 }
 
 QMImage qmTattooDitheringZ4(const QMImage& src) {
   if (!hasArea(src)) return src;
   QMImage grey = cvtGray(src);
-  const int threshold = literal::thresh_global_moments(grey);
+  const int threshold = thresh_global_moments(grey);
   enh_piecewise_gamma(grey, threshold, 0.5f, 1.5f);
-  return literal::edf_cus(literal::enh_unsharp_mask(grey, kMaskAmount, kMaskSize), threshold);
+  return edf_cus(enh_unsharp_mask(grey, kMaskAmount, kMaskSize), threshold);
 }
 
-}  // namespace literal
+}  // namespace reference

@@ -1,14 +1,14 @@
 // How grey pixels reach the lanes of a diffusion kernel, and how its bits leave them.
 // Lanes are rows at different columns; both ways turn blocks of eight columns by interleaving.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_IMAGE_DIFFUSION_TRAFFIC_H
-#define KORVEL_IMAGE_DIFFUSION_TRAFFIC_H
+#ifndef KORVEL_IMAGE_DIFFUSION_FEED_AND_DRAIN_H
+#define KORVEL_IMAGE_DIFFUSION_FEED_AND_DRAIN_H
 
 #include <cstddef>
 #include <cstdint>
 
+#include "image/diffusion/diffusion_dispatch.h"
 #include "image/diffusion/diffusion_ring.h"
-#include "image/diffusion/diffusion_rows.h"
 #include "lanes/lanes.h"
 
 namespace KORVEL_TARGET {

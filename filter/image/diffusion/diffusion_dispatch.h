@@ -1,8 +1,8 @@
-// Error diffusion of whole grey pages to bits, as fast as the machine goes: nothing allocated.
-// Each kernel gives the bits that the plain form gives, on every target.
+// Error diffusion of whole grey pages to bits, for each SIMD target. It allocates nothing.
+// On every target the bits are those of the reference implementation (cximage_reference.h).
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_IMAGE_DIFFUSION_ROWS_H
-#define KORVEL_IMAGE_DIFFUSION_ROWS_H
+#ifndef KORVEL_IMAGE_DIFFUSION_DISPATCH_H
+#define KORVEL_IMAGE_DIFFUSION_DISPATCH_H
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +26,7 @@ struct DiffusionMethod {
   void (*halftone)(const DiffusionPage& page, uint8_t* scratch);  // scratch in any state
 };
 
-struct DiffusionRows {
+struct DiffusionKernels {
   DiffusionMethod floydSteinberg;
   DiffusionMethod burkes;
   DiffusionMethod stucki;
@@ -35,7 +35,7 @@ struct DiffusionRows {
   DiffusionMethod stevensonArce;
 };
 
-const DiffusionRows& diffusionRows(Target target);  // an available one
-const DiffusionRows& diffusionRows();               // the chosen target's
+const DiffusionKernels& diffusionKernels(Target target);  // an available one
+const DiffusionKernels& diffusionKernels();               // the chosen target's
 
 #endif

@@ -1,12 +1,10 @@
-// The stencil quantiser in its plain form, pixel by pixel, each error pushed to its neighbours.
-// The law for the form whose lanes are rows.
+// The stencil quantiser over whole images: each pixel's error is pushed to its neighbours.
 // SPDX-License-Identifier: Apache-2.0
 #include <vector>
 
-#include "tattoo/diffusion.h"
-#include "tattoo/literal.h"
+#include "tattoo/tattoo_reference.h"
 
-namespace literal {
+namespace reference {
 
 namespace {
 
@@ -16,8 +14,8 @@ struct Tap {
   float weight;
 };
 
-// clang-format off: the taps stand where they lie.
-// Sums to 0.940002, two taps negative: part of each error is let go (DiffusionTaps).
+// clang-format off: the layout shows where each tap is.
+// Sums to 0.940002, two taps negative: part of each error is dropped (DiffusionTaps).
 constexpr Tap kTaps[] = {
     /*                                                  */ {1, 0, 0.505786f},
     {2, 0, -0.052926f},
@@ -42,6 +40,10 @@ float missingWhite(const QMImage& out, int x, int y) {
 }
 
 }  // namespace
+
+bool isWithinBounds(int x, int y, int width, int height) {
+  return x >= 0 && x < width && y >= 0 && y < height;
+}
 
 QMImage edf_cus(const QMImage& grey, int threshold) {
   const int width = grey.width;
@@ -70,4 +72,4 @@ QMImage edf_cus(const QMImage& grey, int threshold) {
   return out;
 }
 
-}  // namespace literal
+}  // namespace reference

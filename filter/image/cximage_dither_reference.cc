@@ -1,10 +1,11 @@
-// The classic halftones in their plain form, pixel by pixel through the checked access.
-// The law for CxImage::Dither: whatever is faster gives the same bits.
+// The classic halftones, pixel by pixel.
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
-#include "image/cximage_literal.h"
+#include "image/cximage_reference.h"
 #include "image/dither_tables.h"
+
+namespace reference {
 
 namespace {
 
@@ -39,47 +40,18 @@ uint8_t bayerThreshold(int column, int row, int order) {
   return static_cast<uint8_t>(value);  // low 8 bits
 }
 
-}  // namespace
-
-bool CxImageLiteral::Dither(CxImage& image, DitherMethod method) {
-  if (image.dib == nullptr) return false;
-  if (image.header.biBitCount == 1) return true;
-  CxImage target;
-  if (!target.CreateLike(image, image.GetWidth(), image.GetHeight(), 1)) {
-    return image.TakeErrorFrom(target);
-  }
-
-  switch (method) {
-    case 0:
-      ThresholdInto(image, target);
-      break;
-    case 1:
-      OrderedInto(image, target);
-      break;
-    case 7:
-      BayerInto(image, target);
-      break;
-    default:
-      DiffuseInto(image, target, diffusionKernel(method));
-      break;
-  }
-  target.SetPaletteColor(0, 0, 0, 0, 0);
-  target.SetPaletteColor(1, 255, 255, 255, 0);
-  return image.Transfer(target);
-}
-
-void CxImageLiteral::ThresholdInto(const CxImage& image, CxImage& target) {
-  for (int64_t y = 0; y < image.Height(); ++y) {
-    for (int64_t x = 0; x < image.Width(); ++x) {
+void thresholdInto(const CxImage& image, CxImage& target) {
+  for (int64_t y = 0; y < image.GetHeight(); ++y) {
+    for (int64_t x = 0; x < image.GetWidth(); ++x) {
       const bool white = image.BlindGetPixelIndex(x, y) > kThreshold;
       target.SetPixelIndex(x, y, white ? 255 : 0);  // one bit keeps a 1 of the 255
     }
   }
 }
 
-void CxImageLiteral::OrderedInto(const CxImage& image, CxImage& target) {
-  for (int64_t y = 0; y < image.Height(); ++y) {
-    for (int64_t x = 0; x < image.Width(); ++x) {
+void orderedInto(const CxImage& image, CxImage& target) {
+  for (int64_t y = 0; y < image.GetHeight(); ++y) {
+    for (int64_t x = 0; x < image.GetWidth(); ++x) {
       const int level = (image.BlindGetPixelIndex(x, y) * 16) / 255;  // 0..16, truncates
       const int fraction = level % 16;
       const int whole = level / 16;
@@ -89,27 +61,27 @@ void CxImageLiteral::OrderedInto(const CxImage& image, CxImage& target) {
   }
 }
 
-// The order serves as the modulus too: 4 x 4 of the 16 x 16 thresholds that order 4 defines are
+// The order is also the modulus: only 4 x 4 of the 16 x 16 thresholds that order 4 defines are
 // used, so they are multiples of 16 (BayerThresholds).
-void CxImageLiteral::BayerInto(const CxImage& image, CxImage& target) {
+void bayerInto(const CxImage& image, CxImage& target) {
   constexpr int kOrder = 4;
   uint8_t thresholds[1 << (2 * kOrder)];
   for (int i = 0; i < 1 << (2 * kOrder); ++i) {
     thresholds[i] = bayerThreshold(i % kOrder, i / kOrder, kOrder);
   }
-  for (int64_t y = 0; y < image.Height(); ++y) {
-    for (int64_t x = 0; x < image.Width(); ++x) {
+  for (int64_t y = 0; y < image.GetHeight(); ++y) {
+    for (int64_t x = 0; x < image.GetWidth(); ++x) {
       const uint8_t threshold = thresholds[(x % kOrder) + kOrder * (y % kOrder)];
       target.SetPixelIndex(x, y, image.BlindGetPixelIndex(x, y) > threshold ? 1 : 0);
     }
   }
 }
 
-// The image is its own error store: each neighbour is updated in place, clamped after every
-// addition, so shares are lost at black and white. What falls outside is lost too.
-void CxImageLiteral::DiffuseInto(CxImage& image, CxImage& target, const DiffusionKernel& kernel) {
-  for (int64_t y = 0; y < image.Height(); ++y) {
-    for (int64_t x = 0; x < image.Width(); ++x) {
+// The image is its own error store: each neighbour is updated in place and clamped after every
+// addition, so shares are lost at black and white, and so are those outside the page.
+void diffuseInto(CxImage& image, CxImage& target, const DiffusionKernel& kernel) {
+  for (int64_t y = 0; y < image.GetHeight(); ++y) {
+    for (int64_t x = 0; x < image.GetWidth(); ++x) {
       const int value = image.BlindGetPixelIndex(x, y);
       const bool white = value > kThreshold;
       target.SetPixelIndex(x, y, white ? 1 : 0);
@@ -123,3 +95,32 @@ void CxImageLiteral::DiffuseInto(CxImage& image, CxImage& target, const Diffusio
     }
   }
 }
+
+}  // namespace
+
+bool Dither(CxImage& image, DitherMethod method) {
+  if (!image.IsValid()) return false;
+  if (depthOf(image) == 1) return true;
+  CxImage target;
+  if (!createLike(target, image, 1)) return false;
+
+  switch (method) {
+    case 0:
+      thresholdInto(image, target);
+      break;
+    case 1:
+      orderedInto(image, target);
+      break;
+    case 7:
+      bayerInto(image, target);
+      break;
+    default:
+      diffuseInto(image, target, diffusionKernel(method));
+      break;
+  }
+  target.SetPaletteColor(0, 0, 0, 0, 0);
+  target.SetPaletteColor(1, 255, 255, 255, 0);
+  return image.Transfer(target);
+}
+
+}  // namespace reference
