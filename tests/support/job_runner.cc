@@ -216,7 +216,10 @@ void JobRunner::start() {
     if (getppid() != parent) _exit(127);
     becomeFilter();
   }
-  for (int& descriptor : theirs_) closeOne(&descriptor);
+  for (const int channel : {0, 1, 2, kBackChannel, kSideChannel}) {
+    const bool isOutput = channel == STDOUT_FILENO || channel == STDERR_FILENO;
+    if (!isOutput || !plan_.sharesOutputs) closeOne(&theirs_[channel]);
+  }
   if (pending_.empty() && !plan_.inputStaysOpen) closeInput();
   if (plan_.outputClosesAfter == size_t{0}) closeOutput();
 }
@@ -228,6 +231,7 @@ void JobRunner::inheritSignals() const {
   sigemptyset(&blocked);
   for (const int number : plan_.blockedSignals) sigaddset(&blocked, number);
   sigprocmask(SIG_SETMASK, &blocked, nullptr);
+  if (plan_.pendingSignal != 0) raise(plan_.pendingSignal);
 }
 
 // In the child: descriptors, environment, limits, then the program itself.
@@ -298,6 +302,10 @@ void JobRunner::closeOutput() {
 }
 
 void JobRunner::closeSideChannel() { closeOne(&ours_[kSideChannel]); }
+
+void JobRunner::stopOutputsFromBlocking() {
+  for (const int channel : {STDOUT_FILENO, STDERR_FILENO}) setNonBlocking(theirs_[channel]);
+}
 
 void JobRunner::sendSignal(int number) {
   signalled_ = Clock::now();

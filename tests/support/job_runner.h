@@ -35,10 +35,12 @@ struct JobPlan {
   std::vector<int> empty;             // descriptors that are /dev/null
   std::vector<int> ignoredSignals;    // inherited as ignored
   std::vector<int> blockedSignals;    // inherited as blocked
+  int pendingSignal = 0;              // one of the blocked ones that is pending at start; 0: none
   std::string outputPath;             // standard output goes there; empty: a pipe
   int messagesDescriptor = -1;        // standard error goes there; -1: a pipe
   bool outputStalls = false;          // nobody reads standard output while the filter runs
   bool messagesStall = false;         // nor standard error
+  bool sharesOutputs = false;         // this process keeps both open as well
   bool dumpFolder = true;             // the folder of the page dumps exists
   size_t outputPipe = 0;              // bytes that the pipe of standard output holds; 0: as usual
   size_t messagesPipe = 0;            // the same of standard error
@@ -84,6 +86,8 @@ class JobRunner {
   void stallOutput(bool stalls) { plan_.outputStalls = stalls; }
   void stallMessages(bool stalls) { plan_.messagesStall = stalls; }
   void closeSideChannel();
+  // Sets O_NONBLOCK on the filter's standard output and error, as any process may that shares them.
+  void stopOutputsFromBlocking();
   void sendSignal(int number);
   // Serves until the filter ends, then collects its files. Kills it when the time is over.
   const JobResult& finish();
