@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <initializer_list>
 
 namespace {
 
@@ -30,6 +31,5 @@ void makeBlocking(int descriptor) {
 
 void restoreInheritedState() {
   deliverSignals();
-  makeBlocking(STDOUT_FILENO);
-  makeBlocking(STDERR_FILENO);
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) makeBlocking(stream);
 }

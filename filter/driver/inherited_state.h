@@ -6,8 +6,9 @@
 
 // Brings signals and descriptors to the state that the job relies on:
 // SIGPIPE ends the process (a printer's connection that is gone ends the job), SIGTERM and SIGPIPE
-// are delivered, SIGXFSZ is ignored (a file-size limit is a failed write), and standard output and
-// standard error block. Install the handler of SIGTERM first: one may be pending.
+// are delivered, SIGXFSZ is ignored (a file-size limit is a failed write), and the standard streams
+// block: the raster library would read standard input in a busy loop. Install the handler of
+// SIGTERM first: a signal may be pending.
 void restoreInheritedState();
 
 #endif

@@ -40,6 +40,7 @@ TEST(InheritedSigpipe, ALabelJobWhosePrinterIsGoneEndsByTheSignal) {
     EXPECT_EQ(job.signal, SIGPIPE) << "status " << job.exitStatus;
     EXPECT_LT(runner.timeToEnd().count(), kSoon * slowness());
     EXPECT_EQ(countOf(job.messages, "INFO: page 2"), 0u);
+    std::printf("%s: gone after %.0f ms\n", c.sentence, runner.timeToEnd().count() * 1000);
   }
 }
 
@@ -118,6 +119,19 @@ TEST(NonBlockingOutput, CarriesAllBytesToASlowReader) {
   EXPECT_EQ(job.exitStatus, 0);
   EXPECT_TRUE(job.output == want) << "sizes: have " << job.output.size() << ", want "
                                   << want.size();
+}
+
+TEST(NonBlockingInput, IsNotReadInABusyLoop) {
+  JobPlan plan = labelJob({kSmallPage});
+  plan.nonBlocking = {0};
+  plan.inputStaysOpen = true;
+  JobRunner runner(plan);
+  ASSERT_TRUE(runner.runUntilMessage("printImage: Image processing completed"));
+  runner.runFor(1.5 * slowness());
+  runner.closeInput();
+  const JobResult& job = runner.finish();
+  EXPECT_EQ(job.exitStatus, 0);
+  EXPECT_LT(job.processorSeconds, 0.5 * slowness());
 }
 
 // The flag belongs to the open file: whoever shares it can set it again while the job runs.
