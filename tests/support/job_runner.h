@@ -31,11 +31,19 @@ struct JobPlan {
   bool inputStaysOpen = false;  // more may be fed later
   std::vector<StatusAnswer> answers;  // one a drain request; then silence
   std::vector<int> closed;            // descriptors that the filter finds closed
+  std::vector<int> nonBlocking;       // descriptors that have O_NONBLOCK when the filter starts
+  std::vector<int> empty;             // descriptors that are /dev/null
+  std::vector<int> ignoredSignals;    // inherited as ignored
+  std::vector<int> blockedSignals;    // inherited as blocked
+  int pendingSignal = 0;              // one of the blocked ones that is pending at start; 0: none
   std::string outputPath;             // standard output goes there; empty: a pipe
   int messagesDescriptor = -1;        // standard error goes there; -1: a pipe
   bool outputStalls = false;          // nobody reads standard output while the filter runs
+  bool messagesStall = false;         // nor standard error
+  bool sharesOutputs = false;         // this process keeps both open as well
   bool dumpFolder = true;             // the folder of the page dumps exists
   size_t outputPipe = 0;              // bytes that the pipe of standard output holds; 0: as usual
+  size_t messagesPipe = 0;            // the same of standard error
   std::optional<size_t> outputClosesAfter;  // bytes, then the reader of standard output goes away
   bool readsByteByByte = false;  // of standard output, a millisecond a byte, while the filter runs
   std::string storm;             // on the back channel, again and again, as fast as it is read
@@ -43,7 +51,9 @@ struct JobPlan {
   std::vector<std::string> preloads;               // libraries, besides the sandbox
   unsigned user = 0;        // the filter's user, where the test itself is root; 0: the test's
   size_t addressSpace = 0;  // bytes the filter may map; 0: no limit
-  double timeout = 60;      // seconds; more on a slow build
+  std::optional<size_t> fileSize;     // bytes that a file may get
+  std::optional<size_t> descriptors;  // how many may be open
+  double timeout = 60;                // seconds; more on a slow build
 };
 
 struct JobResult {
@@ -74,7 +84,10 @@ class JobRunner {
   void closeInput();
   void closeOutput();  // the reader of standard output goes away
   void stallOutput(bool stalls) { plan_.outputStalls = stalls; }
+  void stallMessages(bool stalls) { plan_.messagesStall = stalls; }
   void closeSideChannel();
+  // Sets O_NONBLOCK on the filter's standard output and error, as any process may that shares them.
+  void stopOutputsFromBlocking();
   void sendSignal(int number);
   // Serves until the filter ends, then collects its files. Kills it when the time is over.
   const JobResult& finish();
@@ -94,6 +107,7 @@ class JobRunner {
   void openChannels();
   void start();
   [[noreturn]] void becomeFilter();
+  void inheritSignals() const;
   void serveOnce(int milliseconds);
   void writeInput();
   void readInto(int* descriptor, std::string* text);
