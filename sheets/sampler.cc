@@ -5,7 +5,7 @@
 #include <string>
 
 #include "sheets/halftoned.h"
-#include "sheets/scene.h"
+#include "sheets/pictures.h"
 #include "sheets/sheets.h"
 #include "tools/description/halftone_names.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "sheets/barcode.h"
-#include "sheets/scene.h"
+#include "sheets/pictures.h"
 #include "sheets/sheets.h"
 
 namespace korvel {

@@ -37,7 +37,7 @@ check() {
 }
 
 check 'options by their beginning' 'korvel-decode --p' '--png --pbm'
-check 'the version too' 'korvel-spool --ver' '--version'
+check 'the version too' 'korvel-setup --ver' '--version'
 check 'the options of --help' 'korvel-printer --s' '--stdin --speed --scenario'
 check 'what is to be compared' 'korvel-preview --ha' '--halftones'
 check 'queues to look at' 'korvel-preview -P l' 'labels'

@@ -7,7 +7,7 @@
 
 #include "sheets/barcode.h"
 #include "sheets/halftoned.h"
-#include "sheets/scene.h"
+#include "sheets/pictures.h"
 #include "sheets/sheets.h"
 #include "tests/tools/preview/preview_runner.h"
 
