@@ -40,6 +40,8 @@ void drawRulers(SheetPage* page) {
   }
 }
 
+constexpr double kCorners = 11.5;  // from the lower right edges to their far ends
+
 // Corners one inside the other, a millimetre apart: those that are missing have been cut off.
 void drawCorners(SheetPage* page) {
   page->frame({0, 0, page->widthMm(), page->heightMm()}, kThin);
@@ -50,6 +52,11 @@ void drawCorners(SheetPage* page) {
     page->fill({right - 7, bottom - kThin, 7, kThin});
     page->fill({right - kThin, bottom - 7, kThin, 7});
   }
+}
+
+// Whether something that ends at `right` and `bottom` would touch them.
+bool reachesCorners(const SheetPage& page, double right, double bottom) {
+  return right > page.widthMm() - kCorners && bottom > page.heightMm() - kCorners;
 }
 
 double drawTitle(SheetPage* page, const Box& room) {
@@ -94,14 +101,10 @@ struct CodeSample {
 
 // The narrow codes first, so that a small sheet has at least one of them.
 constexpr CodeSample kCodeSamples[] = {
-    {Symbology::kDataMatrix, 2, "DataMatrix"},
-    {Symbology::kDataMatrix, 3, "DataMatrix"},
-    {Symbology::kDataMatrix, 4, "DataMatrix"},
-    {Symbology::kQrCode, 2, "QR"},
-    {Symbology::kQrCode, 3, "QR"},
-    {Symbology::kQrCode, 4, "QR"},
-    {Symbology::kCode128, 2, "Code 128"},
-    {Symbology::kCode128, 3, "Code 128"},
+    {Symbology::kDataMatrix, 2, "DM"},    {Symbology::kDataMatrix, 3, "DM"},
+    {Symbology::kDataMatrix, 4, "DM"},    {Symbology::kQrCode, 2, "QR"},
+    {Symbology::kQrCode, 3, "QR"},        {Symbology::kQrCode, 4, "QR"},
+    {Symbology::kCode128, 2, "Code 128"}, {Symbology::kCode128, 3, "Code 128"},
     {Symbology::kCode128, 4, "Code 128"},
 };
 
@@ -140,6 +143,7 @@ double drawCodes(SheetPage* page, const Box& whole) {
     const Box box = boxOf(*page, sample);
     if (at.x > room.left && at.x + box.width > room.right()) at = {room.left, bottom + 1.5};
     if (box.width > room.width || at.y + box.height > room.bottom()) continue;
+    if (reachesCorners(*page, at.x + box.width, at.y + box.height)) continue;
     drawCode(page, sample, at);
     at.x += box.width + 2;
     bottom = std::max(bottom, at.y + box.height);

@@ -70,7 +70,7 @@ TEST(Barcode, IsBarsAndSpacesByTheTable) {
       // 104 + 33 is 137, modulo 103 is 34.
       {"A", "##.#..#....#.#...##...#...#.##...##...###.#.##"},
       // Start C for a pair of digits: 105 + 12 is 117, modulo 103 is 14.
-      {"12", "##.#..###..#.##..###..#..##.###..##...###.#.##"},
+      {"12", "##.#..###..#.##..###..#..##..###.##...###.#.##"},
   };
   for (const auto& c : kCases) {
     const korvel::Barcode barcode = korvel::encode(korvel::Symbology::kCode128, c.text);
