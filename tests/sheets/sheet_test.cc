@@ -1,4 +1,4 @@
-// Sizes, bars and drawings of the sheets that help.
+// Sizes, barcodes and drawings of the test sheets.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ SheetSize sizeOf(const char* description, const std::string& name) {
   return {};
 }
 
-// What the rasteriser makes of them, as the tests of the descriptions tell.
+// The sizes that the rasteriser produces; tests/ppd/ checks them.
 TEST(SheetSize, IsThePageThatTheRasteriserMakes) {
   const struct {
     const char* description;
@@ -61,21 +61,21 @@ TEST(SheetSize, IsThePageThatTheRasteriserMakes) {
   EXPECT_EQ(korvel::readSheetSizes("/no.ppd", &none), "/no.ppd is not a printer description (PPD)");
 }
 
-// Start B, the letters, the check letter by hand, stop.
-TEST(Code128, IsBarsAndSpacesByTheTable) {
+// Start B, the characters, the check character computed by hand, stop.
+TEST(Code128, HasTheBarsAndSpacesOfTheTable) {
   const struct {
     const char* text;
     const char* modules;
   } kCases[] = {
-      // 104 + 33 is 137, 34 above 103.
+      // 104 + 33 = 137; 137 mod 103 = 34.
       {"A", "##.#..#....#.#...##...#...#.##...##...###.#.##"},
-      // 104 + 17 + 2 x 18 is 157, 54 above 103.
+      // 104 + 17 + 2 x 18 = 157; 157 mod 103 = 54.
       {"12", "##.#..#....#..###..##.##..###..#.###.#.##...##...###.#.##"},
   };
   for (const auto& c : kCases) EXPECT_EQ(korvel::code128(c.text), c.modules) << c.text;
 }
 
-TEST(Code128, EveryLetterIsElevenModulesOfItsOwn) {
+TEST(Code128, EveryCharacterIsElevenModulesAndUnique) {
   std::set<std::string> seen;
   for (char letter = ' '; letter <= '~'; ++letter) {
     const std::string modules = korvel::code128(std::string(1, letter));
@@ -99,7 +99,7 @@ TEST(Sample, GoesFromPaperToBlackAndHasARamp) {
   }
 }
 
-// Every size gets a sheet that is neither empty nor drawn over its edge.
+// Every size has a sheet that is neither empty nor drawn beyond its edge.
 TEST(Calibration, FitsEverySizeAndHasItsRulers) {
   for (const char* description : {"korvel-label-203", "korvel-label-300", "korvel-stencil-300"}) {
     for (const SheetSize& size : sizesOf(description)) {
@@ -108,7 +108,7 @@ TEST(Calibration, FitsEverySizeAndHasItsRulers) {
       const korvel::DotCanvas& canvas = page.canvas();
       for (const uint8_t level : canvas.dots()) ASSERT_TRUE(level == 0 || level == 255);
       EXPECT_EQ(canvas.at(size.width - 1, size.height - 1), 255);
-      // A tick at every centimetre, four millimetres long, and paper behind it.
+      // A tick at every centimetre, four millimetres long, followed by paper.
       for (int mm = 10; mm < page.widthMm(); mm += 10) {
         EXPECT_EQ(canvas.at(page.dots(mm), page.dots(3.8)), 255) << mm;
         EXPECT_EQ(canvas.at(page.dots(mm + 0.5), page.dots(1.2)), 0) << mm;
