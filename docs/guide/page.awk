@@ -139,9 +139,16 @@ function heading(line,   level, text, id) {
 
 /^<h[1-6]>/ { heading(with_links($0)); next }
 
-# A table scrolls in its own box; a table cell is a row of its own on narrow screens.
-/^<table>/ { body = body "<div class=\"table\"><table>\n"; next }
+# A table scrolls in its own box. On narrow screens each cell is a line of its own, and those after
+# the second column show the heading of their column.
+/^<table>/ { body = body "<div class=\"table\"><table>\n"; columns = 0; next }
 /^<\/table>/ { body = body "</table></div>\n"; next }
+/^<th>/ { column_name[++columns] = without_tags($0) }
+/^<tr>/ { cell = 0 }
+/^<td>/ {
+  ++cell
+  if (columns > 2 && cell > 1) sub(/^<td>/, "<td data-label=\"" column_name[cell] ": \">")
+}
 
 /^<p><img / { paragraph = ""; in_figure = 1 }
 in_figure {
