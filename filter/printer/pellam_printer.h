@@ -112,7 +112,9 @@ class PellamPrinter {
   int GrayToMono(int bytesPerLine, int height, unsigned char* buffer);
 
   // Writes a BMP named by `bmpPathFormat_`, the time and the dump number: 8 bits per pixel as the
-  // buffer lies in memory, any other depth as 1 bit per pixel, last row first.
+  // buffer lies in memory, any other depth as 1 bit per pixel, last row first. Writes nothing when
+  // dumps are off, beyond 256 MiB per job, on a disk that is almost full, or over a file that
+  // another job is writing.
   void saveImage(const unsigned char* data, size_t bytesPerLine, size_t height, size_t width,
                  unsigned short bitsPerPixel);
 
@@ -144,8 +146,15 @@ class PellamPrinter {
   UserData* userData_ = nullptr;
 
  private:
+  // Why a dump is not written; each is logged once per job.
+  enum DumpRefusal { kDumpsOff, kDumpsTooLarge, kDumpBusy, kDiskAlmostFull, kDumpIncomplete };
+
   void dumpAndPrintResult();
+  void refuseDump(DumpRefusal reason, const char* path);
   bool halftoneForStencil(unsigned char* dst, int width, int height, int stride);
+
+  uint64_t dumpedBytes_ = 0;
+  uint32_t loggedRefusals_ = 0;  // one bit per DumpRefusal
 };
 
 #endif

@@ -68,6 +68,11 @@ void setNonBlocking(int descriptor) {
   fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
 }
 
+void limitTo(__rlimit_resource resource, size_t limit) {
+  const struct rlimit both = {limit, limit};
+  setrlimit(resource, &both);
+}
+
 // Keeps the caller's environment and adds the variables of this run.
 void addOption(const char* variable, const std::string& option) {
   const char* old = std::getenv(variable);
@@ -190,6 +195,9 @@ void JobRunner::openChannels() {
   if (plan_.outputPipe != 0) {
     fcntl(ours_[1], F_SETPIPE_SZ, static_cast<int>(plan_.outputPipe));
   }
+  if (plan_.messagesPipe != 0) {
+    fcntl(ours_[2], F_SETPIPE_SZ, static_cast<int>(plan_.messagesPipe));
+  }
   if (!plan_.outputPath.empty()) {
     closeOne(&theirs_[1]);
     theirs_[1] = open(plan_.outputPath.c_str(), O_WRONLY | O_CLOEXEC);
@@ -208,9 +216,22 @@ void JobRunner::start() {
     if (getppid() != parent) _exit(127);
     becomeFilter();
   }
-  for (int& descriptor : theirs_) closeOne(&descriptor);
+  for (const int channel : {0, 1, 2, kBackChannel, kSideChannel}) {
+    const bool isOutput = channel == STDOUT_FILENO || channel == STDERR_FILENO;
+    if (!isOutput || !plan_.sharesOutputs) closeOne(&theirs_[channel]);
+  }
   if (pending_.empty() && !plan_.inputStaysOpen) closeInput();
   if (plan_.outputClosesAfter == size_t{0}) closeOutput();
+}
+
+void JobRunner::inheritSignals() const {
+  signal(SIGPIPE, SIG_DFL);
+  for (const int number : plan_.ignoredSignals) signal(number, SIG_IGN);
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  for (const int number : plan_.blockedSignals) sigaddset(&blocked, number);
+  sigprocmask(SIG_SETMASK, &blocked, nullptr);
+  if (plan_.pendingSignal != 0) raise(plan_.pendingSignal);
 }
 
 // In the child process: sets up descriptors, environment and limits, then runs the program.
@@ -219,10 +240,12 @@ void JobRunner::becomeFilter() {
   for (int i = 0; i < 5; ++i) high[i] = fcntl(theirs_[i], F_DUPFD_CLOEXEC, 100);
   for (int i = 0; i < 5; ++i) dup2(high[i], i);
   for (const int descriptor : plan_.closed) close(descriptor);
+  for (const int descriptor : plan_.empty) dup2(open("/dev/null", O_RDWR | O_CLOEXEC), descriptor);
+  for (const int descriptor : plan_.nonBlocking) setNonBlocking(descriptor);
   close_range(5, ~0u, CLOSE_RANGE_CLOEXEC);
-  signal(SIGPIPE, SIG_DFL);
+  inheritSignals();
 
-  unsetenv("PPD");
+  for (const char* name : {"PPD", "KORVEL_DUMPS", "KORVEL_SANDBOX_DISK"}) unsetenv(name);
   if (!plan_.ppd.empty()) setenv("PPD", (folder_ + "/printer.ppd").c_str(), 1);
   if (!plan_.ppdPath.empty()) setenv("PPD", plan_.ppdPath.c_str(), 1);
   setenv("TZ", "UTC", 1);
@@ -239,14 +262,13 @@ void JobRunner::becomeFilter() {
     }
   }
   addOption("ASAN_OPTIONS", "verify_asan_link_order=0");
-  if (plan_.addressSpace != 0) {
-    const struct rlimit limit = {plan_.addressSpace, plan_.addressSpace};
-    setrlimit(RLIMIT_AS, &limit);
-  }
+  if (plan_.addressSpace != 0) limitTo(RLIMIT_AS, plan_.addressSpace);
+  if (plan_.fileSize) limitTo(RLIMIT_FSIZE, *plan_.fileSize);
   if (plan_.user != 0 && (setgid(plan_.user) != 0 || setuid(plan_.user) != 0)) _exit(127);
   std::vector<char*> words;
   for (std::string& word : command_) words.push_back(word.data());
   words.push_back(nullptr);
+  if (plan_.descriptors) limitTo(RLIMIT_NOFILE, *plan_.descriptors);
   execvp(words[0], words.data());
   _exit(127);
 }
@@ -281,6 +303,10 @@ void JobRunner::closeOutput() {
 
 void JobRunner::closeSideChannel() { closeOne(&ours_[kSideChannel]); }
 
+void JobRunner::stopOutputsFromBlocking() {
+  for (const int channel : {STDOUT_FILENO, STDERR_FILENO}) setNonBlocking(theirs_[channel]);
+}
+
 void JobRunner::sendSignal(int number) {
   signalled_ = Clock::now();
   if (pid_ != -1) kill(pid_, number);
@@ -304,7 +330,7 @@ void JobRunner::serveOnce(int milliseconds) {
   const bool stalls = plan_.outputStalls;
   struct pollfd watched[] = {{pending_.empty() ? -1 : ours_[0], POLLOUT, 0},
                              {stalls ? -1 : ours_[1], POLLIN, 0},
-                             {ours_[2], POLLIN, 0},
+                             {plan_.messagesStall ? -1 : ours_[2], POLLIN, 0},
                              {ours_[kSideChannel], POLLIN, 0}};
   if (poll(watched, std::size(watched), milliseconds) <= 0) return;
   if (watched[0].revents != 0) writeInput();

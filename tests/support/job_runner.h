@@ -28,22 +28,32 @@ struct JobPlan {
   std::optional<std::vector<std::string>> arguments;  // all after the program name, instead
   std::string input;                                  // the raster stream
   bool byPath = false;  // the input is a file, passed as the sixth argument; descriptor 0 is empty
-  bool inputStaysOpen = false;              // more can be sent later
-  std::vector<StatusAnswer> answers;        // one per drain request; then silence
-  std::vector<int> closed;                  // descriptors that are closed in the filter
-  std::string outputPath;                   // a file for standard output; empty: a pipe
-  int messagesDescriptor = -1;              // for standard error; -1: a pipe
-  bool outputStalls = false;                // standard output is not read while the filter runs
-  bool dumpFolder = true;                   // the folder of the page dumps exists
-  size_t outputPipe = 0;                    // capacity of the pipe in bytes; 0: the default
+  bool inputStaysOpen = false;        // more can be sent later
+  std::vector<StatusAnswer> answers;  // one per drain request; then silence
+  std::vector<int> closed;            // descriptors that are closed in the filter
+  std::vector<int> nonBlocking;       // descriptors that have O_NONBLOCK when the filter starts
+  std::vector<int> empty;             // descriptors that are /dev/null
+  std::vector<int> ignoredSignals;    // inherited as ignored
+  std::vector<int> blockedSignals;    // inherited as blocked
+  int pendingSignal = 0;              // a blocked signal that is pending at start; 0: none
+  std::string outputPath;             // a file for standard output; empty: a pipe
+  int messagesDescriptor = -1;        // for standard error; -1: a pipe
+  bool outputStalls = false;          // standard output is not read while the filter runs
+  bool messagesStall = false;         // standard error is not read either
+  bool sharesOutputs = false;         // this process keeps both outputs open, too
+  bool dumpFolder = true;             // the folder of the page dumps exists
+  size_t outputPipe = 0;              // capacity of the pipe in bytes; 0: the default
+  size_t messagesPipe = 0;            // the same for standard error
   std::optional<size_t> outputClosesAfter;  // bytes, then standard output is closed
   bool readsByteByByte = false;             // standard output, one byte per millisecond
   std::string storm;                        // repeated on the back channel as fast as it is read
   std::map<std::string, std::string> environment;  // added to the default; an empty value unsets
   std::vector<std::string> preloads;               // libraries, in addition to the sandbox
-  unsigned user = 0;        // the filter's user if the test runs as root; 0: the test's
-  size_t addressSpace = 0;  // limit in bytes; 0: no limit
-  double timeout = 60;      // seconds; multiplied on a slow build
+  unsigned user = 0;                  // the filter's user if the test runs as root; 0: the test's
+  size_t addressSpace = 0;            // limit in bytes; 0: no limit
+  std::optional<size_t> fileSize;     // limit of a file's size in bytes
+  std::optional<size_t> descriptors;  // limit of open descriptors
+  double timeout = 60;                // seconds; multiplied on a slow build
 };
 
 struct JobResult {
@@ -75,7 +85,11 @@ class JobRunner {
   void closeInput();
   void closeOutput();  // closes the reading end of standard output
   void stallOutput(bool stalls) { plan_.outputStalls = stalls; }
+  void stallMessages(bool stalls) { plan_.messagesStall = stalls; }
   void closeSideChannel();
+  // Sets O_NONBLOCK on the filter's standard output and error, as every process that shares them
+  // can.
+  void stopOutputsFromBlocking();
   void sendSignal(int number);
   // Serves until the filter exits, then collects its files. Kills it when the time is up.
   const JobResult& finish();
@@ -95,6 +109,7 @@ class JobRunner {
   void openChannels();
   void start();
   [[noreturn]] void becomeFilter();
+  void inheritSignals() const;
   void serveOnce(int milliseconds);
   void writeInput();
   void readInto(int* descriptor, std::string* text);
