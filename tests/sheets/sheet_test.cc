@@ -29,7 +29,7 @@ SheetSize sizeOf(const char* description, const std::string& name) {
   return {};
 }
 
-// The sizes that the tests of the PPDs prove with the real rasteriser.
+// The sizes that the rasteriser produces; tests/ppd/ checks them.
 TEST(SheetSize, IsThePageThatTheRasteriserMakes) {
   const struct {
     const char* description;
@@ -109,7 +109,7 @@ TEST(Sample, GoesFromPaperToBlackAndHasARamp) {
   }
 }
 
-// Every size gets a sheet that is neither empty nor drawn over its edge.
+// Every size has a sheet that is neither empty nor drawn beyond its edge.
 TEST(Calibration, FitsEverySizeAndHasItsRulers) {
   for (const char* description : {"korvel-label-203", "korvel-label-300", "korvel-stencil-300"}) {
     for (const SheetSize& size : sizesOf(description)) {
@@ -118,7 +118,7 @@ TEST(Calibration, FitsEverySizeAndHasItsRulers) {
       const korvel::DotCanvas& canvas = page.canvas();
       for (const uint8_t level : canvas.dots()) ASSERT_TRUE(level == 0 || level == 255);
       EXPECT_EQ(canvas.at(size.width - 1, size.height - 1), 255);
-      // A tick at every centimetre, four millimetres long, and paper behind it.
+      // A tick at every centimetre, four millimetres long, followed by paper.
       for (int mm = 10; mm < page.widthMm(); mm += 10) {
         EXPECT_EQ(canvas.at(page.dots(mm), page.dots(3.8)), 255) << mm;
         EXPECT_EQ(canvas.at(page.dots(mm + 0.5), page.dots(1.2)), 0) << mm;
