@@ -1,4 +1,4 @@
-// A compressed sheet handed to lp goes through the real spooler unscaled and unmoved.
+// A compressed sheet printed with lp passes through a real cupsd without being scaled or moved.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
