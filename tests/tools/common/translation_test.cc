@@ -126,9 +126,9 @@ TEST(Tools, UseTheUsersLanguage) {
        "korvel-setup: --check, --list ed --emulated si escludono a vicenda; vedere korvel-setup "
        "--help\n"},
       {"ja",
-       {"korvel-preview", "/nowhere.pdf"},
-       1,
-       "korvel-preview: /nowhere.pdf を読み取れません: No such file or directory。\n"},
+       {"korvel-preview"},
+       2,
+       "korvel-preview: ファイルが指定されていません。korvel-preview --help を参照してください\n"},
       {"nl", {"korvel-preview", "/"}, 1, "korvel-preview: / is een map.\n"},
       {"pl",
        {"korvel-preview", "-P", "a", "-p", "b", "c"},
