@@ -63,14 +63,17 @@ TEST(GuideColours, AreReadableInLightAndDark) {
   }
 }
 
-// Everything is switched off that could open a connection; no host name resolves.
-std::string browserCommand(const TemporaryFolder& folder, const std::string& page) {
-  return "timeout 240 chromium --headless --no-sandbox --disable-gpu --no-first-run "
-         "--disable-background-networking --disable-component-update --disable-sync "
-         "--host-resolver-rules='MAP * ~NOTFOUND' --allow-file-access-from-files "
-         "--enable-logging=stderr --virtual-time-budget=120000 --user-data-dir='" +
-         folder.file("profile") + "' --dump-dom 'file://" + page + "' > '" + folder.file("dom") +
-         "' 2> '" + folder.file("log") + "'";
+// Runs the browser on a local file, with its output in "dom" and its log in "log". Everything is
+// switched off that could open a connection; no host name resolves.
+bool browse(const TemporaryFolder& folder, const std::string& arguments, const std::string& page) {
+  const std::string command =
+      "timeout 240 chromium --headless --no-sandbox --disable-gpu --no-first-run "
+      "--disable-background-networking --disable-component-update --disable-sync "
+      "--host-resolver-rules='MAP * ~NOTFOUND' --allow-file-access-from-files "
+      "--enable-logging=stderr --user-data-dir='" +
+      folder.file("profile") + "' " + arguments + " 'file://" + page + "' > '" +
+      folder.file("dom") + "' 2> '" + folder.file("log") + "'";
+  return std::system(command.c_str()) == 0;
 }
 
 TEST(GuideInABrowser, FitsItsWidthAndFindsItsSections) {
@@ -83,14 +86,25 @@ TEST(GuideInABrowser, FitsItsWidthAndFindsItsSections) {
   const std::string page = folder.write(
       "check.html",
       replaced(replaced(source, "@GUIDE@", "file://" KORVEL_GUIDE_DIR), "@PAGES@", names));
-  ASSERT_EQ(std::system(browserCommand(folder, page).c_str()), 0) << textOf(folder.file("log"));
-  const std::string dom = textOf(folder.file("dom"));
+  ASSERT_TRUE(browse(folder, "--virtual-time-budget=120000 --dump-dom", page))
+      << folder.read("log");
+  const std::string dom = folder.read("dom");
   const std::string have = allFound(dom, "<pre id=\"result\">([^<]*)</pre>").at(0);
   const size_t count = pageNames().size();
   EXPECT_EQ(have, "checked " + std::to_string(count) + " pages, " + std::to_string(4 * count) +
                       " searches\n\nend");
-  const std::string log = textOf(folder.file("log"));
+  const std::string log = folder.read("log");
   EXPECT_EQ(log.find("CONSOLE"), std::string::npos) << log;
+}
+
+TEST(GuideInABrowser, PrintsTheQuickCardOnOnePage) {
+  if (!isInstalled("chromium")) GTEST_SKIP() << "chromium is not installed";
+  const TemporaryFolder folder;
+  const std::string arguments =
+      "--no-pdf-header-footer --print-to-pdf='" + folder.file("pdf") + "'";
+  ASSERT_TRUE(browse(folder, arguments, guideFile("quick-card.html"))) << folder.read("log");
+  EXPECT_EQ(allFound(folder.read("pdf"), "/Type /Pages\\s*/Count ([0-9]+)"),
+            std::vector<std::string>{"1"});
 }
 
 }  // namespace
