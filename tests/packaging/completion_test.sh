@@ -37,7 +37,7 @@ check() {
 }
 
 check 'options by prefix' 'korvel-decode --p' '--png --pbm'
-check '--version' 'korvel-spool --ver' '--version'
+check '--version' 'korvel-setup --ver' '--version'
 check 'the options of --help' 'korvel-printer --s' '--stdin --speed --scenario'
 check 'the halftone comparison' 'korvel-preview --ha' '--halftones'
 check 'queues to preview' 'korvel-preview -P l' 'labels'

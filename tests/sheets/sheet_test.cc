@@ -7,7 +7,7 @@
 
 #include "sheets/barcode.h"
 #include "sheets/halftoned.h"
-#include "sheets/scene.h"
+#include "sheets/pictures.h"
 #include "sheets/sheets.h"
 #include "tests/tools/preview/preview_runner.h"
 
@@ -61,30 +61,40 @@ TEST(SheetSize, IsThePageThatTheRasteriserMakes) {
   EXPECT_EQ(korvel::readSheetSizes("/no.ppd", &none), "/no.ppd is not a printer description (PPD)");
 }
 
-// Start B, the characters, the check character computed by hand, stop.
-TEST(Code128, HasTheBarsAndSpacesOfTheTable) {
+// The modules of Code 128 by hand: start, characters, check character, stop.
+TEST(Barcode, IsBarsAndSpacesByTheTable) {
   const struct {
     const char* text;
     const char* modules;
   } kCases[] = {
-      // 104 + 33 = 137; 137 mod 103 = 34.
+      // 104 + 33 is 137, modulo 103 is 34.
       {"A", "##.#..#....#.#...##...#...#.##...##...###.#.##"},
-      // 104 + 17 + 2 x 18 = 157; 157 mod 103 = 54.
-      {"12", "##.#..#....#..###..##.##..###..#.###.#.##...##...###.#.##"},
+      // Start C for a pair of digits: 105 + 12 is 117, modulo 103 is 14.
+      {"12", "##.#..###..#.##..###..#..##..###.##...###.#.##"},
   };
-  for (const auto& c : kCases) EXPECT_EQ(korvel::code128(c.text), c.modules) << c.text;
+  for (const auto& c : kCases) {
+    const korvel::Barcode barcode = korvel::encode(korvel::Symbology::kCode128, c.text);
+    std::string modules;
+    for (int x = 0; x < barcode.width; ++x) modules += barcode.at(x, 0) ? '#' : '.';
+    EXPECT_EQ(modules, c.modules) << c.text;
+    EXPECT_EQ(barcode.height, 1);
+  }
 }
 
-TEST(Code128, EveryCharacterIsElevenModulesAndUnique) {
-  std::set<std::string> seen;
-  for (char letter = ' '; letter <= '~'; ++letter) {
-    const std::string modules = korvel::code128(std::string(1, letter));
-    EXPECT_EQ(modules.size(), 11u * 3 + 13) << letter;
-    const std::string own = modules.substr(11, 11);
-    EXPECT_EQ(std::count(own.begin(), own.end(), '#') % 2, 0) << letter;
-    seen.insert(own);
-  }
-  EXPECT_EQ(seen.size(), 95u);
+TEST(Barcode, IsDrawnInWholeDots) {
+  const korvel::Barcode barcode = {
+      korvel::Symbology::kDataMatrix, 2, 2, {true, false, false, true}};
+  korvel::DotCanvas canvas(6, 6);
+  korvel::drawBarcode(&canvas, barcode, 1, 1, 2);
+  std::string drawn;
+  for (const uint8_t level : canvas.dots()) drawn += level == 0 ? '.' : '#';
+  EXPECT_EQ(drawn,
+            "......"
+            ".##..."
+            ".##..."
+            "...##."
+            "...##."
+            "......");
 }
 
 TEST(Sample, GoesFromPaperToBlackAndHasARamp) {

@@ -39,7 +39,7 @@ class Installed : public testing::Test {
 
 TEST_F(Installed, EveryToolSpeaksTheUsersLanguage) {
   for (const char* name :
-       {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup", "korvel-spool"}) {
+       {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup"}) {
     const CommandResult help = runInstalled({name, "--help"});
     EXPECT_EQ(help.status, 0) << name;
     EXPECT_TRUE(help.output.starts_with(std::string("Aufruf: ") + name)) << help.output;
