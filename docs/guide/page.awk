@@ -159,6 +159,7 @@ in_figure {
 
 {
   line = with_links($0)
+  sub(/<pre>/, "<pre tabindex=\"0\">", line)  # so that it can be scrolled with the keyboard
   body = body line "\n"
   section_text = section_text " " line
 }
@@ -201,12 +202,13 @@ END {
   print "<script src=\"search-index.js\" defer></script>\n<script src=\"guide.js\" defer></script>"
   print "</head>\n<body class=\"page-" page "\">"
   print "<a class=\"skip\" href=\"#content\">Skip to the content</a>"
-  print "<input type=\"checkbox\" id=\"menu\" aria-label=\"Show all pages\">"
   print "<header>\n<a class=\"brand\" href=\"index.html\">" product "</a>"
   print "<div class=\"search\" role=\"search\" hidden><input type=\"search\" id=\"query\" placeholder=\"Search\"" \
     " aria-label=\"Search the guide\" autocomplete=\"off\" spellcheck=\"false\"><div id=\"results\" role=\"status\" hidden></div></div>"
   print "<label for=\"menu\">Pages</label>\n</header>"
-  print "<div class=\"columns\">\n<nav class=\"pages\" aria-label=\"Pages\">\n" navigation() "</nav>"
+  print "<div class=\"columns\">\n<nav class=\"pages\" aria-label=\"Pages\">"
+  print "<input type=\"checkbox\" id=\"menu\" aria-label=\"Show all pages\">"
+  print "<div class=\"list\">\n" navigation() "</div>\n</nav>"
   print "<main id=\"content\">\n<article>\n" body "</article>"
   print "<nav class=\"steps\" aria-label=\"Previous and next page\">\n" \
     link_to(here - 1, "prev", "Previous") link_to(here + 1, "next", "Next") "</nav>"
