@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "tests/spooler/documents.h"
-#include "tests/spooler/printer_process.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace {
 
@@ -62,7 +62,7 @@ class ReportingQueue : public testing::Test {
 
   TemporaryFolder files_;
   PrivateSpooler spooler_;
-  PrinterProcess printer_;
+  ListeningPrinter printer_;
 };
 
 TEST_F(ReportingQueue, TellsOfMissingPaperBeforeTheJobAndGoesOnWithNewPaper) {

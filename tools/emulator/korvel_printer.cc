@@ -1,5 +1,5 @@
-// korvel-printer: behaves as the printer at the other end of a connection. Takes the command
-// stream, answers status requests, and writes what a user would hold in hand as pictures.
+// korvel-printer: emulates a printer. It receives the command stream, answers status requests, and
+// writes pictures of the printed sheets.
 // SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,123 +12,128 @@
 
 #include "tools/common/arguments.h"
 #include "tools/common/translation.h"
-#include "tools/emulator/printer_scenario.h"
 #include "tools/emulator/printer_server.h"
+#include "tools/stream/printer_scenario.h"
 
 namespace {
 
-constexpr const char* kUsage = korvel::later(
-    "Usage: korvel-printer [OPTION]...\n"
-    "Stands in for a printer: listens on a port of this machine, takes the command stream, "
-    "answers\n"
-    "status requests, prints a line an event, and draws a picture a sheet.\n\n"
-    "  --port N           listen on port N (9100); 0 picks one and prints its number\n"
-    "  --control-port N   take scenarios on port N, a line each; 0 as above\n"
-    "  --stdin            read one stream from standard input, no port\n"
-    "  --reply-fd N       with --stdin: write the replies to descriptor N\n"
-    "  --out DIR          write each sheet to DIR/sheet-<number>.png\n"
-    "  --pages            write each page's dots alone to DIR/page-<number>.png\n"
-    "  --dpi N            the head's dots per inch (203)\n"
-    "  --speed N          the motor's millimetres per second (150)\n"
-    "  --media KIND       gap, mark, continuous or sheet (gap)\n"
-    "  --scenario TEXT    let something go wrong; may be given more than once:\n"
-    "                       out-of-paper [for SECONDS] [after PAGES], load\n"
-    "                       cover open, cover close, cover for SECONDS [at PAGE]\n"
-    "                       silent [for SECONDS], silent off, noise BYTES, glue\n"
-    "                       split [BYTES], split off, slow BYTES_PER_SECOND, slow off\n"
-    "                       stall for SECONDS [after BYTES], disconnect [after BYTES]\n"
-    "                     on the control port also: state, quit\n"
-    "  --once             end when the first connection has closed and its pages are out\n"
-    "  -q, --quiet        print no events\n"
-    "  --help, --version\n\n"
-    "Status: 0 a normal end, 1 a port or a picture failed, 2 wrong usage.\n");
+constexpr char kProgram[] = "korvel-printer";
+
+using korvel::later;
+
+const korvel::Help kHelp = {
+    later("Usage: korvel-printer [OPTION]..."),
+    later("Emulates a printer: listens on a port of this machine, receives the command stream, "
+          "answers status requests, prints one line per event, and draws one picture per sheet."),
+    {later("--port N\tListen on port N (9100); 0 chooses a port and prints its number."),
+     later("--control-port N\tAccept scenarios on port N, one per line; 0 as for --port."),
+     later("--stdin\tRead one stream from standard input; do not listen."),
+     later("--reply-fd N\tWith --stdin: write the replies to descriptor N."),
+     later("--out DIR\tWrite each sheet to DIR/sheet-<number>.png."),
+     later("--pages\tAlso write the dots of each page to DIR/page-<number>.png."),
+     later("--dpi N\tDots per inch of the print head (203)."),
+     later("--speed N\tMillimetres of paper per second (150)."),
+     later("--media KIND\tgap, mark, continuous or sheet (gap)."),
+     later("--scenario TEXT\tSimulate a fault; may be repeated."),
+     later("--once\tExit after the first connection, when its pages have been printed."),
+     later("-q, --quiet\tPrint no events.")},
+    later("Scenarios (on the control port also state and quit):"),
+    {"out-of-paper [for SECONDS] [after PAGES]", "load",
+     "cover open, cover close, cover for SECONDS [at PAGE]", "silent [for SECONDS], silent off",
+     "reply true|nothing|ready|paper-out|cover-open|HEX [times N]",
+     "noise BYTES, split [BYTES], split off, glue", "slow BYTES_PER_SECOND, slow off",
+     "stall for SECONDS [after BYTES]", "disconnect [after BYTES]"},
+    later("Exit status: 0 success, 1 a port or a picture failed, 2 wrong usage.")};
 
 using korvel::Arguments;
+using korvel::Failure;
 using korvel::filled;
+using korvel::Result;
 using korvel::ScenarioKind;
 using korvel::translated;
 
-korvel::Media media(Arguments* words) {
-  const std::string text = words->value();
+korvel::Media media(Arguments* arguments) {
+  const std::string text = arguments->value();
   if (text == "gap") return korvel::Media::kGap;
   if (text == "mark") return korvel::Media::kMark;
   if (text == "continuous") return korvel::Media::kContinuous;
   if (text == "sheet") return korvel::Media::kSheet;
-  words->wrong(filled("--media wants gap, mark, continuous or sheet, have '%s'", text.c_str()));
+  arguments->wrong(filled("--media needs gap, mark, continuous or sheet, not '%s'", text.c_str()));
 }
 
-korvel::Scenario scenario(Arguments* words) {
-  const std::string text = words->value();
-  korvel::Scenario parsed;
-  std::string fault;
-  if (!korvel::parseScenario(text, &parsed, &fault)) words->wrong("--scenario: " + fault);
-  if (parsed.kind == ScenarioKind::kState || parsed.kind == ScenarioKind::kQuit) {
-    words->wrong(filled("--scenario: '%s' belongs on the control port", text.c_str()));
+korvel::Scenario scenario(Arguments* arguments) {
+  const std::string text = arguments->value();
+  const korvel::Result<korvel::Scenario> parsed = korvel::parseScenario(text);
+  if (!parsed) arguments->wrong("--scenario: " + parsed.sentence());
+  const ScenarioKind kind = parsed.value().kind;
+  if (kind == ScenarioKind::kState || kind == ScenarioKind::kQuit) {
+    arguments->wrong(filled("--scenario: '%s' is for the control port", text.c_str()));
   }
-  return parsed;
+  if (korvel::needsSpooler(parsed.value())) {
+    arguments->wrong(filled("--scenario: '%s' needs a spooler's side channel", text.c_str()));
+  }
+  return parsed.value();
 }
 
-// Takes the option at hand when it has a value; false when there is no such option.
-bool takeValued(Arguments* words, korvel::ServerOptions* options) {
-  if (words->is("--port")) {
-    options->port = words->number(0, 65535);
-  } else if (words->is("--control-port")) {
-    options->controlPort = words->number(0, 65535);
-  } else if (words->is("--reply-fd")) {
-    options->replyDescriptor = words->number(0, 1023);
-  } else if (words->is("--out")) {
-    options->folder = words->value();
-    if (options->folder.empty()) words->wrong(translated("--out wants a folder"));
-  } else if (words->is("--dpi")) {
-    options->body.dpi = static_cast<unsigned>(words->number(1, 9999));
-  } else if (words->is("--speed")) {
-    options->body.speed = static_cast<unsigned>(words->number(1, 100000));
-  } else if (words->is("--media")) {
-    options->body.media = media(words);
-  } else if (words->is("--scenario")) {
-    options->scenarios.push_back(scenario(words));
+// False when the current argument is no option with a value.
+bool takeValued(Arguments* arguments, korvel::ServerOptions* options) {
+  if (arguments->is("--port")) {
+    options->port = arguments->number(0, 65535);
+  } else if (arguments->is("--control-port")) {
+    options->controlPort = arguments->number(0, 65535);
+  } else if (arguments->is("--reply-fd")) {
+    options->replyDescriptor = arguments->number(0, 1023);
+  } else if (arguments->is("--out")) {
+    options->folder = arguments->nonEmptyValue();
+  } else if (arguments->is("--dpi")) {
+    options->body.dpi = static_cast<unsigned>(arguments->number(1, 9999));
+  } else if (arguments->is("--speed")) {
+    options->body.speed = static_cast<unsigned>(arguments->number(1, 100000));
+  } else if (arguments->is("--media")) {
+    options->body.media = media(arguments);
+  } else if (arguments->is("--scenario")) {
+    options->scenarios.push_back(scenario(arguments));
   } else {
     return false;
   }
   return true;
 }
 
-void checkTogether(const Arguments& words, bool port, const korvel::ServerOptions& options) {
+void checkTogether(const Arguments& arguments, bool port, const korvel::ServerOptions& options) {
   const int replies = options.replyDescriptor;
   if (port && options.standardInput)
-    words.wrong(translated("--port and --stdin exclude each other"));
+    arguments.wrong(translated("--port and --stdin cannot be combined"));
   if (replies >= 0 && !options.standardInput)
-    words.wrong(translated("--reply-fd wants --stdin beside it"));
+    arguments.wrong(translated("--reply-fd needs --stdin"));
   if (replies >= 0 && fcntl(replies, F_GETFD) < 0) {
-    words.wrong(filled("--reply-fd: descriptor %d is not open", replies));
+    arguments.wrong(filled("--reply-fd: descriptor %d is not open", replies));
   }
-  if (options.pages && options.folder.empty())
-    words.wrong(translated("--pages wants --out beside it"));
+  if (options.pages && options.folder.empty()) arguments.wrong(translated("--pages needs --out"));
 }
 
 korvel::ServerOptions parseArguments(int argc, char** argv) {
   korvel::ServerOptions options;
   bool port = false;
-  Arguments words(argc, argv, "korvel-printer", korvel::translated(kUsage));
-  while (words.next()) {
-    port = port || words.is("--port");
-    if (words.is("--stdin")) {
+  Arguments arguments(argc, argv, kProgram, kHelp);
+  while (arguments.next()) {
+    port = port || arguments.is("--port");
+    if (arguments.is("--stdin")) {
       options.standardInput = true;
-    } else if (words.is("--pages")) {
+    } else if (arguments.is("--pages")) {
       options.pages = true;
-    } else if (words.is("--once")) {
+    } else if (arguments.is("--once")) {
       options.once = true;
-    } else if (words.is("-q", "--quiet")) {
+    } else if (arguments.is("-q", "--quiet")) {
       options.quiet = true;
-    } else if (!takeValued(&words, &options)) {
-      words.unknown();
+    } else if (!takeValued(&arguments, &options)) {
+      arguments.unknown();
     }
   }
-  checkTogether(words, port, options);
+  checkTogether(arguments, port, options);
   return options;
 }
 
-// Events must not land in a connection that got the number of a closed standard output.
+// Otherwise a connection could get the number of a closed standard output, and receive the events.
 void reserveStandardDescriptors() {
   int fd = open("/dev/null", O_RDWR);
   while (fd >= 0 && fd <= 2) fd = open("/dev/null", O_RDWR);
@@ -139,7 +144,7 @@ volatile std::sig_atomic_t stopped = 0;
 
 void stop(int) { stopped = 1; }
 
-// Both ends of a job's life arrive between two rounds of the loop, never inside one.
+// The signals are delivered between two rounds of the server's loop, never inside one.
 void catchSignals() {
   struct sigaction action = {};
   action.sa_handler = stop;
@@ -154,17 +159,22 @@ void catchSignals() {
   sigprocmask(SIG_BLOCK, &signals, nullptr);
 }
 
-bool complain(const std::string& fault) {
-  std::fprintf(stderr, "korvel-printer: %s\n", fault.c_str());
-  return false;
+Result<void> createFolder(const std::string& folder) {
+  std::error_code reason;
+  if (folder.empty() || std::filesystem::is_directory(folder)) return {};
+  std::filesystem::create_directories(folder, reason);
+  if (!reason) return {};
+  return Failure{
+      filled("Cannot create the folder %s: %s.", folder.c_str(), reason.message().c_str())};
 }
 
-bool makeFolder(const std::string& folder) {
-  std::error_code reason;
-  if (folder.empty() || std::filesystem::is_directory(folder)) return true;
-  std::filesystem::create_directories(folder, reason);
-  return !reason || complain(filled("cannot make the folder %s: %s", folder.c_str(),
-                                    reason.message().c_str()));
+Result<bool> run(const korvel::ServerOptions& options) {
+  const Result<void> created = createFolder(options.folder);
+  if (!created) return created.failure();
+  korvel::PrinterServer server(options);
+  const Result<void> opened = server.open();
+  if (!opened) return opened.failure();
+  return server.run(stopped);
 }
 
 }  // namespace
@@ -175,12 +185,7 @@ int main(int argc, char** argv) {
   const korvel::ServerOptions options = parseArguments(argc, argv);
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   catchSignals();
-  if (!makeFolder(options.folder)) return 1;
-  korvel::PrinterServer server(options);
-  const std::string fault = server.open();
-  if (!fault.empty()) {
-    complain(fault);
-    return 1;
-  }
-  return server.run(stopped) ? 0 : 1;
+  const Result<bool> good = run(options);
+  if (!good) return korvel::reportFailure(kProgram, good.sentence());
+  return good.value() ? 0 : 1;
 }

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "tools/stream/status_script.h"
+#include "tools/stream/printer_model.h"
 #include "tools/stream/stream_listing.h"
 
 namespace korvel {
@@ -182,18 +182,18 @@ bool PrinterWorld::apply(const Scenario& scenario, Micros now) {
 
 // ---- The motor ----
 
-Micros PrinterWorld::timeOf(size_t lines) const {
-  return static_cast<Micros>(lines) * 25'400'000 / (Micros{body_.dpi} * body_.speed);
+Micros PrinterWorld::timeOf(size_t rows) const {
+  return static_cast<Micros>(rows) * 25'400'000 / (Micros{body_.dpi} * body_.speed);
 }
 
-size_t PrinterWorld::linesToMove(const Step& step) const {
+size_t PrinterWorld::rowsToMove(const Step& step) const {
   const bool hasGaps = body_.media == Media::kGap || body_.media == Media::kMark;
-  if (step.kind == Step::Kind::kPage) return step.lines;
+  if (step.kind == Step::Kind::kPage) return step.rows;
   if (step.kind != Step::Kind::kFeed) return 0;
-  if (step.mode == kFeedLines) return step.lines;
-  if (step.mode == kFeedBack) return leadLines_ + (ahead_ ? linesOf(kEdgeTenths) : 0);
+  if (step.mode == kFeedLines) return step.rows;
+  if (step.mode == kFeedBack) return leadRows_ + (ahead_ ? rowsOf(kEdgeTenths) : 0);
   if (!isToEdge(step.mode) || ahead_) return 0;
-  return linesOf(kEdgeTenths) + (hasGaps ? linesOf(kGapTenths) : 0);
+  return rowsOf(kEdgeTenths) + (hasGaps ? rowsOf(kGapTenths) : 0);
 }
 
 // Ends the first step if its way is done; a step that moves nothing needs neither paper nor cover.
@@ -202,7 +202,7 @@ bool PrinterWorld::finishStep() {
   Step& first = steps_.front();
   if (!first.begun) {
     first.begun = true;
-    first.duration = timeOf(linesToMove(first));
+    first.duration = timeOf(rowsToMove(first));
     done_ = 0;
     return true;
   }
@@ -239,24 +239,24 @@ void PrinterWorld::finish(Step* step) {
 // Paper that was brought to the edge and not back again is blank at the head of this sheet.
 void PrinterWorld::finishPage(Step* step) {
   last_ = std::move(step->sheet);
-  last_->lead(leadLines_ + (ahead_ ? linesOf(kEdgeTenths) : 0));
+  last_->lead(leadRows_ + (ahead_ ? rowsOf(kEdgeTenths) : 0));
   lastNumber_ = step->number;
   lastIsOut_ = false;
   ahead_ = false;
-  leadLines_ = 0;
+  leadRows_ = 0;
 }
 
 void PrinterWorld::finishFeed(const Step& step) {
   if (step.mode == kFeedLines && last_ && !lastIsOut_) {
-    last_->feed(step.lines);
+    last_->feed(step.rows);
   } else if (step.mode == kFeedLines) {
-    leadLines_ += step.lines;
+    leadRows_ += step.rows;
   } else if (step.mode == kFeedBack) {
     ahead_ = false;
-    leadLines_ = 0;
+    leadRows_ = 0;
   } else if (isToEdge(step.mode) && !ahead_ && body_.media != Media::kSheet) {
     ahead_ = true;
-    if (last_ && body_.media != Media::kContinuous) last_->feed(linesOf(kGapTenths));
+    if (last_ && body_.media != Media::kContinuous) last_->feed(rowsOf(kGapTenths));
     endLastSheet(SheetEnd::kTear, "fed");
   }
 }
@@ -301,7 +301,7 @@ void PrinterWorld::take(const StreamItem& item, Micros now) {
 void PrinterWorld::takeFeed(const StreamItem& item) {
   push(Step::Kind::kFeed);
   steps_.back().mode = item.data[0];
-  steps_.back().lines = item.word(1);
+  steps_.back().rows = item.word(1);
   if (item.data[0] == kFeedToMarkEdge && body_.media != Media::kMark) {
     event("no mark on this paper: feed mode 5 goes to the edge");
   }
@@ -327,7 +327,7 @@ void PrinterWorld::closeImage() {
   const size_t head = headDots(body_.dpi);
   auto sheet = std::make_unique<SheetPicture>(std::move(*image_), head);
   image_.reset();
-  event("image " + std::to_string(sheet->pageLines()) + " rows x " +
+  event("image " + std::to_string(sheet->pageRows()) + " rows x " +
         std::to_string(sheet->rowBytes()) + " bytes");
   if (sheet->pageRight() > head) {
     event("page " + std::to_string(pages_) + " ends at dot " + std::to_string(sheet->pageRight()) +
@@ -336,7 +336,7 @@ void PrinterWorld::closeImage() {
   watcher_.page(pages_, sheet->page());
   push(Step::Kind::kPage);
   steps_.back().number = pages_;
-  steps_.back().lines = sheet->pageLines();
+  steps_.back().rows = sheet->pageRows();
   steps_.back().sheet = std::move(sheet);
   waitsForOut_ = true;
 }

@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/emulator/printer_scenario.h"
 #include "tools/emulator/sheet_picture.h"
 #include "tools/stream/page_picture.h"
-#include "tools/stream/printer_body.h"
+#include "tools/stream/printer_model.h"
+#include "tools/stream/printer_scenario.h"
 #include "tools/stream/stream_decoder.h"
 
 namespace korvel {
@@ -59,7 +59,7 @@ class PrinterWorld {
     enum class Kind { kPageStart, kFeed, kCut, kPage, kSheetOut };
     Kind kind = Kind::kPageStart;
     unsigned mode = 0;                              // kFeed
-    size_t lines = 0;                               // kFeed in mode 0, kPage
+    size_t rows = 0;                                // kFeed in mode 0, kPage
     unsigned number = 0;                            // kPage
     std::unique_ptr<SheetPicture> sheet = nullptr;  // kPage
     bool begun = false;
@@ -70,9 +70,9 @@ class PrinterWorld {
     int64_t milliPages;  // from the world's start
   };
 
-  size_t linesOf(unsigned tenthsOfMm) const { return size_t{body_.dpi} * tenthsOfMm / 254; }
-  Micros timeOf(size_t lines) const;
-  size_t linesToMove(const Step& step) const;
+  size_t rowsOf(unsigned tenthsOfMm) const { return size_t{body_.dpi} * tenthsOfMm / 254; }
+  Micros timeOf(size_t rows) const;
+  size_t rowsToMove(const Step& step) const;
   bool canMove() const { return loaded_ && !coverOpen_; }
   bool moving() const { return !steps_.empty() && steps_.front().begun && canMove(); }
   Micros momentOf(const Trigger& trigger) const;
@@ -116,7 +116,7 @@ class PrinterWorld {
   Micros done_ = 0;         // of the first step
   unsigned sheets_ = 0;     // out
   bool ahead_ = false;      // the paper stands at the tear-off edge
-  size_t leadLines_ = 0;    // fed before the next page
+  size_t leadRows_ = 0;     // fed before the next page
   std::unique_ptr<SheetPicture> last_;
   unsigned lastNumber_ = 0;
   bool lastIsOut_ = false;

@@ -67,7 +67,7 @@ std::string serve(PrinterProcess* printer, int port, const std::vector<uint8_t>&
 }
 
 TEST(PrinterMalformed, AStreamMayEndBetweenPacketsOnly) {
-  PrinterProcess printer({"--port", "0", "--speed", "100000"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--speed", "100000"});
   const int port = printer.number();
   const std::vector<uint8_t> whole = hexBytes(kStream);
   ASSERT_EQ(kLength, whole.size());
@@ -113,7 +113,7 @@ std::string answerToWrongByte(size_t offset) {
 }
 
 TEST(PrinterMalformed, AWrongByteIsNamedWhereverItStands) {
-  PrinterProcess printer({"--port", "0", "--speed", "100000"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--speed", "100000"});
   const int port = printer.number();
   for (size_t offset = 0; offset < kLength; ++offset) {
     std::vector<uint8_t> bytes = hexBytes(kStream);
@@ -134,7 +134,7 @@ TEST(PrinterMalformed, AWrongByteIsNamedWhereverItStands) {
 }
 
 TEST(PrinterMalformed, NothingIsAnsweredBehindABreach) {
-  PrinterProcess printer({"--port", "0"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0"});
   const int port = printer.number();
   const std::string request = "64 10 40 00 00 00 00 00 00 9B";
   HostConnection host(port);

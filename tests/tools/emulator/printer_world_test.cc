@@ -92,10 +92,9 @@ class World {
     } else if (what == "break off") {
       world_.breakOff(at);
     } else if (what.starts_with("give ")) {
-      Scenario scenario;
-      std::string fault;
-      EXPECT_TRUE(parseScenario(what.substr(5), &scenario, &fault)) << fault;
-      EXPECT_TRUE(world_.apply(scenario, at));
+      const Result<Scenario> scenario = parseScenario(what.substr(5));
+      EXPECT_TRUE(scenario.ok()) << what;
+      EXPECT_TRUE(world_.apply(scenario.value(), at));
     } else {
       world_.take(itemOf(what), at);
     }
@@ -562,14 +561,13 @@ TEST(PrinterWorld, TellsItsStateInOneLine) {
             (*world).stateText());
 }
 
-TEST(PrinterWorld, LeavesTheLineToOthers) {
+TEST(PrinterWorld, LeavesTheConnectionToOthers) {
   World world(Media::kGap);
   for (const char* text : {"silent", "noise 1", "split", "glue", "slow 1", "stall for 1",
                            "disconnect", "state", "quit"}) {
-    Scenario scenario;
-    std::string fault;
-    ASSERT_TRUE(parseScenario(text, &scenario, &fault)) << fault;
-    EXPECT_FALSE((*world).apply(scenario, 0)) << text;
+    const Result<Scenario> scenario = parseScenario(text);
+    ASSERT_TRUE(scenario.ok()) << text;
+    EXPECT_FALSE((*world).apply(scenario.value(), 0)) << text;
   }
 }
 

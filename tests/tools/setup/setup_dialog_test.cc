@@ -1,12 +1,12 @@
 // What counts as a yes to a question, in the words of several languages.
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/setup/setup_dialogue.h"
+#include "tools/setup/setup_dialog.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-TEST(SetupDialogue, TakesAYesInTheUsersLanguageAndInEnglish) {
+TEST(SetupDialog, AcceptsYesInTheUsersLanguageAndInEnglish) {
   const struct {
     const char* sentence;
     const char* answer;

@@ -1,6 +1,6 @@
 // Counters in bytes and moments in time; the descriptors are the caller's.
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/emulator/printer_line.h"
+#include "tools/stream/printer_connection.h"
 
 #include <algorithm>
 
@@ -12,7 +12,7 @@ constexpr int64_t kSlowReadsPerSecond = 20;
 
 }  // namespace
 
-bool PrinterLine::apply(const Scenario& scenario, Micros now) {
+bool PrinterConnection::apply(const Scenario& scenario, Micros now) {
   switch (scenario.kind) {
     case ScenarioKind::kSilent:
       silentForEver_ = scenario.duration == kForEver;
@@ -26,6 +26,9 @@ bool PrinterLine::apply(const Scenario& scenario, Micros now) {
       return true;
     case ScenarioKind::kGlue:
       twice_ = true;
+      return true;
+    case ScenarioKind::kReply:
+      scripted_.push_back(scenario);
       return true;
     case ScenarioKind::kSlow:
       bytesPerSecond_ = scenario.bytes;
@@ -44,7 +47,7 @@ bool PrinterLine::apply(const Scenario& scenario, Micros now) {
 }
 
 // Never past the byte at which something happens.
-size_t PrinterLine::readable(Micros now) const {
+size_t PrinterConnection::readable(Micros now) const {
   if (now < readAgainAt_ || mustHangUp()) return 0;
   int64_t most = kMostAtOnce;
   if (bytesPerSecond_ != 0) {
@@ -55,7 +58,7 @@ size_t PrinterLine::readable(Micros now) const {
   return static_cast<size_t>(most);
 }
 
-void PrinterLine::took(size_t bytes, Micros now) {
+void PrinterConnection::took(size_t bytes, Micros now) {
   const auto count = static_cast<int64_t>(bytes);
   if (bytesPerSecond_ != 0) {
     readAgainAt_ = std::max(readAgainAt_, now) + count * 1'000'000 / bytesPerSecond_;
@@ -68,25 +71,52 @@ void PrinterLine::took(size_t bytes, Micros now) {
   stallIn_.reset();
 }
 
-std::vector<PrinterLine::Piece> PrinterLine::pieces(const std::string& reply, Micros now) {
-  std::vector<Piece> pieces;
-  if (isSilent(now)) return pieces;
+// Without a script, and after its end, the printer's true reply.
+Scenario PrinterConnection::nextScripted() {
+  if (scripted_.empty()) return Scenario();
+  const Scenario next = scripted_.front();
+  if (--scripted_.front().times == 0) scripted_.pop_front();
+  return next;
+}
+
+PrinterConnection::Reply PrinterConnection::answer(const std::string& reply, Micros now) {
+  const Scenario scripted = nextScripted();
+  if (isSilent(now)) return {ReplyKind::kNothing, {}};
+  if (scripted.reply == ReplyKind::kBytes) {
+    return {scripted.reply, scheduled(scripted.pieces, now)};
+  }
+  if (scripted.reply != ReplyKind::kTrue) return {scripted.reply, {}};
   std::string bytes = noise() + reply;
   if (twice_) bytes += reply;
   twice_ = false;
-  const size_t length = pieceBytes_ == 0 ? bytes.size() : pieceBytes_;
-  Micros due = std::max(now, lastDue_);
-  for (size_t at = 0; at < bytes.size(); at += length) {
-    pieces.push_back({due, bytes.substr(at, length)});
-    due += kPieceGap;
+  return {ReplyKind::kTrue, scheduled(splitUp(bytes), now)};
+}
+
+std::vector<std::string> PrinterConnection::splitUp(const std::string& bytes) const {
+  if (pieceBytes_ == 0) return {bytes};
+  std::vector<std::string> pieces;
+  for (size_t at = 0; at < bytes.size(); at += pieceBytes_) {
+    pieces.push_back(bytes.substr(at, pieceBytes_));
   }
-  lastDue_ = pieceBytes_ == 0 ? pieces.back().due : due;
   return pieces;
+}
+
+// A split reply keeps its distance from the next one too.
+std::vector<PrinterConnection::Piece> PrinterConnection::scheduled(
+    const std::vector<std::string>& pieces, Micros now) {
+  std::vector<Piece> due;
+  Micros next = std::max(now, lastDue_);
+  for (const std::string& piece : pieces) {
+    due.push_back({next, piece});
+    next += kPieceGap;
+  }
+  lastDue_ = pieces.size() == 1 && pieceBytes_ == 0 ? due.back().due : next;
+  return due;
 }
 
 // A linear congruential sequence with the constants of Numerical Recipes (Press et al.): the same
 // noise in every run.
-std::string PrinterLine::noise() {
+std::string PrinterConnection::noise() {
   std::string bytes;
   for (; noiseBytes_ > 0; --noiseBytes_) {
     noiseState_ = noiseState_ * 1664525u + 1013904223u;

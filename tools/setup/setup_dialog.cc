@@ -1,6 +1,6 @@
-// A question shows its proposal in brackets; an empty line takes it.
+// A question shows its default answer in brackets; an empty line accepts it.
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/setup/setup_dialogue.h"
+#include "tools/setup/setup_dialog.h"
 
 #include <strings.h>
 
@@ -10,13 +10,14 @@
 
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
+#include "tools/description/option_check.h"
 #include "tools/setup/device_choice.h"
 
 namespace korvel {
 
 namespace {
 
-// An answer, or the proposal; the proposal too when nobody is there any more.
+// The answer, or the proposal if there is no answer or no more input.
 std::string ask(const std::string& question, const std::string& proposal) {
   std::printf("%s [%s] ", question.c_str(), proposal.c_str());
   std::fflush(stdout);
@@ -33,11 +34,11 @@ size_t askNumber(const std::string& question, size_t count, size_t proposal) {
         answer.size() < 6 && answer.find_first_not_of("0123456789") == std::string::npos;
     const unsigned long number = digits ? std::stoul(answer) : 0;
     if (number >= 1 && number <= count) return number;
-    std::printf("%s\n", filled("Take a number from 1 to %zu.", count).c_str());
+    std::printf("%s\n", filled("Enter a number from 1 to %zu.", count).c_str());
   }
 }
 
-// In UTF-8, where a letter of many languages is more than a byte.
+// A letter in UTF-8 may have several bytes.
 std::string firstLetter(const std::string& text) {
   size_t end = 1;
   while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80) ++end;
@@ -69,96 +70,92 @@ void showDevices(const std::vector<Device>& devices, const std::vector<Descripti
                 fit.empty() ? "" : "  ", asOptions(fit).c_str());
   }
   if (devices.empty()) {
-    std::printf("  %s\n", translated("None; switch the printer on, or give its address: -v "
+    std::printf("  %s\n", translated("None; switch the printer on, or specify its address: -v "
                                      "socket://ADDRESS"));
   }
 }
 
 void showDescriptions(const std::vector<Description>& all) {
-  std::printf("%s\n", translated("Descriptions:"));
+  std::printf("%s\n", translated("Drivers:"));
   for (const Description& one : all) {
     std::printf("  %-24s  %s\n", one.bareName().c_str(), one.makeAndModel.c_str());
   }
 }
 
 void showOptions(const std::string& description) {
-  ppd_file_t* ppd = openDescription(description);
-  if (ppd == nullptr) return;
-  ppdLocalize(ppd);
-  for (const ppd_option_t* option = ppdFirstOption(ppd); option != nullptr;
-       option = ppdNextOption(ppd)) {
-    if (std::string(option->keyword) == "PageRegion") continue;  // PageSize once more
+  const Ppd ppd = openDescription(description);
+  if (!ppd) return;
+  ppdLocalize(ppd.get());
+  for (const ppd_option_t* option = ppdFirstOption(ppd.get()); option != nullptr;
+       option = ppdNextOption(ppd.get())) {
+    if (std::string(option->keyword) == "PageRegion") continue;  // the same as PageSize
     std::printf("%s (%s):", option->keyword, option->text);
     for (int i = 0; i < option->num_choices; ++i) {
       std::printf(" %s", shownChoice(option->choices[i].choice).c_str());
     }
     std::printf("\n");
   }
-  ppdClose(ppd);
 }
 
-std::string SetupDialogue::complete(const PrintSystem& system, const std::vector<Description>& all,
-                                    QueuePlan* plan) const {
+Result<void> SetupDialog::complete(const PrintSystem& system, const std::vector<Description>& all,
+                                   QueuePlan* plan) const {
   Device device = {plan->uri, "", "", ""};
-  std::string fault;
-  if (plan->uri.empty()) fault = chooseDevice(system, all, &device);
-  if (fault.empty() && plan->description.name.empty()) {
-    fault = chooseDescription(device, all, &plan->description);
+  if (plan->uri.empty()) {
+    const Result<Device> chosen = chooseDevice(system, all);
+    if (!chosen) return chosen.failure();
+    device = chosen.value();
   }
   plan->uri = device.uri;
-  return fault.empty() && plan->name.empty() ? chooseName(system, plan) : fault;
+  if (plan->description.name.empty()) {
+    const Result<Description> chosen = chooseDescription(device, all);
+    if (!chosen) return chosen.failure();
+    plan->description = chosen.value();
+  }
+  if (plan->name.empty()) plan->name = chooseName(system, *plan);
+  return {};
 }
 
-std::string SetupDialogue::chooseDevice(const PrintSystem& system,
-                                        const std::vector<Description>& all, Device* device) const {
-  if (talks_) std::printf("%s\n", translated("Looking for printers..."));
+Result<Device> SetupDialog::chooseDevice(const PrintSystem& system,
+                                         const std::vector<Description>& all) const {
+  if (hasUser_) std::printf("%s\n", translated("Looking for printers..."));
   std::vector<Device> ours, others;
   for (const Device& found : system.devices()) {
     (fitting(found, all).empty() ? others : ours).push_back(found);
   }
-  if (!talks_ && ours.size() == 1) {
-    *device = ours[0];
-    return "";
+  if (!hasUser_ && ours.size() == 1) return ours[0];
+  if (!hasUser_ && ours.empty()) {
+    return Failure{
+        translated("No Korvel printer was found; switch it on, or specify its address: "
+                   "-v socket://ADDRESS")};
   }
-  if (!talks_) {
-    return ours.empty() ? translated(
-                              "No Korvel printer was found; switch it on, or tell its address: "
-                              "-v socket://ADDRESS")
-                        : translated(
-                              "More than one Korvel printer was found; korvel-setup --list "
-                              "shows them, -v URI takes one.");
+  if (!hasUser_) {
+    return Failure{
+        translated("More than one Korvel printer was found; choose one with -v URI "
+                   "(korvel-setup --list shows all).")};
   }
-  // What is not ours is hardly the printer that is meant.
+  // The printer is probably one of ours, or else none of the list.
   const size_t proposal = ours.empty() ? others.size() + 1 : 1;
   ours.insert(ours.end(), others.begin(), others.end());
   for (size_t i = 0; i < ours.size(); ++i) showNumbered(i + 1, whatItIs(ours[i]), ours[i].uri);
-  showNumbered(ours.size() + 1, translated("another"), "socket://ADDRESS");
-  const size_t number = askNumber(translated("Which one is it?"), ours.size() + 1, proposal);
-  if (number <= ours.size()) {
-    *device = ours[number - 1];
-    return "";
-  }
-  device->uri = ask(translated("Its address?"), "socket://192.0.2.7");
-  return "";
+  showNumbered(ours.size() + 1, translated("another printer"), "socket://ADDRESS");
+  const size_t number = askNumber(translated("Which printer?"), ours.size() + 1, proposal);
+  if (number <= ours.size()) return ours[number - 1];
+  return Device{ask(translated("Address of the printer?"), "socket://192.0.2.7"), "", "", ""};
 }
 
-std::string SetupDialogue::chooseDescription(const Device& device,
-                                             const std::vector<Description>& all,
-                                             Description* description) const {
+Result<Description> SetupDialog::chooseDescription(const Device& device,
+                                                   const std::vector<Description>& all) const {
   std::vector<Description> fit = fitting(device, all);
-  if (!talks_ && fit.size() == 1) {
-    *description = fit[0];
-    return "";
+  if (!hasUser_ && fit.size() == 1) return fit[0];
+  if (!hasUser_ && !fit.empty()) {
+    return Failure{filled("More than one driver fits %s; choose one: %s", device.uri.c_str(),
+                          asOptions(fit).c_str())};
   }
-  if (!talks_ && !fit.empty()) {
-    return filled("More than one description fits %s; take one: %s", device.uri.c_str(),
-                  asOptions(fit).c_str());
-  }
-  if (!talks_) {
-    return filled(
-        "What printer is at %s cannot be told; korvel-setup --list shows the "
-        "descriptions, -m MODEL takes one.",
-        device.uri.c_str());
+  if (!hasUser_) {
+    return Failure{
+        filled("The model of the printer at %s is unknown; choose a driver with -m MODEL "
+               "(korvel-setup --list shows all).",
+               device.uri.c_str())};
   }
   if (fit.empty()) {
     fit = all;
@@ -170,20 +167,18 @@ std::string SetupDialogue::chooseDescription(const Device& device,
   for (size_t i = 0; i < fit.size(); ++i) {
     showNumbered(i + 1, fit[i].bareName(), fit[i].makeAndModel);
   }
-  *description = fit[askNumber(translated("Which description?"), fit.size(), 1) - 1];
-  return "";
+  return fit[askNumber(translated("Which driver?"), fit.size(), 1) - 1];
 }
 
-std::string SetupDialogue::chooseName(const PrintSystem& system, QueuePlan* plan) const {
-  const std::string first = proposedQueueName(plan->description.bareName());
+std::string SetupDialog::chooseName(const PrintSystem& system, const QueuePlan& plan) const {
+  const std::string first = proposedQueueName(plan.description.bareName());
   std::string name = first;
   for (int number = 2;; ++number) {
-    const auto taken = system.queue(name);
-    if (!taken || taken->uri == plan->uri) break;
+    const auto existing = system.queue(name);
+    if (!existing || existing->uri == plan.uri) break;
     name = first + "-" + std::to_string(number);
   }
-  plan->name = talks_ ? ask(translated("The queue's name?"), name) : name;
-  return "";
+  return hasUser_ ? ask(translated("Name of the queue?"), name) : name;
 }
 
 bool agrees(const std::string& answer, const std::string& yes) {
@@ -192,7 +187,7 @@ bool agrees(const std::string& answer, const std::string& yes) {
          strcasecmp(letter.c_str(), "y") == 0;
 }
 
-bool SetupDialogue::wantsTestPage() const {
+bool SetupDialog::wantsTestPage() const {
   const std::string yes = translated("yes");
   return agrees(ask(translated("Print a test page?"), yes), yes);
 }

@@ -1,30 +1,35 @@
-// The line between a host and an emulated printer, and what may go wrong on it: reading that is
-// slow or stalls, hang-ups, replies that stay away, come in pieces, twice, or behind noise.
+// The connection between a host and an emulated printer, and what may go wrong with it: slow or
+// stalled reading, hang-ups, replies that are missing, wrong, split, doubled, or preceded by noise.
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVEL_TOOLS_EMULATOR_PRINTER_LINE_H
-#define KORVEL_TOOLS_EMULATOR_PRINTER_LINE_H
+#ifndef KORVEL_TOOLS_STREAM_PRINTER_CONNECTION_H
+#define KORVEL_TOOLS_STREAM_PRINTER_CONNECTION_H
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tools/emulator/printer_scenario.h"
+#include "tools/stream/printer_scenario.h"
 
 namespace korvel {
 
 // Time between the pieces of a split reply: long enough that the host reads each by itself.
 inline constexpr Micros kPieceGap = 50'000;
 
-class PrinterLine {
+class PrinterConnection {
  public:
   struct Piece {
     Micros due;
     std::string bytes;  // to be written at once
   };
+  struct Reply {
+    ReplyKind kind = ReplyKind::kTrue;
+    std::vector<Piece> pieces;  // what is sent, and when
+  };
 
-  bool apply(const Scenario& scenario, Micros now);  // false: not about the line
+  bool apply(const Scenario& scenario, Micros now);  // false: not about the connection
 
   // Bytes that may be read now; 0: not before nextRead().
   size_t readable(Micros now) const;
@@ -34,11 +39,15 @@ class PrinterLine {
   bool mustHangUp() const { return hangUpIn_ && *hangUpIn_ == 0; }
   void hungUp() { hangUpIn_.reset(); }
 
-  // What goes out for a reply, and when; nothing while the printer is silent.
-  std::vector<Piece> pieces(const std::string& reply, Micros now);
+  // The answer to a status request to which the printer's true reply is `reply`. Nothing is sent
+  // while the printer is silent.
+  Reply answer(const std::string& reply, Micros now);
 
  private:
   bool isSilent(Micros now) const { return silentForEver_ || now < silentUntil_; }
+  Scenario nextScripted();
+  std::vector<Piece> scheduled(const std::vector<std::string>& pieces, Micros now);
+  std::vector<std::string> splitUp(const std::string& bytes) const;
   std::string noise();
 
   // Reading.
@@ -52,7 +61,8 @@ class PrinterLine {
   Micros silentUntil_ = 0;
   size_t noiseBytes_ = 0;
   uint32_t noiseState_ = 1;
-  size_t pieceBytes_ = 0;  // 0: whole
+  std::deque<Scenario> scripted_;  // kReply, in order, each with the times that are left
+  size_t pieceBytes_ = 0;          // 0: whole
   bool twice_ = false;
   Micros lastDue_ = 0;
 };
