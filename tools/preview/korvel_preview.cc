@@ -19,6 +19,7 @@
 #include "tools/common/installation.h"
 #include "tools/common/png_file.h"
 #include "tools/common/scratch_folder.h"
+#include "tools/common/shown_text.h"
 #include "tools/common/suggestions.h"
 #include "tools/common/translation.h"
 #include "tools/description/halftone_names.h"
@@ -291,7 +292,7 @@ class Preview {
     if (!written) return written;
     removeOlder(pages.value());
     if (arguments_.stream) describeStream(pages.value());
-    for (const std::string& path : paths) std::puts(path.c_str());
+    for (const std::string& path : paths) std::puts(korvel::shown(path).c_str());
     return {};
   }
 
@@ -357,8 +358,9 @@ class Preview {
                               bytes)}) {
       std::puts(line.c_str());
     }
-    std::printf("%s  %s  %s\n", out("stream.bin").c_str(), out("stream.txt").c_str(),
-                out("messages.txt").c_str());
+    const std::string folder = korvel::shown(arguments_.folder);
+    std::printf("%s/stream.bin  %s/stream.txt  %s/messages.txt\n", folder.c_str(), folder.c_str(),
+                folder.c_str());
   }
 
   // ---- One picture of all halftones ----
@@ -387,7 +389,7 @@ class Preview {
     const std::string path = out("halftones.png");
     const korvel::ContactSheet sheet(title, std::move(cells));
     Result<void> written = sheet.writePng(path, dpi_);
-    if (written) std::puts(path.c_str());
+    if (written) std::puts(korvel::shown(path).c_str());
     return written;
   }
 

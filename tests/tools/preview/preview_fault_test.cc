@@ -93,6 +93,34 @@ TEST(PreviewFaults, OptionsThatPrintersAndSpoolersKnowAreHeard) {
   }
 }
 
+TEST(PreviewFaults, AFileWithTheNameOfAnOptionIsAFile) {
+  PreviewRunner runner;
+  for (const char* name : {"-p", "--list-filters", "--help", "-o"}) {
+    SCOPED_TRACE(name);
+    const TemporaryFolder folder;
+    folder.write(name, fileBytes(exampleFile("label.pdf")));
+    const CommandResult result = runner.previewIn(
+        folder.path(), {"-p", ppdOf("korvel-label-203"), "--stream", "--out", "shown", "--", name});
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_NE(result.output.find("shown/sheet-1.png\n"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("rasteriser: "), std::string::npos) << result.output;
+  }
+}
+
+TEST(PreviewFaults, ControlCharactersInFileNamesAreEscaped) {
+  PreviewRunner runner;
+  const TemporaryFolder folder;
+  const std::string raster = folder.write("a\x1b[2Jb.ras", rasterOf("8x8 203dpi picture=black"));
+  const Words words = {"-p", ppdOf("korvel-label-203"), "--out", folder.file("s\x1b[1mn"), raster};
+  const CommandResult result = runner.preview(words);
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(result.output, folder.file("s\\x1B[1mn") + "/sheet-1.png\n");
+  const CommandResult missing = runner.preview({folder.file("no\x1b[2J\nsuch")});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.output, "korvel-preview: Cannot read " + folder.file("no\\x1B[2J\\x0Asuch") +
+                                ": No such file or directory.\n");
+}
+
 TEST(PreviewFaults, WhatCannotBeShownIsStatusOne) {
   PreviewRunner runner;
   const TemporaryFolder& files = runner.files();
