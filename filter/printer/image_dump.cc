@@ -6,7 +6,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "image/rows.h"
+#include "image/image_kernels.h"
 #include "printer/log.h"
 #include "printer/own_file.h"
 #include "printer/pellam_printer.h"
@@ -62,8 +62,8 @@ void writeGrey(FILE* file, const unsigned char* data, size_t pixels) {
 
 // Packs one row: a zero byte is white, index 1, and so are the unused bits of the last byte.
 void packWhiteBits(const unsigned char* from, size_t pixels, unsigned char* to) {
-  imageRows().bitsOfInk(from, pixels, to);
-  imageRows().complement(to, (pixels + 7) / 8);
+  imageKernels().bitsOfInk(from, pixels, to);
+  imageKernels().complement(to, (pixels + 7) / 8);
 }
 
 // Rows of the buffer, last one first, one bit a pixel; `pixels` is counted by the buffer's stride.

@@ -89,16 +89,17 @@ class PellamPrinter {
   // read. Measures, dumps, processes and hands over; failures end in the log.
   void printImage(const unsigned char* data, size_t bytesPerLine, size_t height, size_t width);
 
-  // Turns a page into its result image, `pimage`, and copies that to `dst`, which holds twice
-  // `height` rows of `stride` bytes and gets no more. Returns height times the result's stride,
-  // or 0 on failure, with `pimage` as it was.
+  // Turns a page into its result image, `pimage`, and copies that to `dst`, which has room for
+  // twice `height` rows of `stride` bytes and is never written beyond them. `dst` may be null when
+  // nobody reads the copy. Returns height times the result's stride, or 0 on failure, with `pimage`
+  // as it was.
   int PageProcess(DitherType type, const unsigned char* src, int stride, int width, int height,
                   unsigned char* dst);
 
   // Copies the indices of the image's first `width` by `height` pixels to rows of `stride` bytes.
   void copyPixels(CxImage& image, unsigned char* dst, int width, int height, int stride);
 
-  // The same for a halftone: index 1 becomes 255, and negative printing complements each byte.
+  // Copies a halftone likewise: index 1 becomes 255, and negative printing complements each byte.
   // Bytes from `capacity` on are not written.
   void copyProcessedPixels(CxImage* image, unsigned char* dst, int width, int height, int stride,
                            size_t capacity = std::numeric_limits<size_t>::max());
@@ -151,7 +152,11 @@ class PellamPrinter {
 
   void dumpAndPrintResult();
   void refuseDump(DumpRefusal reason, const char* path);
-  bool halftoneForStencil(unsigned char* dst, int width, int height, int stride);
+  bool changesGrey() const;
+  void changeGrey();
+  bool halftoneForStencil(int width, int height, int stride);
+  void ditherForStencil(int width, int height, int stride);
+  int copyResult(int stride, int height, unsigned char* dst);
 
   uint64_t dumpedBytes_ = 0;
   uint32_t loggedRefusals_ = 0;  // one bit per DumpRefusal

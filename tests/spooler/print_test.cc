@@ -112,7 +112,7 @@ TEST(QueueOfALabelPrinter, PrintsWhatTheScriptShows) {
 }
 
 TEST(QueueOfALabelPrinter, MovesTearsAndCutsThePaperAsTold) {
-  const std::string kArea = "area offset 456 width 808";
+  const std::string kArea = "area offset 456 width 816";
   const std::string kToEdge = "feed mode 3 lines 0";
   const std::string kBack = "feed mode 4 lines 0";
   const std::string kToMarkEdge = "feed mode 5 lines 0";
@@ -177,8 +177,8 @@ TEST(QueueOfALabelPrinter, PrintsTwoJobsInARow) {
   expectPages(printer, 1, want, {456, 0});
 }
 
-// An A4 sheet's 2362 dots and a frame of 24 on either side lie in the middle of the head's 2592, on
-// a whole byte, 141 lines behind the paper's edge.
+// The 2362 dots of an A4 sheet with a frame of 24 on either side are centred on the head's 2592, on
+// a whole byte, 141 rows after the edge of the paper.
 TEST(QueueOfAStencilPrinter, PrintsFramedSheetsOfEveryKindInBothTattooHalftones) {
   const TemporaryFolder files;
   const PdfPage shades = {595.28, 841.89,
@@ -216,7 +216,7 @@ TEST(QueueOfAStencilPrinter, PrintsFramedSheetsOfEveryKindInBothTattooHalftones)
   }
 }
 
-// Printers that report their status: the filter waits before and behind each page.
+// Printers that report their status: the filter waits before and after each page.
 TEST(QueueOfAReportingPrinter, PrintsWhatTheScriptShows) {
   const TemporaryFolder files;
   const std::string labels = files.write("labels.pdf", makePdf({barLabel(3), barLabel(5)}));

@@ -117,8 +117,8 @@ TEST_F(Setup, RefusesInOneSentence) {
       {"a description that is not there",
        {"-v", "socket://127.0.0.1", "-m", "k221"},
        1,
-       "korvel-setup: There is no driver k221. Nearest drivers: k220-203, k220-300, "
-       "k220-203-oneway, k220-300-oneway.\n"},
+       "korvel-setup: There is no driver k221. Nearest drivers: k220-203, k220-203-oneway, "
+       "k220-300, k220-300-oneway.\n"},
       {"a bad name",
        {"-v", "socket://127.0.0.1", "-m", "m6", "-p", "two words"},
        1,
@@ -269,7 +269,7 @@ class Doctor : public Setup {
     spooler_.addQueue("m6", "korvel-m6", printer_.port());
   }
 
-  // What it says of the queue, with its status behind.
+  // Its findings about the queue, followed by its exit status.
   std::string findings(const Words& more = {}) {
     Words words = {"--check", "m6"};
     words.insert(words.end(), more.begin(), more.end());
@@ -361,7 +361,7 @@ TEST_F(Doctor, ReportsWhatTheQueueWaitsForAndWhyAJobFailed) {
 
   const struct {
     const char* scenario;
-    const char* mended;
+    const char* remedy;
     const char* reason;
     const char* finding;
   } kCases[] = {
@@ -376,7 +376,7 @@ TEST_F(Doctor, ReportsWhatTheQueueWaitsForAndWhyAJobFailed) {
     const int job = spooler_.print("m6", {"-o", "PageSize=Tattoo_A6", document});
     ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.reasons("m6").contains(c.reason); }));
     EXPECT_EQ(findings(), c.finding);
-    printer_.command(c.mended);
+    printer_.command(c.remedy);
     ASSERT_TRUE(spooler_.waitForJob(job, kSeconds));
   }
   ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.reasons("m6").empty(); }));

@@ -21,7 +21,7 @@ static const char kPageNote[] = "/tmp/xxxxx.log";
 
 enum { kRoom = 4096 };
 
-// The path that stands for `path` in the test's folder, or `path` itself.
+// Returns the redirected path of `path` in the test's folder, or `path` itself.
 static const char* mapped(const char* path, char* room) {
   const char* folder = getenv("KORVEL_SANDBOX");
   if (folder == NULL || path == NULL) return path;
@@ -64,7 +64,7 @@ int openat(int folder, const char* path, int flags, ...) {
   return openMapped(folder, path, flags, mode);
 }
 
-// What fortified code calls when it gives no mode.
+// Called by fortified code when it passes no mode.
 int __open_2(const char* path, int flags);
 int __open_2(const char* path, int flags) { return openMapped(AT_FDCWD, path, flags, 0); }
 int __open64_2(const char* path, int flags);

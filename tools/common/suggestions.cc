@@ -54,17 +54,24 @@ bool haveSameNumbers(const std::string& one, const std::string& other) {
   return numbers.size() > 1 && numbers == numbersIn(other);
 }
 
+size_t mostErrors(const std::string& typed) {
+  return std::max<size_t>(1, typed.size() / kLettersPerError);
+}
+
 // 0 is nearest; nothing when the names are too different.
 std::optional<size_t> distance(const std::string& typed, const std::string& name) {
   if (typed.empty()) return std::nullopt;
   if (typed == name) return 0;
   if (haveSameNumbers(typed, name)) return 1;
   const size_t errors = typingErrors(typed, name);
-  if (errors <= std::max<size_t>(1, typed.size() / kLettersPerError)) return 1 + errors;
+  if (errors <= mostErrors(typed)) return 1 + errors;
   if (name.starts_with(typed)) return 2;
+  const bool beginsAlike = typed.size() >= kShortestPart &&
+                           typingErrors(typed, name.substr(0, typed.size())) <= mostErrors(typed);
+  if (beginsAlike) return 3;
   const bool contains = typed.size() >= kShortestPart && name.find(typed) != std::string::npos;
   const bool contained = name.size() >= kShortestPart && typed.find(name) != std::string::npos;
-  return contains || contained ? std::optional<size_t>(3) : std::nullopt;
+  return contains || contained ? std::optional<size_t>(4) : std::nullopt;
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // One thread, one poll: whatever is due is done first, then the loop sleeps until a descriptor is
-// ready, or until the world or the connection has something to do.
+// ready, or until the printer or the connection has something to do.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/emulator/printer_server.h"
 
@@ -30,7 +30,7 @@ constexpr int kBacklog = 16;
 constexpr int kReceiveBuffer = 65536;  // small, so that the host notices when reading stalls
 constexpr size_t kLongestControlLine = 1000;
 constexpr size_t kMostReplies = 1000;  // not yet read by the host; more requests wait
-constexpr size_t kMostWritten = 4096;  // what a pipe that takes anything takes without blocking
+constexpr size_t kMostWritten = 4096;  // what a writable pipe accepts without blocking
 
 Micros monotonicMicros() {
   timespec now = {};
@@ -327,13 +327,13 @@ bool PrinterServer::apply(const Scenario& scenario) {
   return world_.apply(scenario, now_) || connection_.apply(scenario, now_);
 }
 
-// ---- What comes out ----
+// ---- Events and pictures ----
 
 void PrinterServer::event(const std::string& line) const {
   if (!options_.quiet) std::printf("%s\n", line.c_str());
 }
 
-// It is no fault of ours when the packets make no picture, as for a page that was broken off.
+// A page that was cut off may have no picture, which is no failure.
 void PrinterServer::note(const std::string& what, bool hasShape, const Result<void>& written) {
   if (written) return;
   if (!hasShape) {

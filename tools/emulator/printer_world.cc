@@ -1,5 +1,5 @@
-// The world moves from one change to the next: a step of the motor ends, paper runs out or comes
-// back, the cover opens or shuts. Between two changes only the motor's way grows.
+// Time advances from one change to the next: a step of the motor ends, paper runs out or is loaded,
+// the cover opens or closes. Between two changes only the motor moves.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/emulator/printer_world.h"
 
@@ -81,7 +81,7 @@ void PrinterWorld::pass(Micros to) {
   clock_ = to;
 }
 
-// One thing that is due at this moment; false when there is none left.
+// Performs one change that is due at this moment; false when there is none left.
 bool PrinterWorld::settleOne() { return fireTrigger() || restore() || finishStep(); }
 
 std::optional<Micros> PrinterWorld::nextChange() const {
@@ -101,7 +101,7 @@ std::optional<Micros> PrinterWorld::nextChange() const {
   return next;
 }
 
-// Into the page step that prints, as its own time.
+// The time from the start of the page step that is printing.
 Micros PrinterWorld::momentOf(const Trigger& trigger) const {
   return steps_.front().duration * (trigger.milliPages % 1000) / 1000;
 }
@@ -196,7 +196,7 @@ size_t PrinterWorld::rowsToMove(const Step& step) const {
   return rowsOf(kEdgeTenths) + (hasGaps ? rowsOf(kGapTenths) : 0);
 }
 
-// Ends the first step if its way is done; a step that moves nothing needs neither paper nor cover.
+// Starts or ends the first step. A step that moves nothing needs neither paper nor a closed cover.
 bool PrinterWorld::finishStep() {
   if (steps_.empty()) return false;
   Step& first = steps_.front();
@@ -236,7 +236,7 @@ void PrinterWorld::finish(Step* step) {
   }
 }
 
-// Paper that was brought to the edge and not back again is blank at the head of this sheet.
+// Paper that was fed to the edge and not back again is blank at the top of this sheet.
 void PrinterWorld::finishPage(Step* step) {
   last_ = std::move(step->sheet);
   last_->lead(leadRows_ + (ahead_ ? rowsOf(kEdgeTenths) : 0));
@@ -336,7 +336,7 @@ void PrinterWorld::startPicture(const StreamItem& area) {
   imageIsFull_ = false;
 }
 
-// The image has ended when anything else comes: now its length is known and it can be printed.
+// Any other item ends the image: now its length is known and it can be printed.
 void PrinterWorld::closeImage() {
   if (!image_ || image_->empty()) return;
   const size_t head = headDots(body_.dpi);
@@ -362,7 +362,7 @@ void PrinterWorld::dropEmptyImage() {
   image_.reset();
 }
 
-// `how` is empty when the page ends as it should.
+// `how` is empty when the page is complete.
 void PrinterWorld::endPage(const char* how) {
   if (!waitsForOut_) return;
   if (*how != '\0') event("page " + std::to_string(pages_) + " " + how);

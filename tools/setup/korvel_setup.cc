@@ -4,6 +4,7 @@
 #include <cups/cups.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -33,7 +34,7 @@ using korvel::translated;
 constexpr char kProgram[] = "korvel-setup";
 
 const korvel::Help kHelp = {
-    later("Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [-o OPTION=VALUE]... [OPTION]...\n"
+    later("Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [OPTION]...\n"
           "       korvel-setup --emulated [--port N] [--out DIR] [OPTION]...\n"
           "       korvel-setup --check [QUEUE]...\n"
           "       korvel-setup --list"),
@@ -209,6 +210,7 @@ Result<Description> describe(const std::string& model, const Descriptions& all) 
   if (one != nullptr) return *one;
   std::vector<std::string> names;
   for (const Description& each : all) names.push_back(korvel::shortName(each));
+  std::sort(names.begin(), names.end());
   const std::vector<std::string> nearest = korvel::nearestNames(model, names);
   if (nearest.empty()) {
     return Failure{

@@ -1,4 +1,4 @@
-// Counters in bytes and moments in time; the descriptors are the caller's.
+// Counts bytes and times only; the caller has the descriptors.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/stream/printer_connection.h"
 
@@ -46,7 +46,7 @@ bool PrinterConnection::apply(const Scenario& scenario, Micros now) {
   }
 }
 
-// Never past the byte at which something happens.
+// Not beyond the byte at which something happens.
 size_t PrinterConnection::readable(Micros now) const {
   if (now < readAgainAt_ || mustHangUp()) return 0;
   int64_t most = kMostAtOnce;

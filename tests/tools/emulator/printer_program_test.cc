@@ -232,7 +232,7 @@ TEST(PrinterProgram, RepliesComeAsTheScenarioSays) {
   const Case cases[] = {
       {"in pieces", {"split 6"}, 13, hexLine(kReadyReply)},
       {"twice", {"glue"}, 26, hexLine(hexOf({kReadyReply, kReadyReply}))},
-      {"behind two bytes of noise", {"noise 2"}, 15, "3C 5E " + hexLine(kReadyReply)},
+      {"after two bytes of noise", {"noise 2"}, 15, "3C 5E " + hexLine(kReadyReply)},
       {"read slowly", {"slow 1000"}, 13, hexLine(kReadyReply)},
       {"read after a stall", {"stall for 0.05 after 3"}, 13, hexLine(kReadyReply)},
   };

@@ -60,7 +60,7 @@ TEST(EmulatedSpooler, StartsTheFilterAsTheSpoolerDoes) {
       {"the pages come on standard input", "cat", false, "raster", "", 0},
       {"or as the seventh argument, with nothing on standard input",
        "cat; echo $# >&2; basename \"$6\"", true, "pages\n", "6\n", 0},
-      {"the arguments stand in order", "echo \"$1|$2|$3|$4|$5\"", false,
+      {"the arguments are in order", "echo \"$1|$2|$3|$4|$5\"", false,
        "7|ann|a title|3|Darkness=Dark x=y\n", "", 0},
       {"the description is in the environment", "echo \"$PPD\"", false, "/some/printer.ppd\n", "",
        0},

@@ -1,4 +1,5 @@
-// Every failure is one sentence, and tells wrong usage from what cannot be shown.
+// Every failure is one sentence; wrong usage has another exit status than a file that cannot be
+// shown.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -54,11 +55,14 @@ TEST(PreviewFaults, InvalidOptionsAreStatusTwoWithTheNearestValidOnes) {
     const char* sentence;
   } kCases[] = {
       {"Darknes=Dark", "There is no option Darknes. Nearest options: Darkness."},
-      {"Colour=red", "There is no option Colour. Show all options: korvel-setup --list -m MODEL"},
+      {"Colour=red", "There is no option Colour. Nearest options: ColorModel."},
+      {"Stapling=yes",
+       "There is no option Stapling. Show all options: korvel-setup --list -m MODEL"},
       {"Darkness=Hot", "There is no choice Darkness=Hot. All choices: Light, Middle, Dark."},
       {"PostAction=", "There is no choice PostAction=. All choices: None, TearOff, Cut."},
       {"MirrorImage=yes", "There is no choice MirrorImage=yes. All choices: False, True."},
-      {"HalftoneType=Tatoo", "There is no choice HalftoneType=Tatoo. Nearest choices: Tattoo."},
+      {"HalftoneType=Tatoo",
+       "There is no choice HalftoneType=Tatoo. Nearest choices: Tattoo, Tattoo_Z4."},
       {"HalftoneType=Fine",
        "There is no choice HalftoneType=Fine. Show all choices: korvel-setup --list -m MODEL"},
       {"PageSize=2x1",

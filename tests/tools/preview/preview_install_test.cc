@@ -29,8 +29,9 @@ class Installed : public testing::Test {
   // Without the variables that lead tools elsewhere.
   CommandResult runInstalled(Words words, const std::string& language = "de") {
     words[0] = tool(words[0]);
-    words.insert(words.begin(), {"env", "-u", "CUPS_SERVERBIN", "-u", "CUPS_DATADIR", "-u",
-                                 "TEXTDOMAINDIR", "LC_ALL=C.UTF-8", "LANGUAGE=" + language});
+    words.insert(words.begin(),
+                 {"env", "-u", "CUPS_SERVERBIN", "-u", "CUPS_DATADIR", "-u", "TEXTDOMAINDIR",
+                  "LC_ALL=en_US.UTF-8", "LOCPATH=" KORVEL_TEST_LOCALES, "LANGUAGE=" + language});
     return runner_.started(words);
   }
 
@@ -38,8 +39,7 @@ class Installed : public testing::Test {
 };
 
 TEST_F(Installed, EveryToolSpeaksTheUsersLanguage) {
-  for (const char* name :
-       {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup"}) {
+  for (const char* name : {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup"}) {
     const CommandResult help = runInstalled({name, "--help"});
     EXPECT_EQ(help.status, 0) << name;
     EXPECT_TRUE(help.output.starts_with(std::string("Aufruf: ") + name)) << help.output;

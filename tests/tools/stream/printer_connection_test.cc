@@ -78,7 +78,7 @@ TEST(PrinterConnection, AHangUpHappensOnce) {
 }
 
 TEST(PrinterConnection, RepliesGoOutAsTheScenariosSay) {
-  // Replies of four bytes are asked for at the given moments; "moment: bytes" tells each write.
+  // Status requests at the given times, with replies of four bytes; "time: bytes" is one write.
   struct Case {
     const char* sentence;
     std::vector<const char*> scenarios;
@@ -91,7 +91,7 @@ TEST(PrinterConnection, RepliesGoOutAsTheScenariosSay) {
       {"not for a second", {"silent for 1"}, {0, 999999, 1000000}, {"1000000: 01 02 03 04"}},
       {"again", {"silent", "silent off"}, {5}, {"5: 01 02 03 04"}},
       {"in pieces a twentieth of a second apart", {"split 3"}, {5}, {"5: 01 02 03", "50005: 04"}},
-      {"the next reply behind the last piece",
+      {"the next reply after the last piece",
        {"split 3"},
        {0, 1},
        {"0: 01 02 03", "50000: 04", "100000: 01 02 03", "150000: 04"}},
@@ -103,7 +103,7 @@ TEST(PrinterConnection, RepliesGoOutAsTheScenariosSay) {
        {"0: 01 02 03 04 01 02 03 04", "1: 01 02 03 04"}},
       // From 1 the first state is 1664525 + 1013904223 = 3C88596C in hex; then come 5E8885DB and
       // 8116017E. The noise is their highest bytes.
-      {"behind noise, once", {"noise 3"}, {0, 1}, {"0: 3C 5E 81 01 02 03 04", "1: 01 02 03 04"}},
+      {"after noise, once", {"noise 3"}, {0, 1}, {"0: 3C 5E 81 01 02 03 04", "1: 01 02 03 04"}},
       {"a scripted reply, then the printer's",
        {"reply AA | BB"},
        {0, 1},
