@@ -40,8 +40,8 @@ CommandResult PreviewRunner::preview(const Words& arguments, const std::string& 
 }
 
 CommandResult PreviewRunner::previewIn(const std::string& folder, const Words& arguments) {
-  Words words = {"bash", "-c", "cd \"$0\" && exec \"$@\"", folder, KORVEL_PREVIEW, "--filter",
-                 KORVEL_FILTER};
+  Words words = {"bash",     "-c",         "cd \"$0\" && exec \"$@\"", folder, KORVEL_PREVIEW,
+                 "--filter", KORVEL_FILTER};
   words.insert(words.end(), arguments.begin(), arguments.end());
   return run(words, kSeconds, environment(files_));
 }
