@@ -29,7 +29,7 @@ function without_entities(text) {
 
 function as_json(text) {
   text = without_entities(without_tags(text))
-  gsub(/\\/, "\\\\", text); gsub(/"/, "\\\"", text); gsub(/[\t\n ]+/, " ", text)
+  gsub(/\\/, "&&", text); gsub(/"/, "\\\"", text); gsub(/[\t\n ]+/, " ", text)
   sub(/^ /, "", text); sub(/ $/, "", text)
   return "\"" text "\""
 }
@@ -190,8 +190,8 @@ END {
   if (exit_status) exit exit_status
   contents = depth < 2 ? "" : "<nav class=\"contents\" aria-label=\"On this page\">\n<h2>On this page</h2>\n<ul>\n" \
     contents "</ul>\n</nav>"
-  gsub(/&/, "\\\\&", contents)
-  sub(/<!--contents-->/, contents, body)
+  at = index(body, "<!--contents-->")
+  body = substr(body, 1, at - 1) contents substr(body, at + length("<!--contents-->"))
   product = "Korvel Printer Guide"
   print "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">"
   print "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
