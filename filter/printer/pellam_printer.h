@@ -148,8 +148,8 @@ class PellamPrinter {
   void dumpAndPrintResult();
   bool changesGrey() const;
   void changeGrey();
-  bool halftoneForStencil(int width, int height, int stride);
-  void ditherForStencil(int width, int height, int stride);
+  bool halftoneForStencil(const unsigned char* src, int width, int height, int stride);
+  void ditherForStencil(const unsigned char* src, int width, int height, int stride);
   int copyResult(int stride, int height, unsigned char* dst);
 };
 
