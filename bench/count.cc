@@ -1,5 +1,5 @@
-// Runs one halftone over a label so that a counting machine can watch: korvel_count METHOD TIMES.
-// The difference between two numbers of times, over the pixels, is what a pixel costs.
+// Halftones a label a given number of times, for callgrind: korvel_count METHOD TIMES.
+// The difference between two such counts, divided by the pixels, is the cost of a pixel.
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
 #include <cstdlib>

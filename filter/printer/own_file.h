@@ -1,4 +1,4 @@
-// Opens the small diagnostic files that the filter leaves at names which others can guess.
+// Opens the small diagnostic files that the filter leaves under names that others can guess.
 // A leaf header.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_PRINTER_OWN_FILE_H
@@ -6,9 +6,9 @@
 
 #include <cstdio>
 
-// Opens `path` for writing and reading from its start, made or emptied, mode 0600. Never follows
-// a link, never blocks, and empties only a regular file of our own that has no other name.
-// Returns null when that cannot be; the caller closes the file.
+// Opens `path` for writing and reading from its start, created or truncated, mode 0600. Never
+// follows a link, never blocks, and empties only a regular file of our own that has no other name.
+// Returns null when that is not possible; the caller closes the file.
 FILE* pellamOpenOwnFile(const char* path);
 
 #endif
