@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <stdexcept>
 
 #include "tests/ppd/descriptions.h"
 #include "tests/support/temporary_folder.h"
