@@ -281,6 +281,7 @@ class Preview {
     preview.job.options = options;
     preview.job.raster = raster_;
     preview.job.noFiles = true;
+    preview.job.environment = {{"KORVEL_DUMPS", "off"}};
     preview.job.timeoutSeconds = kNoLimit;
     preview.body.dpi = dpi_;
     preview.body.media = description_.media();
