@@ -1,10 +1,10 @@
-// Runs every job of the golden folder through the real filter and compares all that comes out:
-// stream, messages, exit status and the dots of each page. Comparing never changes a golden job.
+// Runs every golden job through the real filter and compares everything that it produces:
+// stream, messages, exit status and the dots of each page. A comparison never changes a golden job.
 //
-//   golden_test --raster CASE   the job's raster stream, on standard output
-//   golden_test --write CASE    writes what this filter makes of one job: look at the pictures and
-//                               hold stream and messages against what the printer is to do before
-//                               they are kept
+//   golden_test --raster CASE   writes the job's raster stream to standard output
+//   golden_test --write CASE    writes the results of one job: look at the pictures and compare
+//                               stream and messages with what the printer is expected to do
+//                               before you commit them
 // SPDX-License-Identifier: Apache-2.0
 #include <cups/cups.h>
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 struct GoldenJob {
   JobPlan plan;
   int status = 0;
-  std::string fault;     // what the description says wrongly
+  std::string fault;     // what is wrong in job.txt
   bool readable = true;  // by this system's raster library
 };
 
@@ -51,7 +51,7 @@ StatusAnswer parseAnswer(const std::string& words) {
   return answer;
 }
 
-// A line is a keyword and its words; # begins a remark.
+// A line is a keyword and its values; # starts a comment.
 GoldenJob readJob(const std::string& name) {
   GoldenJob job;
   std::string ppd;
@@ -121,7 +121,7 @@ void writeChecksums(const std::map<std::string, std::string>& checksums) {
   }
 }
 
-// What a job leaves, as the files of its folder.
+// The results of a job, as the files of its folder.
 std::map<std::string, std::string> filesOf(const JobResult& result) {
   const StreamText stream = readStream(result.output);
   std::map<std::string, std::string> files;
@@ -168,7 +168,7 @@ TEST_P(GoldenJobs, PrintAsTheyAlwaysDid) {
 
   std::map<std::string, std::string> have = filesOf(result);
   for (const auto& entry : fs::directory_iterator(folderOf(name))) {
-    have.try_emplace(entry.path().filename().string(), "");  // told below as missing
+    have.try_emplace(entry.path().filename().string(), "");  // reported below as missing
   }
   have.erase("job.txt");
   for (const auto& [file, bytes] : have) {
@@ -192,7 +192,7 @@ std::vector<std::string> goldenNames() {
 INSTANTIATE_TEST_SUITE_P(Folder, GoldenJobs, testing::ValuesIn(goldenNames()),
                          [](const auto& folder) { return folder.param; });
 
-// Somebody may lose the folder, or half of it.
+// Detects that the folder, or half of it, is missing.
 TEST(GoldenFolder, HoldsAtLeastFortyJobs) { EXPECT_GE(goldenNames().size(), 40u); }
 
 TEST(GoldenFolder, HasOneChecksumForEachJob) {

@@ -1,4 +1,4 @@
-// Every program is told where to leave what it leaves.
+// Every program gets a folder for the files that it leaves.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/tools/preview/preview_runner.h"
 
@@ -37,6 +37,13 @@ CommandResult PreviewRunner::preview(const Words& arguments, const std::string& 
   Words words = {KORVEL_PREVIEW, "--filter", KORVEL_FILTER};
   words.insert(words.end(), arguments.begin(), arguments.end());
   return run(words, kSeconds, variables);
+}
+
+CommandResult PreviewRunner::previewIn(const std::string& folder, const Words& arguments) {
+  Words words = {"bash",     "-c",         "cd \"$0\" && exec \"$@\"", folder, KORVEL_PREVIEW,
+                 "--filter", KORVEL_FILTER};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  return run(words, kSeconds, environment(files_));
 }
 
 CommandResult PreviewRunner::started(const Words& words) {

@@ -18,6 +18,9 @@ class PreviewRunner {
   // our own. `server` is the spooler's address; the default is one that nobody listens at.
   CommandResult preview(const Words& arguments, const std::string& server = "/nowhere/cups.sock");
 
+  // The same, started in `folder`.
+  CommandResult previewIn(const std::string& folder, const Words& arguments);
+
   // Another command with the same surroundings.
   CommandResult started(const Words& words);
 
@@ -35,7 +38,7 @@ class PreviewRunner {
 
 std::string ppdOf(const std::string& name);          // "korvel-label-203"
 std::string exampleFile(const std::string& name);    // "label.pdf"
-std::string rasterOf(const std::string& pageWords);  // a page a line, see raster_maker.h
+std::string rasterOf(const std::string& pageWords);  // one line per page, see raster_maker.h
 std::string fileBytes(const std::string& path);      // "(none)" when it cannot be read
 
 #endif
