@@ -30,7 +30,7 @@ endfunction()
 
 set(label_3x2 label-203 test-label-2x3Rotated-203dpi page-1.png --pages)
 set(label_2x2 label-203 test-label-2x2-203dpi page-1.png --pages -o HalftoneType=Ordered)
-set(torn_label label-203 test-label-1x4Rotated-203dpi sheet-1.png)
+set(torn_label label-203 test-label-1x3Rotated-203dpi sheet-1.png)
 set(stencil stencil-300 test-stencil-Tattoo_A6-300dpi page-1.png --pages)
 
 picture(test-label ${label_3x2} -o HalftoneType=Ordered)
