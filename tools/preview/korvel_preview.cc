@@ -28,6 +28,7 @@
 #include "tools/description/printer_description.h"
 #include "tools/preview/contact_sheet.h"
 #include "tools/preview/document.h"
+#include "tools/preview/picture_scaling.h"
 #include "tools/preview/preview_arguments.h"
 #include "tools/preview/preview_job.h"
 #include "tools/stream/stream_listing.h"
@@ -167,6 +168,7 @@ class Preview {
     if (done) done = findDescription();
     if (done) done = createFolder();
     if (done) done = prepareRaster();
+    if (done) warnOfScaling();
     if (done) done = arguments_.halftones ? compareHalftones() : showSheets();
     return done;
   }
@@ -264,6 +266,22 @@ class Preview {
     }
     if (dpi_ >= 1 && dpi_ <= 9999) return {};
     return Failure{translated("The resolution of the pages is unknown.")};
+  }
+
+  // Bars of a scaled picture are no longer whole dots.
+  void warnOfScaling() const {
+    if (!type_.starts_with("image/")) return;
+    const korvel::DotSize picture = korvel::pictureSize(arguments_.file);
+    const korvel::DotSize page = description_.printableDots();
+    const korvel::DotSize printed =
+        korvel::sizeOnPage(picture, page, korvel::parseOptions(options_));
+    if (printed == picture) return;
+    const std::string warning = filled(
+        "%s is %d x %d dots and will be scaled to %d x %d; barcodes may not scan. A picture "
+        "of %d x %d dots is not scaled.",
+        arguments_.file.c_str(), picture.width, picture.height, printed.width, printed.height,
+        page.width, page.height);
+    std::fprintf(stderr, "%s: %s\n", kProgram, warning.c_str());
   }
 
   korvel::RasteriserJob rasteriserJob() {

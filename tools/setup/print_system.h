@@ -33,6 +33,7 @@ struct Queue {
   std::string makeAndModel;
   std::string message;            // the last one
   std::set<std::string> reasons;  // such as "media-empty-warning", without "none"
+  std::string scaling;            // a default that scales pictures: "scaling=90"; mostly empty
   bool stopped = false;
   bool busy = false;
   bool accepting = true;
