@@ -3,6 +3,7 @@
 #include "tests/barcodes/code_readers.h"
 
 #include <cmath>
+#include <deque>
 #include <functional>
 #include <map>
 #include <sstream>
@@ -12,24 +13,24 @@
 
 namespace {
 
-constexpr int kPixelsPerDot = 3;
+constexpr int kPixelsPerDot[] = {3, 2, 1};
 
 using Answers = std::map<std::string, std::string>;  // by the number in the file's name
 
-std::string greyPicture(const DotPage& page, const PlacedSymbol& placed) {
+std::string greyPicture(const DotPage& page, const PlacedSymbol& placed, int scale) {
   const double margin = placed.quiet();
   const int left = static_cast<int>(std::floor(placed.left - margin));
   const int top = static_cast<int>(std::floor(placed.top - margin / 2));
   const int width = static_cast<int>(std::ceil(placed.width() + 2 * margin));
   const int height = static_cast<int>(std::ceil(placed.height() + margin));
-  std::string picture = "P5 " + std::to_string(width * kPixelsPerDot) + " " +
-                        std::to_string(height * kPixelsPerDot) + " 255\n";
+  std::string picture =
+      "P5 " + std::to_string(width * scale) + " " + std::to_string(height * scale) + " 255\n";
   for (int y = 0; y < height; ++y) {
     std::string row;
     for (int x = 0; x < width; ++x) {
-      row.append(kPixelsPerDot, page.dot(left + x, top + y) ? '\0' : '\xFF');
+      row.append(static_cast<size_t>(scale), page.dot(left + x, top + y) ? '\0' : '\xFF');
     }
-    for (int i = 0; i < kPixelsPerDot; ++i) picture += row;
+    for (int i = 0; i < scale; ++i) picture += row;
   }
   return picture;
 }
@@ -90,32 +91,52 @@ const Reader kReaders[] = {
     {"zxing-cpp", &Symbology::zxing, askZxing},
 };
 
+std::string answerOf(const Answers& answers, size_t number) {
+  const auto answer = answers.find(std::to_string(number));
+  return answer == answers.end() ? "" : answer->second;
+}
+
+// Asks the reader for all its symbols that it has not read yet.
+void ask(const Reader& reader, const std::string& folder, std::vector<Vote*> votes) {
+  std::string files;
+  for (size_t i = 0; i < votes.size(); ++i) {
+    if (votes[i] != nullptr && !votes[i]->read) files += " " + named(i);
+  }
+  if (files.empty()) return;
+  const Answers answers = reader.ask(folder, files);
+  for (size_t i = 0; i < votes.size(); ++i) {
+    if (votes[i] == nullptr || votes[i]->read) continue;
+    const Symbology& symbology = *votes[i]->symbol->symbol->symbology;
+    votes[i]->read = answerOf(answers, i).find(symbology.answer) != std::string::npos;
+  }
+}
+
+// By the symbol's number; null for those that the reader does not know.
+std::vector<Vote*> votesOf(const Reader& reader, const std::vector<PlacedSymbol>& symbols,
+                           std::deque<Vote>* votes) {
+  std::vector<Vote*> own;
+  for (const PlacedSymbol& symbol : symbols) {
+    const bool knows = symbol.symbol->symbology->*reader.knows;
+    if (knows) votes->push_back({&symbol, reader.name, false});
+    own.push_back(knows ? &votes->back() : nullptr);
+  }
+  return own;
+}
+
 }  // namespace
 
 std::vector<Vote> votesOn(const std::vector<DotPage>& pages, const SymbolSheet& sheet) {
-  const TemporaryFolder folder;
   const std::vector<PlacedSymbol>& symbols = sheet.symbols();
-  for (size_t i = 0; i < symbols.size(); ++i) {
-    if (symbols[i].page < pages.size()) {
-      folder.write(named(i), greyPicture(pages[symbols[i].page], symbols[i]));
-    }
-  }
-  std::vector<Vote> votes;
-  for (const Reader& reader : kReaders) {
-    std::string files;
+  std::deque<Vote> votes;  // whose places in memory do not change
+  std::vector<std::vector<Vote*>> byReader;
+  for (const Reader& reader : kReaders) byReader.push_back(votesOf(reader, symbols, &votes));
+  for (const int scale : kPixelsPerDot) {
+    const TemporaryFolder folder;
     for (size_t i = 0; i < symbols.size(); ++i) {
-      if (symbols[i].symbol->symbology->*reader.knows) files += " " + named(i);
+      if (symbols[i].page >= pages.size()) continue;
+      folder.write(named(i), greyPicture(pages[symbols[i].page], symbols[i], scale));
     }
-    if (files.empty()) continue;
-    const Answers answers = reader.ask(folder.path(), files);
-    for (size_t i = 0; i < symbols.size(); ++i) {
-      const Symbology& symbology = *symbols[i].symbol->symbology;
-      if (!(symbology.*reader.knows)) continue;
-      const auto answer = answers.find(std::to_string(i));
-      const bool read =
-          answer != answers.end() && answer->second.find(symbology.answer) != std::string::npos;
-      votes.push_back({&symbols[i], reader.name, read});
-    }
+    for (size_t r = 0; r < std::size(kReaders); ++r) ask(kReaders[r], folder.path(), byReader[r]);
   }
-  return votes;
+  return {votes.begin(), votes.end()};
 }

@@ -16,8 +16,9 @@ struct Vote {
   bool read;
 };
 
-// One vote per symbol and reader that knows its symbology. Readers see each symbol with its quiet
-// zone, three pixels per dot.
+// One vote per symbol and reader that knows its symbology. Like a scanner, which takes many
+// pictures, a reader sees a symbol with its quiet zone at three pixels per dot, then at two and one
+// if it has not read it.
 std::vector<Vote> votesOn(const std::vector<DotPage>& pages, const SymbolSheet& sheet);
 
 #endif

@@ -47,6 +47,7 @@ std::vector<DotPage> printed(const PrintRequest& request) {
   plan.ppd = ppdText(description(request.printer));
   for (const std::string& option : request.options) plan.options += option + " ";
   plan.input = rasterOf(request);
+  plan.timeout = 600;  // large pages on a busy machine
   const JobResult job = runJob(plan);
   std::vector<DotPage> pages;
   if (job.exitStatus != 0) return pages;

@@ -268,9 +268,9 @@ class Preview {
     return Failure{translated("The resolution of the pages is unknown.")};
   }
 
-  // Bars of a scaled picture are no longer whole dots.
+  // Bars of a scaled picture are no longer whole dots. Stencils have none.
   void warnOfScaling() const {
-    if (!type_.starts_with("image/")) return;
+    if (!type_.starts_with("image/") || description_.media() == korvel::Media::kSheet) return;
     const korvel::DotSize picture = korvel::pictureSize(arguments_.file);
     const korvel::DotSize page = description_.printableDots();
     const korvel::DotSize printed =

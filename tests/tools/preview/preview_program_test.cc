@@ -120,6 +120,31 @@ TEST(Preview, ShowsTheSheetsOfTheEmulatedPrinter) {
   }
 }
 
+TEST(Preview, WarnsOfAPictureThatIsScaled) {
+  const struct {
+    const char* sentence;
+    const char* size;
+    const char* warning;
+  } kCases[] = {
+      {"240 x 160 pixels, turned and scaled to a label of 4 by 6 inches", "PageSize=4x6",
+       "label.png is 240 x 160 dots and will be scaled to 1218 x 812; barcodes may not scan. A "
+       "picture of 812 x 1218 dots is not scaled.\n"},
+      {"a label of 240 x 160 dots", "PageSize=20x30mmRotated", ""},
+  };
+  for (const auto& c : kCases) {
+    PreviewRunner runner;
+    const CommandResult result =
+        runner.preview({"-p", ppdOf("korvel-label-203"), "-o", c.size, "-o", "center-of-pixel",
+                        "--out", runner.files().file("shown"), exampleFile("label.png")});
+    EXPECT_EQ(result.status, 0) << result.output;
+    const size_t at = result.output.find("label.png is");
+    const std::string warning =
+        at == std::string::npos ? ""
+                                : result.output.substr(at, result.output.find('\n', at) + 1 - at);
+    EXPECT_EQ(warning, c.warning) << c.sentence;
+  }
+}
+
 TEST(Preview, AReportingModelPrintsTheDotsOfItsOneWayTwin) {
   PreviewRunner runner;
   const std::string document =
