@@ -130,7 +130,7 @@ SheetPage drawSampler(const SheetSize& size) {
   }
   drawAdvice(&page, grid);
   page.text({kMargin, page.heightMm() - kMargin - 1.8},
-            "The names are values of HalftoneType; what runs is below.",
+            "The names are values of HalftoneType, printed with Contrast=0; what runs is below.",
             {1.7, 1.1, 255, page.widthMm() - 2 * kMargin});
   return page;
 }

@@ -79,7 +79,8 @@ TEST(Sampler, ContainsWhatTheFilterPrintsWithEachHalftone) {
   PreviewRunner runner;
   for (size_t i = 0; i < korvel::kHalftoneNames.size(); ++i) {
     const std::string setting = korvel::kHalftoneNames[i].setting;
-    const Picture want = printed(&runner, grey, "korvel-label-203", "HalftoneType=" + setting);
+    const Picture want =
+        printed(&runner, grey, "korvel-label-203", "Contrast=0 HalftoneType=" + setting);
     const Picture have =
         sampler.part(static_cast<size_t>(patches.left[i]), static_cast<size_t>(patches.top[i]),
                      static_cast<size_t>(patches.width), static_cast<size_t>(patches.height));

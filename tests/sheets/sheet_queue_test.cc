@@ -5,8 +5,8 @@
 #include "sheets/raster_file.h"
 #include "sheets/sheets.h"
 #include "tests/spooler/picture.h"
-#include "tests/tools/emulator/printer_process.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/tools/emulator/printer_process.h"
 #include "tests/tools/preview/preview_runner.h"
 
 namespace {
