@@ -16,6 +16,7 @@
 #include "tools/setup/emulated_queue.h"
 #include "tools/setup/queue_facts.h"
 #include "tools/setup/queue_setup.h"
+#include "tools/setup/queue_sharing.h"
 #include "tools/setup/setup_dialogue.h"
 
 namespace {
@@ -29,6 +30,8 @@ using korvel::translated;
 const char* const kUsage = korvel::later(
     "Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [-o OPTION=VALUE]... [OPTION]...\n"
     "       korvel-setup --emulated [--port N] [--out DIR] [OPTION]...\n"
+    "       korvel-setup --share QUEUE [-D TEXT] [-L TEXT] [--ready SIZE,...] [-n] [-t]\n"
+    "       korvel-setup --unshare QUEUE [-n]\n"
     "       korvel-setup --check [QUEUE]...\n"
     "       korvel-setup --list\n"
     "Makes a queue for a Korvel printer, or brings one up to date. Asks for what is not told when\n"
@@ -43,6 +46,10 @@ const char* const kUsage = korvel::later(
     "  --emulated         make a queue to an emulated printer, and be that printer\n"
     "  --port N           the emulated printer's port (9100)\n"
     "  --out DIR          where it writes its sheets as pictures (sheets)\n"
+    "  --share QUEUE      let tablets and phones of the local network print on a queue\n"
+    "  --unshare QUEUE    undo what --share changed\n"
+    "  --ready SIZE,...   the sizes that they are offered (what the queue prints by default)\n"
+    "  -n, --dry-run      show what --share or --unshare would change\n"
     "  --check            tell what is wrong with queues; without names, with all of ours\n"
     "  -d QUEUE           a queue to check, as lp names it\n"
     "  --dump-folder DIR  where the filter leaves its pictures (/var/spool/cups/tmp)\n"
@@ -56,7 +63,9 @@ struct Request {
   std::vector<std::string> queues;  // to check
   korvel::EmulatedPrinter emulated;
   std::string dumpFolder = "/var/spool/cups/tmp";
+  korvel::SharingRequest sharing;
   bool check = false, list = false, emulate = false, testPage = false;
+  bool share = false, unshare = false;
 };
 
 bool takeFlag(const korvel::Arguments& words, Request* request) {
@@ -68,6 +77,22 @@ bool takeFlag(const korvel::Arguments& words, Request* request) {
     request->emulate = true;
   } else if (words.is("-t", "--test-page")) {
     request->testPage = true;
+  } else if (words.is("-n", "--dry-run")) {
+    request->sharing.dryRun = true;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool takeSharing(korvel::Arguments* words, Request* request) {
+  if (words->is("--share") || words->is("--unshare")) {
+    (words->is("--share") ? request->share : request->unshare) = true;
+    request->sharing.queue = words->text();
+  } else if (words->is("--ready")) {
+    request->sharing.readySizes = korvel::parseSizes(words->text());
+  } else if (words->is("--state-folder")) {
+    request->sharing.stateFolder = words->text();
   } else {
     return false;
   }
@@ -99,7 +124,7 @@ bool takeValued(korvel::Arguments* words, Request* request) {
   } else if (words->is("--dump-folder")) {
     request->dumpFolder = words->value();
   } else {
-    return false;
+    return takeSharing(words, request);
   }
   return true;
 }
@@ -115,8 +140,9 @@ Request parseArguments(int argc, char** argv) {
       words.unknown();
     }
   }
-  if (request.check + request.list + request.emulate > 1) {
-    words.wrong(translated("--check, --list and --emulated exclude each other"));
+  if (request.check + request.list + request.emulate + request.share + request.unshare > 1) {
+    words.wrong(
+        translated("--check, --list, --emulated, --share and --unshare exclude each other"));
   }
   if (!request.queues.empty() && !request.check && !request.testPage) {
     words.wrong(translated("-d goes with --check and --test-page"));
@@ -304,6 +330,26 @@ int setUpQueue(const PrintSystem& system, Request request) {
   return 0;
 }
 
+// ---- Share ----
+
+int share(const PrintSystem& system, Request request) {
+  korvel::SharingRequest& sharing = request.sharing;
+  sharing.info = request.plan.info;
+  sharing.location = request.plan.location;
+  const bool talks = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+  if (talks) sharing.agreed = korvel::agreesToChanges;
+  const auto done =
+      request.share ? korvel::shareQueue(system, sharing) : korvel::unshareQueue(system, sharing);
+  if (!done) stop(done.sentence());
+  if (!request.share || !request.testPage || sharing.dryRun) return 0;
+  const auto job = korvel::printSharedTestSheet(system, sharing.queue);
+  if (!job) stop(job.sentence());
+  std::printf("%s\n", filled("The test sheet is job %s-%d, sent as a tablet would.",
+                             sharing.queue.c_str(), job.value())
+                          .c_str());
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -317,6 +363,7 @@ int main(int argc, char** argv) {
     stop(filled("The spooler at %s does not answer; as root: systemctl start cups", cupsServer()));
   }
   if (request.check) return check(system, request);
+  if (request.share || request.unshare) return share(system, request);
   if (request.list) return list(system, request);
   if (request.emulate) return emulate(system, request);
   return setUpQueue(system, request);

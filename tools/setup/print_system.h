@@ -30,10 +30,12 @@ struct Queue {
   std::string uri;
   std::string makeAndModel;
   std::string message;            // what it said last
+  std::string info, location;     // for people
   std::set<std::string> reasons;  // "media-empty-warning" and its kin, without "none"
   bool stopped = false;
   bool busy = false;
   bool accepting = true;
+  bool shared = false;  // published when the server shares at all
   bool isOurs() const;  // by its make
 };
 

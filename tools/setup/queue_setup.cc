@@ -18,33 +18,9 @@
 
 namespace korvel {
 
-namespace {
-
 using Words = std::vector<std::string>;
 
-// Runs a program and takes what it writes. Returns its exit status; -1 when it was not started.
-int runProgram(Words words, std::string* output) {
-  const std::vector<char*> pointers = execWords(words);
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return -1;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
-  pid_t pid = -1;
-  const int fault = posix_spawnp(&pid, pointers[0], &actions, nullptr, pointers.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  close(ends[1]);
-  char bytes[4096];
-  ssize_t count = 0;
-  while (fault == 0 && (count = read(ends[0], bytes, sizeof bytes)) > 0) {
-    output->append(bytes, static_cast<size_t>(count));
-  }
-  close(ends[0]);
-  int status = -1;
-  if (fault != 0 || waitpid(pid, &status, 0) != pid) return -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
+namespace {
 
 // What lpadmin says, without its remark that printer descriptions will not be there for ever.
 std::string lastLine(const std::string& output) {
@@ -53,18 +29,6 @@ std::string lastLine(const std::string& output) {
   if (newline != std::string::npos) line = line.substr(newline + 1);
   const std::string name = "lpadmin: ";
   return line.starts_with(name) ? line.substr(name.size()) : line;
-}
-
-std::string runLpadmin(Words words) {
-  words.insert(words.begin(), "lpadmin");
-  std::string output;
-  const int status = runProgram(words, &output);
-  if (status == 0) return "";
-  if (status == -1) return translated("lpadmin cannot be started; install cups-client.");
-  return filled(
-      "The spooler did not take the queue: \"%s\"; run korvel-setup as root or as a "
-      "member of the group lpadmin.",
-      lastLine(output).c_str());
 }
 
 void append(Words* words, const char* option, const std::string& value) {
@@ -108,6 +72,41 @@ std::string checkOption(ppd_file_t* ppd, const std::string& bareName, const std:
 }
 
 }  // namespace
+
+int runProgram(Words words, std::string* output) {
+  const std::vector<char*> pointers = execWords(words);
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) return -1;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
+  pid_t pid = -1;
+  const int fault = posix_spawnp(&pid, pointers[0], &actions, nullptr, pointers.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(ends[1]);
+  char bytes[4096];
+  ssize_t count = 0;
+  while (fault == 0 && (count = read(ends[0], bytes, sizeof bytes)) > 0) {
+    output->append(bytes, static_cast<size_t>(count));
+  }
+  close(ends[0]);
+  int status = -1;
+  if (fault != 0 || waitpid(pid, &status, 0) != pid) return -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string runLpadmin(Words words) {
+  words.insert(words.begin(), "lpadmin");
+  std::string output;
+  const int status = runProgram(words, &output);
+  if (status == 0) return "";
+  if (status == -1) return translated("lpadmin cannot be started; install cups-client.");
+  return filled(
+      "The spooler did not take the queue: \"%s\"; run korvel-setup as root or as a "
+      "member of the group lpadmin.",
+      lastLine(output).c_str());
+}
 
 Options parseOptions(const std::string& words) {
   cups_option_t* parsed = nullptr;

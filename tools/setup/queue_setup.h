@@ -12,6 +12,11 @@
 
 namespace korvel {
 
+// Runs a program and takes what it writes. Returns its exit status; -1 when it was not started.
+int runProgram(std::vector<std::string> words, std::string* output);
+// Runs lpadmin with these arguments. Returns an empty text, or one sentence with the next step.
+std::string runLpadmin(std::vector<std::string> words);
+
 using Options = std::vector<std::pair<std::string, std::string>>;
 
 // Words as -o takes them: "PageSize=4x6 noMirrorImage".

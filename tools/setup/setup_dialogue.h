@@ -18,6 +18,9 @@ void showOptions(const std::string& description);
 // the first letter, in either case where it has two; an English y does on every keyboard.
 bool agrees(const std::string& answer, const std::string& yes);
 
+// Whether the changes shown above may be made.
+bool agreesToChanges();
+
 class SetupDialogue {
  public:
   // One that does not talk takes what is certain and asks nothing.
