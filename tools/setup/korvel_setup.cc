@@ -14,6 +14,7 @@
 #include "tools/common/translation.h"
 #include "tools/setup/device_choice.h"
 #include "tools/setup/emulated_queue.h"
+#include "tools/setup/preset.h"
 #include "tools/setup/queue_facts.h"
 #include "tools/setup/queue_setup.h"
 #include "tools/setup/queue_sharing.h"
@@ -30,6 +31,7 @@ using korvel::translated;
 const char* const kUsage = korvel::later(
     "Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [-o OPTION=VALUE]... [OPTION]...\n"
     "       korvel-setup --emulated [--port N] [--out DIR] [OPTION]...\n"
+    "       korvel-setup -p QUEUE --preset NAME -o OPTION=VALUE... [-L TEXT]\n"
     "       korvel-setup --share QUEUE [-D TEXT] [-L TEXT] [--ready SIZE,...] [-n] [-t]\n"
     "       korvel-setup --unshare QUEUE [-n]\n"
     "       korvel-setup --check [QUEUE]...\n"
@@ -46,6 +48,7 @@ const char* const kUsage = korvel::later(
     "  --emulated         make a queue to an emulated printer, and be that printer\n"
     "  --port N           the emulated printer's port (9100)\n"
     "  --out DIR          where it writes its sheets as pictures (sheets)\n"
+    "  --preset NAME      make another queue to the printer of -p, with other defaults\n"
     "  --share QUEUE      let tablets and phones of the local network print on a queue\n"
     "  --unshare QUEUE    undo what --share changed\n"
     "  --ready SIZE,...   the sizes that they are offered (what the queue prints by default)\n"
@@ -64,6 +67,7 @@ struct Request {
   korvel::EmulatedPrinter emulated;
   std::string dumpFolder = "/var/spool/cups/tmp";
   korvel::SharingRequest sharing;
+  std::string preset;
   bool check = false, list = false, emulate = false, testPage = false;
   bool share = false, unshare = false;
 };
@@ -89,6 +93,8 @@ bool takeSharing(korvel::Arguments* words, Request* request) {
   if (words->is("--share") || words->is("--unshare")) {
     (words->is("--share") ? request->share : request->unshare) = true;
     request->sharing.queue = words->text();
+  } else if (words->is("--preset")) {
+    request->preset = words->text();
   } else if (words->is("--ready")) {
     request->sharing.readySizes = korvel::parseSizes(words->text());
   } else if (words->is("--state-folder")) {
@@ -152,6 +158,9 @@ Request parseArguments(int argc, char** argv) {
   }
   if (request.emulate && !request.plan.uri.empty()) {
     words.wrong(translated("--emulated and -v exclude each other"));
+  }
+  if (!request.preset.empty() && request.plan.name.empty()) {
+    words.wrong(translated("--preset needs the printer's queue: -p QUEUE"));
   }
   for (const std::string& operand : operands) request.queues.push_back(operand);
   return request;
@@ -330,6 +339,25 @@ int setUpQueue(const PrintSystem& system, Request request) {
   return 0;
 }
 
+// ---- Preset ----
+
+int makePreset(const PrintSystem& system, Request request) {
+  const auto base = system.queue(request.plan.name);
+  if (!base) stopForNoQueue(request.plan.name);
+  if (!base->isOurs()) {
+    stop(filled("Queue %s is not one of a Korvel printer.", base->name.c_str()));
+  }
+  QueuePlan plan = korvel::planPreset(system, *base, request.preset, request.plan.options);
+  if (!request.plan.location.empty()) plan.location = request.plan.location;
+  makeQueue(system, plan);
+  if (plan.uri != base->uri) stopAt(korvel::runLpadmin({"-p", base->name, "-v", plan.uri}));
+  if (!korvel::isSharedByUs(request.sharing.stateFolder, base->name)) return 0;
+  request.sharing.queue = plan.name;
+  const auto shared = korvel::shareQueue(system, request.sharing);
+  if (!shared) stop(shared.sentence());
+  return 0;
+}
+
 // ---- Share ----
 
 int share(const PrintSystem& system, Request request) {
@@ -364,6 +392,7 @@ int main(int argc, char** argv) {
   }
   if (request.check) return check(system, request);
   if (request.share || request.unshare) return share(system, request);
+  if (!request.preset.empty()) return makePreset(system, request);
   if (request.list) return list(system, request);
   if (request.emulate) return emulate(system, request);
   return setUpQueue(system, request);

@@ -17,8 +17,8 @@ std::string filterPath();
 QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,
                        const std::string& dumpFolder);
 
-// Asks a printer at socket://HOST[:PORT] for its state, and waits a little for the answer.
-// Nothing is asked at other addresses.
+// Asks a printer at socket://HOST[:PORT] or korvel://HOST[:PORT] for its state, and waits a little
+// for the answer. Nothing is asked at other addresses.
 PrinterAnswer askPrinter(const std::string& uri);
 
 }  // namespace korvel

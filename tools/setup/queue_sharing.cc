@@ -337,6 +337,12 @@ Result<std::string> readServerConfig() {
   return text;
 }
 
+bool isSharedByUs(const std::string& stateFolder, const std::string& queue) {
+  SharingState state = loadState(stateFolder);
+  const QueueRecord* record = state.find(queue);
+  return record != nullptr && !record->hidden;
+}
+
 Sizes sizesHeld(const std::string& description) {
   if (!isStencilPrinter(description)) {
     const std::string size = keyword(description, "DefaultPageSize");

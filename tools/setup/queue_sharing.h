@@ -33,6 +33,9 @@ Result<void> proveSharing(const Queue& queue);
 // Prints a test sheet of the queue's default size as Apple raster, over the network.
 Result<int> printSharedTestSheet(const PrintSystem& system, const std::string& queue);
 
+// Whether --share published the queue.
+bool isSharedByUs(const std::string& stateFolder, const std::string& queue);
+
 // The sizes that a phone should offer: of a label printer the queue's default, which is what it
 // holds, of a stencil printer all sheets.
 std::vector<std::string> sizesHeld(const std::string& description);
