@@ -39,11 +39,11 @@ TEST(SheetSize, IsThePageThatTheRasteriserMakes) {
     unsigned dpi;
     bool stencil;
   } kCases[] = {
-      {"korvel-label-203", "4x6", "4 x 6 in", 808, 1218, 203, false},
-      {"korvel-label-203", "100x150mm", "100 x 150 mm", 792, 1199, 203, false},
-      {"korvel-label-203", "20x30mmRotated", "30 x 20 mm", 232, 160, 203, false},
-      {"korvel-label-300", "1x1", "1 x 1 in", 296, 300, 300, false},
-      {"korvel-label-300", "100x150mm", "100 x 150 mm", 1176, 1772, 300, false},
+      {"korvel-label-203", "4x6", "4 x 6 in", 812, 1218, 203, false},
+      {"korvel-label-203", "100x150mm", "100 x 150 mm", 800, 1200, 203, false},
+      {"korvel-label-203", "20x30mmRotated", "30 x 20 mm", 240, 160, 203, false},
+      {"korvel-label-300", "1x1", "1 x 1 in", 300, 300, 300, false},
+      {"korvel-label-300", "100x150mm", "100 x 150 mm", 1181, 1772, 300, false},
       {"korvel-stencil-300", "A4", "A4", 2362, 3248, 300, true},
       {"korvel-stencil-300", "Tattoo_A6", "Tattoo A6", 1181, 1394, 300, true},
   };

@@ -112,7 +112,7 @@ TEST(QueueOfALabelPrinter, PrintsWhatTheScriptShows) {
 }
 
 TEST(QueueOfALabelPrinter, MovesTearsAndCutsThePaperAsTold) {
-  const std::string kArea = "area offset 456 width 808";
+  const std::string kArea = "area offset 456 width 816";
   const std::string kToEdge = "feed mode 3 lines 0";
   const std::string kBack = "feed mode 4 lines 0";
   const std::string kToMarkEdge = "feed mode 5 lines 0";
