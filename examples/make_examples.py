@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Draws the example documents: label.pdf, stencil.pdf and label.png, with nothing but Python.
+"""Draws the example documents (label.pdf, stencil.pdf, label.png, barcode-ladder.pdf) with nothing but Python.
 
 The PDF files are plain text inside, so that a change can be read.
 SPDX-License-Identifier: Apache-2.0
@@ -125,7 +125,49 @@ def picture():
         + chunk(b"IEND", b""))
 
 
+# Code 39: five bars and four spaces per character, n narrow and w wide.
+CODE_39 = {
+    "0": "nnnwwnwnn", "1": "wnnwnnnnw", "2": "nnwwnnnnw", "3": "wnwwnnnnn", "4": "nnnwwnnnw",
+    "5": "wnnwwnnnn", "6": "nnwwwnnnn", "7": "nnnwnnwnw", "8": "wnnwnnwnn", "9": "nnwwnnwnn",
+    ".": "wwnnnnwnn", "*": "nwnnwnwnn",
+}
+
+
+def code_39(x, y, module, height, text):
+    """Rectangles for a symbol; wide elements are three modules wide."""
+    bars = []
+    for character in f"*{text}*":
+        for i, element in enumerate(CODE_39[character]):
+            width = module * (3 if element == "w" else 1)
+            if i % 2 == 0:
+                bars.append(f"{x:.4f} {y} {width:.4f} {height} re f")
+            x += width
+        x += module
+    return "\n".join(bars)
+
+
+def ladder():
+    """A sheet of 4 by 6 inches: one barcode per line, each a little wider, with its module width as content."""
+    page = [words(20, 408, 13, "Barcode ladder", "F2"),
+            words(20, 394, 8, "Scan from the top. Each code contains its bar width in millimetres."),
+            words(20, 383, 8, "Use the first width that always scans, or a wider one.")]
+    widths = ((0.125, "203 dpi: 1 dot"), (0.169, "300 dpi: 2 dots"), (0.200, ""),
+              (0.250, "203 dpi: 2 dots"), (0.254, "300 dpi: 3 dots"), (0.300, ""),
+              (0.339, "300 dpi: 4 dots"), (0.375, "203 dpi: 3 dots"), (0.423, "300 dpi: 5 dots"),
+              (0.500, "203 dpi: 4 dots"))
+    # Exact widths in points, so that the bars are whole dots at that resolution.
+    exact = {0.125: 72 / 203, 0.169: 2 * 0.24, 0.250: 2 * 72 / 203, 0.254: 3 * 0.24, 0.339: 4 * 0.24,
+             0.375: 3 * 72 / 203, 0.423: 5 * 0.24, 0.500: 4 * 72 / 203}
+    for line, (width, note) in enumerate(widths):
+        y = 344 - line * 37
+        page.append(code_39(20, y, exact.get(width, width * 72 / 25.4), 26, f"{width:.3f}"))
+        page.append(words(205, y + 14, 9, f"{width:.3f} mm", "F2"))
+        page.append(words(205, y + 4, 7, note))
+    pdf("barcode-ladder.pdf", 288, 432, "\n".join(page))
+
+
 if __name__ == "__main__":
+    ladder()
     label()
     stencil()
     picture()

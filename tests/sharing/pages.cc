@@ -137,7 +137,8 @@ std::string pdfOf(const korvel::DotCanvas& page, const PageSize& size) {
 
 PageSize pageSize(const std::string& description, const std::string& name) {
   PageSize size;
-  ppd_file_t* ppd = korvel::openDescription(description);
+  const korvel::Ppd owner = korvel::openDescription(description);
+  ppd_file_t* ppd = owner.get();
   ppdMarkDefaults(ppd);
   if (!name.empty()) ppdMarkOption(ppd, "PageSize", name.c_str());
   const ppd_size_t* found = ppdPageSize(ppd, nullptr);
@@ -152,7 +153,6 @@ PageSize pageSize(const std::string& description, const std::string& name) {
   size.top = dots(double{found->length - found->top}, size.dpi);
   size.printWidth = dots(double{found->right - found->left}, size.dpi);
   size.printHeight = dots(double{found->top - found->bottom}, size.dpi);
-  ppdClose(ppd);
   return size;
 }
 

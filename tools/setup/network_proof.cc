@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "tools/common/child_process.h"
+#include "tools/common/process.h"
 #include "tools/common/translation.h"
 
 namespace korvel {
@@ -92,7 +92,7 @@ void askFrom(const std::string& address, const std::string& question, Descriptor
   group.sin_family = AF_INET;
   group.sin_port = htons(5353);
   inet_pton(AF_INET, "224.0.0.251", &group.sin_addr);
-  if (!socketEnd->adopt(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))) return;
+  socketEnd->reset(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   const int fd = socketEnd->get();
   setsockopt(fd, IPPROTO_IP, IP_MULTICAST_IF, &own.sin_addr, sizeof own.sin_addr);
   const bool sent = bind(fd, reinterpret_cast<sockaddr*>(&own), sizeof own) == 0 &&

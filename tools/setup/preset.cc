@@ -52,19 +52,17 @@ std::string deviceOf(const std::string& uri) {
 
 Options ownDefaults(const std::string& description, const std::string& installed) {
   Options own;
-  ppd_file_t* mine = openDescription(description);
-  ppd_file_t* stock = openDescription(installed);
+  const Ppd mine = openDescription(description);
+  const Ppd stock = openDescription(installed);
   for (int g = 0; mine != nullptr && g < mine->num_groups; ++g) {
     const ppd_group_t& group = mine->groups[g];
     for (int i = 0; i < group.num_options; ++i) {
       const ppd_option_t& option = group.options[i];
       if (isRepeated(option.keyword)) continue;
-      if (option.defchoice == defaultOf(stock, option.keyword)) continue;
+      if (option.defchoice == defaultOf(stock.get(), option.keyword)) continue;
       own.emplace_back(option.keyword, option.defchoice);
     }
   }
-  ppdClose(mine);
-  ppdClose(stock);
   return own;
 }
 

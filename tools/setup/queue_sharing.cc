@@ -19,7 +19,7 @@
 #include <thread>
 
 #include "drawing/dot_canvas.h"
-#include "tools/common/child_process.h"
+#include "tools/common/process.h"
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
 #include "tools/setup/apple_raster.h"
@@ -228,8 +228,7 @@ class OwnConnection {
 };
 
 Result<void> writeServerConfig(const std::string& text) {
-  Descriptor file;
-  file.adopt(memfd_create("cupsd.conf", MFD_CLOEXEC));
+  const Descriptor file(memfd_create("cupsd.conf", MFD_CLOEXEC));
   if (write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
       lseek(file.get(), 0, SEEK_SET) != 0) {
     return notAllowed();
@@ -255,10 +254,8 @@ Result<void> waitForServer(const PrintSystem& system, const std::string& text) {
 
 Result<void> applyQueue(const QueueRecord& queue) {
   const std::string shared = queue.wasShared ? "true" : "false";
-  const std::string fault = runLpadmin({"-p", queue.name, "-o", "printer-is-shared=" + shared, "-D",
-                                        queue.info, "-L", queue.location});
-  if (!fault.empty()) return Failure{fault};
-  return {};
+  return runLpadmin({"-p", queue.name, "-o", "printer-is-shared=" + shared, "-D", queue.info, "-L",
+                     queue.location});
 }
 
 Result<void> applyConfig(const PrintSystem& system, const ConfigChange& change) {
@@ -278,8 +275,9 @@ Result<void> apply(const PrintSystem& system, const Plan& plan) {
     }
   }
   if (plan.startAvahi) {
-    std::string output;
-    runProgram({"systemctl", "enable", "--now", "avahi-daemon"}, &output);
+    Program systemctl;
+    systemctl.arguments = {"systemctl", "enable", "--now", "avahi-daemon"};
+    (void)runProgram(systemctl, kWithOutput);  // the proof tells whether it runs
   }
   return applyConfig(system, plan.config);
 }
@@ -319,8 +317,7 @@ Result<Queue> sharedCandidate(const PrintSystem& system, const std::string& name
 // ---- Ask ----
 
 Result<std::string> readServerConfig() {
-  Descriptor file;
-  file.adopt(memfd_create("cupsd.conf", MFD_CLOEXEC));
+  const Descriptor file(memfd_create("cupsd.conf", MFD_CLOEXEC));
   const OwnConnection connection;
   if (cupsGetFd(connection.get(), kServerConfig, file.get()) != HTTP_STATUS_OK) {
     return Failure{
@@ -346,12 +343,11 @@ bool isSharedByUs(const std::string& stateFolder, const std::string& queue) {
 Sizes sizesHeld(const std::string& description) {
   if (!isStencilPrinter(description)) {
     const std::string size = keyword(description, "DefaultPageSize");
-    return size.starts_with(kCustomChoice) ? Sizes() : Sizes{size};
+    return size.starts_with("Custom") ? Sizes() : Sizes{size};
   }
   Sizes all;
-  ppd_file_t* ppd = openDescription(description);
+  const Ppd ppd = openDescription(description);
   for (int i = 0; ppd != nullptr && i < ppd->num_sizes; ++i) all.emplace_back(ppd->sizes[i].name);
-  ppdClose(ppd);
   return all;
 }
 
@@ -428,16 +424,15 @@ struct SheetSize {
 
 SheetSize sheetSize(const std::string& description) {
   SheetSize sheet;
-  ppd_file_t* ppd = openDescription(description);
+  const Ppd ppd = openDescription(description);
   if (ppd == nullptr) return sheet;
-  ppdMarkDefaults(ppd);
-  const ppd_size_t* size = ppdPageSize(ppd, nullptr);
+  ppdMarkDefaults(ppd.get());
+  const ppd_size_t* size = ppdPageSize(ppd.get(), nullptr);
   sheet.dpi = std::atoi(keyword(description, "DefaultResolution").c_str());
   if (size != nullptr) {
     sheet.width = static_cast<int>(std::lround(double{size->width} * sheet.dpi / 72));
     sheet.height = static_cast<int>(std::lround(double{size->length} * sheet.dpi / 72));
   }
-  ppdClose(ppd);
   return sheet;
 }
 
@@ -465,8 +460,7 @@ Result<int> printSharedTestSheet(const PrintSystem& system, const std::string& q
   }
   const std::string page = appleRaster(testSheet(size, queue), size.dpi);
   char path[1024];
-  Descriptor file;
-  file.adopt(cupsTempFd(path, sizeof path));
+  const Descriptor file(cupsTempFd(path, sizeof path));
   const bool written = write(file.get(), page.data(), page.size()) == ssize(page);
   Result<int> job = written ? printOverNetwork(addresses[0], queue, path, "image/urf", "Test sheet")
                             : Result<int>(notAllowed());
@@ -548,8 +542,9 @@ Result<void> unshareQueue(const PrintSystem& system, const SharingRequest& reque
     if (Result<void> done = applyQueue(hidden); !done) return done;
   }
   if (startedAvahi && !plan->state.sharesAny()) {
-    std::string output;
-    runProgram({"systemctl", "disable", "--now", "avahi-daemon"}, &output);
+    Program systemctl;
+    systemctl.arguments = {"systemctl", "disable", "--now", "avahi-daemon"};
+    (void)runProgram(systemctl, kWithOutput);
   }
   if (Result<void> saved = saveState(request.stateFolder, plan->state); !saved) return saved;
   std::printf("%s\n", filled("Queue %s is no longer shared.", request.queue.c_str()).c_str());
