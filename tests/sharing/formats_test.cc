@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/sharing/pages.h"
-#include "tests/spooler/printer_process.h"
+#include "tests/tools/emulator/printer_process.h"
 #include "tests/spooler/private_spooler.h"
 
 namespace {
@@ -58,13 +58,34 @@ class Formats : public testing::Test {
 
   TemporaryFolder files_;
   PrivateSpooler spooler_;
-  PrinterProcess printer_{spooler_.toolPath("korvel-printer"), {"--speed", "5000", "--pages"}};
+  ListeningPrinter printer_{spooler_.toolPath("korvel-printer"), {"--speed", "5000", "--pages"}};
   std::string description_;
   int pages_ = 0;
 };
 
-const Words kLabels = {"4x6", "100x150mm", "2x4", "30x50mmRotated", "1.25x2.25Rotated", "20x30mmRotated"};
+const Words kLabels = {"4x6",           "100x150mm", "2x4", "30x50mmRotated", "1.25x2.25Rotated",
+                       "20x30mmRotated"};
 
+TEST_F(Formats, MEASURE) {
+  makeQueue("stencil-300");
+  for (const char* name : {"A4", "Letter"}) {
+    const PageSize size = pageSize(description_, name);
+    korvel::DotCanvas page(size.width, size.height);
+    for (int x = 100; x < size.width; x += 200) page.fill(x, 0, 1, size.height);
+    for (int y = 100; y < size.height; y += 200) page.fill(0, y, size.width, 1);
+    std::printf("%s %dx%d left %d top %d print %dx%d\n", name, size.width, size.height, size.left, size.top, size.printWidth, size.printHeight);
+    for (const char* format : {"application/pdf", "image/png"})
+    for (const char* opt : {"print-scaling=auto", "print-scaling=none"}) {
+      const std::string file = writePage(page, size, format, files_.file("page"));
+      const Picture have = print("stencil-300", file, format, {std::string("PageSize=") + name, opt});
+      std::printf("%s %s %s cols:", name, format, opt);
+      for (size_t x = 0; x < have.width; ++x) if (have.part(x, 0, 1, have.height).printed() > have.height / 2) std::printf(" %zu", x);
+      std::printf("\nrows:");
+      for (size_t y = 0; y < have.height; ++y) if (have.part(0, y, have.width, 1).printed() > have.width / 2) std::printf(" %zu", y);
+      std::printf("\n");
+    }
+  }
+}
 TEST_F(Formats, LabelsOf203DotsPrintDotForDot) { printsEveryDot("label-203", kLabels); }
 TEST_F(Formats, LabelsOf300DotsPrintDotForDot) { printsEveryDot("label-300", kLabels); }
 TEST_F(Formats, StencilsPrintDotForDot) {

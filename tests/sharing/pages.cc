@@ -116,9 +116,9 @@ std::string pdfOf(const korvel::DotCanvas& page, const PageSize& size) {
           " /Resources << /XObject << /P 5 0 R >> >> /Contents 4 0 R >>",
       "<< /Length " + std::to_string(drawing.size()) + " >>\nstream\n" + drawing + "\nendstream",
       "<< /Type /XObject /Subtype /Image /ColorSpace /DeviceGray /BitsPerComponent 8 /Width " +
-          std::to_string(page.width()) + " /Height " + std::to_string(page.height()) +
-          " /Length " + std::to_string(rows.size()) + " >>\nstream\n" +
-          std::string(rows.begin(), rows.end()) + "\nendstream",
+          std::to_string(page.width()) + " /Height " + std::to_string(page.height()) + " /Length " +
+          std::to_string(rows.size()) + " >>\nstream\n" + std::string(rows.begin(), rows.end()) +
+          "\nendstream",
   };
   std::string text = "%PDF-1.4\n", places = "0000000000 65535 f \n";
   int number = 0;

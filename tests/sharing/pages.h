@@ -30,8 +30,8 @@ korvel::DotCanvas greyPage(const PageSize& size, int ink);
 // What the printable part of a page must look like in print.
 Picture printOf(const korvel::DotCanvas& page, const PageSize& size);
 
-// Writes a page as image/urf, image/pwg-raster, image/png, image/jpeg or application/pdf. The PDF has
-// the page's exact size and one picture.
+// Writes a page as image/urf, image/pwg-raster, image/png, image/jpeg or application/pdf. The PDF
+// has the page's exact size and one picture.
 std::string writePage(const korvel::DotCanvas& page, const PageSize& size,
                       const std::string& format, const std::string& path);
 

@@ -10,7 +10,7 @@
 #include "tests/sharing/network_room.h"
 #include "tests/sharing/phone.h"
 #include "tests/spooler/documents.h"
-#include "tests/spooler/printer_process.h"
+#include "tests/tools/emulator/printer_process.h"
 #include "tests/spooler/private_spooler.h"
 #include "tools/setup/network_proof.h"
 
@@ -31,7 +31,7 @@ class Sharing : public testing::Test {
     if (!room_.missing().empty()) GTEST_SKIP() << room_.missing();
     spooler_ = std::make_unique<PrivateSpooler>(stockConfiguration());
     ASSERT_FALSE(HasFailure());
-    printer_ = std::make_unique<PrinterProcess>(spooler_->toolPath("korvel-printer"),
+    printer_ = std::make_unique<ListeningPrinter>(spooler_->toolPath("korvel-printer"),
                                                 Words{"--speed", "5000"});
   }
 
@@ -51,7 +51,7 @@ class Sharing : public testing::Test {
 
   NetworkRoom room_;
   std::unique_ptr<PrivateSpooler> spooler_;
-  std::unique_ptr<PrinterProcess> printer_;
+  std::unique_ptr<ListeningPrinter> printer_;
 };
 
 TEST_F(Sharing, IsSharedProvedAndTakenBack) {

@@ -193,6 +193,11 @@ void PrivateSpooler::addQueue(const std::string& queue, const std::string& descr
   ASSERT_EQ(result.status, 0) << result.output;
 }
 
+void PrivateSpooler::setDevice(const std::string& queue, const std::string& uri) {
+  const CommandResult result = run({KORVEL_LPADMIN, "-h", socket(), "-p", queue, "-v", uri});
+  ASSERT_EQ(result.status, 0) << result.output;
+}
+
 void PrivateSpooler::setDefault(const std::string& queue, const std::string& option) {
   const CommandResult result = run({KORVEL_LPADMIN, "-h", socket(), "-p", queue, "-o", option});
   ASSERT_EQ(result.status, 0) << result.output;

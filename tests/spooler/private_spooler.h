@@ -36,6 +36,7 @@ class PrivateSpooler {
   // A queue to a printer on a port of this machine. `description` is the file's bare name.
   void addQueue(const std::string& queue, const std::string& description, int port);
 
+  void setDevice(const std::string& queue, const std::string& uri);
   void setDefault(const std::string& queue, const std::string& option);  // "Darkness=Dark"
   std::string address() const { return socket(); }  // for the variable CUPS_SERVER
 

@@ -20,6 +20,7 @@
 #include "tools/setup/queue_setup.h"
 #include "tools/setup/queue_sharing.h"
 #include "tools/setup/setup_dialog.h"
+#include "tools/setup/sharing_doctor.h"
 
 namespace {
 
@@ -183,10 +184,15 @@ void say(const std::string& sentence) { std::printf("%s\n", sentence.c_str()); }
 
 // ---- Check ----
 
-bool checkQueue(const PrintSystem& system, const korvel::Queue& queue, const std::string& dumps) {
-  const korvel::QueueFacts facts = korvel::gatherFacts(system, queue, dumps);
+bool checkQueue(const PrintSystem& system, const korvel::Queue& queue, const Request& request) {
+  std::vector<korvel::Finding> findings =
+      korvel::examine(korvel::gatherFacts(system, queue, request.dumpFolder));
+  for (const korvel::Finding& finding : korvel::examineSharing(
+           korvel::gatherSharingFacts(system, queue, request.sharing.stateFolder))) {
+    findings.push_back(finding);
+  }
   bool well = true;
-  for (const korvel::Finding& finding : korvel::examine(facts)) {
+  for (const korvel::Finding& finding : findings) {
     say(queue.name + ": " + finding.text);
     well = well && !finding.fault;
   }
@@ -223,7 +229,7 @@ Result<int> check(const PrintSystem& system, Request request) {
   if (!queues) return queues.failure();
   bool well = true;
   for (const korvel::Queue& queue : queues.value()) {
-    well = checkQueue(system, queue, request.dumpFolder) && well;
+    well = checkQueue(system, queue, request) && well;
   }
   return well ? 0 : 1;
 }
@@ -376,10 +382,11 @@ Result<int> makePreset(const PrintSystem& system, Request request) {
   QueuePlan plan = korvel::planPreset(system, *base, request.preset, request.plan.options);
   if (!request.plan.location.empty()) plan.location = request.plan.location;
   if (!base->isOurs() || plan.description.name.empty()) {
-    return Failure{filled("Queue %s does not have an installed Korvel driver.", base->name.c_str())};
+    return Failure{
+        filled("Queue %s does not have an installed Korvel driver.", base->name.c_str())};
   }
-  const Result<void> checked = korvel::checkQueueOptions(
-      system.installedDescription(plan.description.name), plan.options);
+  const Result<void> checked =
+      korvel::checkQueueOptions(system.installedDescription(plan.description.name), plan.options);
   if (!checked) return checked.failure();
   // Both queues take turns from now on, before the new one can print.
   if (plan.uri != base->uri) {
