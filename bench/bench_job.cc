@@ -1,6 +1,6 @@
 // Writes a job as CUPS raster to standard output: korvel_bench_job grey|dots label|a4 PAGES.
-// "grey" is what the filter gets; "dots" is the same page already in 1 bit, for filters that take
-// no other.
+// "grey" is input for our filter; "dots" is the same page at 1 bit per pixel, for filters that
+// accept nothing else.
 // SPDX-License-Identifier: Apache-2.0
 #include <cups/raster.h>
 #include <unistd.h>

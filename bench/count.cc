@@ -1,5 +1,5 @@
-// Runs one halftone over a label so that a counting machine can watch: korvel_count METHOD TIMES.
-// The difference between two numbers of times, over the pixels, is what a pixel costs.
+// Halftones a label a given number of times, for callgrind: korvel_count METHOD TIMES.
+// The difference between two such counts, divided by the pixels, is the cost of a pixel.
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
 #include <cstdlib>
@@ -13,20 +13,27 @@ namespace {
 constexpr int kStencil = 8;
 constexpr int kStencilZ4 = 9;
 
+bool stencil(const GreyRows& grey, int method) {
+  CxImage image;
+  if (!image.CreateGrey(static_cast<uint32_t>(grey.width), static_cast<uint32_t>(grey.height))) {
+    return false;
+  }
+  const auto halftone = method == kStencil ? qmTattooDitherRows : qmTattooDitherRowsZ4;
+  halftone(grey, image.GetBits(), image.GetEffWidth());
+  return image.Destroy();
+}
+
+// As the filter halftones a page without tone, turn and mirror.
 bool halftone(int method) {
   const GreyPage& page = labelPage();
+  const uint8_t* pixels = page.pixels.data();
   if (method == kStencil || method == kStencilZ4) {
-    const QMImage grey(page.width, page.height, QM_IMG_GRAY, page.pixels.data());
-    const QMImage dots = method == kStencil ? qmTattooDithering(grey) : qmTattooDitheringZ4(grey);
-    return dots.size() == page.pixels.size();
+    return stencil({pixels, static_cast<size_t>(page.width), page.width, page.height}, method);
   }
   CxImage image;
   const auto width = static_cast<uint32_t>(page.width);
-  image.CreateFromArray(page.pixels.data(), width, static_cast<uint32_t>(page.height), 8, width,
-                        false);
-  const bool done = image.Dither(method) && image.IncreaseBpp(8);
-  image.Destroy();
-  return done;
+  return image.CreateHalftone(pixels, width, static_cast<uint32_t>(page.height), width, method) &&
+         image.Destroy();
 }
 
 }  // namespace

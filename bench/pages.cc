@@ -1,4 +1,4 @@
-// Paints the benches' pages in horizontal quarters, so that a page holds every kind of picture.
+// Paints the benchmark pages in horizontal quarters, each with another kind of picture.
 // SPDX-License-Identifier: Apache-2.0
 #include "bench/pages.h"
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int kLetterHeight = 24;  // rows of a line of letters, half of them white
+constexpr int kLetterHeight = 24;  // rows per line of letters, half of them white
 
 uint32_t nextNoise(uint32_t& state) {
   state = state * 1664525u + 1013904223u;

@@ -1,4 +1,4 @@
-// Pages that the benches work on: the same bytes on every machine.
+// The benchmark pages: the same bytes on every machine.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_BENCH_PAGES_H
 #define KORVEL_BENCH_PAGES_H
@@ -13,7 +13,7 @@ struct GreyPage {
   std::vector<uint8_t> pixels;
 };
 
-// What studios and shops print: lines of letters, a grey ramp, a noisy photograph, white between.
+// Letters, a grey ramp, a noisy photograph and white paper.
 GreyPage mixedPage(int width, int height);
 
 // A sheet of A4 at 300 dots per inch, and a 4 by 6 inch label at 203.

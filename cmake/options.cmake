@@ -14,10 +14,26 @@ if(KORVEL_WERROR)
   target_compile_options(korvel_options INTERFACE -Werror)
 endif()
 
+# Control-flow protection by what the processor has: CET on amd64, BTI and PAC on arm64.
+include(CheckCXXCompilerFlag)
 if(KORVEL_HARDEN)
   target_compile_options(korvel_options INTERFACE -fstack-protector-strong
                                                   $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
   target_link_options(korvel_options INTERFACE -pie -Wl,-z,relro -Wl,-z,now)
+  foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
+    string(MAKE_C_IDENTIFIER "KORVEL_HAS${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    if(${known})
+      target_compile_options(korvel_options INTERFACE ${flag})
+    endif()
+  endforeach()
+  # The linker marks a program only when every object is marked, and the C library's start files may
+  # not be. They are compatible with a shadow stack, so this one may be claimed.
+  include(CheckLinkerFlag)
+  check_linker_flag(CXX -Wl,-z,shstk KORVEL_HAS_SHSTK)
+  if(KORVEL_HAS_SHSTK AND KORVEL_HAS_fcf_protection)
+    target_link_options(korvel_options INTERFACE -Wl,-z,shstk)
+  endif()
 endif()
 
 # Headers are included by their path below this folder; the filter has a root of its own, so that

@@ -1,4 +1,5 @@
-// What must hold for every input: told on the true standard error, then the fuzzer's end.
+// Conditions that must hold for every input. A violation is reported on the process's own standard
+// error and ends the fuzzer.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_FUZZ_DEMAND_H
 #define KORVEL_FUZZ_DEMAND_H

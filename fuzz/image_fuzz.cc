@@ -40,7 +40,7 @@ void demandSameImage(CxImage& have, CxImage& want, const std::string& operation)
          operation + ": the sizes differ");
   demand(std::strcmp(have.GetLastError(), want.GetLastError()) == 0,
          operation + ": the errors differ");
-  const std::string have = blockOf(fast);
+  const std::string haveBlock = blockOf(have);
   const std::string wantBlock = blockOf(want);
   const auto at =
       std::mismatch(haveBlock.begin(), haveBlock.end(), wantBlock.begin(), wantBlock.end());

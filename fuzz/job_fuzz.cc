@@ -64,7 +64,7 @@ class Places {
     }
   }
 
-  // "stencil/Z4": a printer description of the tests, with another model name; "label" otherwise.
+  // "stencil/Z4": a PPD of the tests, with another model name; "label" otherwise.
   void choosePrinter(std::string_view words) {
     const std::string name = words.starts_with("stencil") ? "stencil" : "label";
     std::string model;

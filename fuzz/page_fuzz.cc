@@ -63,7 +63,7 @@ void setUp(KorvelPrinter& printer, HeaderLine line, cups_page_header2_t& header)
   printer.setMirrorPrint(line.number() != 0);
   printer.setNegativePrint(line.number() != 0);
   printer.setRotate180Print(line.number() != 0);
-  // Around a sheet a frame of level -1 is a million dots wide.
+  // A frame of level -1 around a known sheet would be a million dots wide.
   printer.setAntiWrinkle(line.numberWithin(isSheet(sheet) ? 0 : -1, 8));
   printer.tattooPrinter_ = line.number();
 }

@@ -1,5 +1,5 @@
-// An arbitrary printer description under arbitrary options: whatever they say, the record holds
-// its rules. The first line is the job's option string, the rest the description.
+// An arbitrary PPD with arbitrary options: the settings record always follows its rules. The first
+// line is the job's option string, the rest is the PPD.
 // SPDX-License-Identifier: Apache-2.0
 #include "driver/settings_reader.h"
 

@@ -31,7 +31,7 @@ class ShortSleep {
   int seconds_ = 0;
 };
 
-// Stands in for the C library's.
+// Replaces the C library's.
 extern "C" unsigned int sleep(unsigned int seconds) { return ShortSleep::sleep(seconds); }
 
 #endif

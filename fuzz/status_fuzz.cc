@@ -2,7 +2,7 @@
 // buffer, every line of the log is the one that the answers ask for, and the wait ends.
 // First line: ready or out, once or more, a wait each. Every further line answers a request: the
 // drain's result, then hex bytes that one read gets, pieces parted by "|"; "+9" among them is the
-// length of the drain's own answer. Behind the last line everything is silence.
+// length of the drain's own answer. After the last line nothing more is answered.
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/status.h"
 
@@ -78,7 +78,7 @@ Answer parseAnswer(std::string_view text) {
   return answer;
 }
 
-// ---- what the log must say, told from the answers alone ----
+// ---- the expected log, derived from the answers alone ----
 
 std::string hexOf(const std::string& bytes) {
   std::string text;

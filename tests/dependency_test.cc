@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/source_tree.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -90,28 +92,6 @@ std::vector<std::string> objections(const fs::path& root, const std::string& fil
     if (!text.empty()) found.push_back(file + ": " + text);
   }
   return found;
-}
-
-// Folders of the root that hold no sources of ours: tests, build folders, hidden folders.
-bool isLeftOut(const fs::path& folder) {
-  const std::string name = folder.filename();
-  return name == "tests" || name == "out" || name.starts_with("build") ||
-         name.starts_with("obj-") || name.starts_with(".");
-}
-
-// Every .cc and .h below `root`, its path relative to it, in alphabetical order.
-std::vector<std::string> sources(const fs::path& root) {
-  std::vector<std::string> files;
-  for (auto entry = fs::recursive_directory_iterator(root); entry != fs::end(entry); ++entry) {
-    if (entry.depth() == 0 && entry->is_directory() && isLeftOut(entry->path())) {
-      entry.disable_recursion_pending();
-    }
-    const std::string extension = entry->path().extension();
-    if (extension != ".h" && extension != ".cc") continue;
-    files.push_back(entry->path().lexically_relative(root));
-  }
-  std::sort(files.begin(), files.end());
-  return files;
 }
 
 std::vector<std::string> objectionsBelow(const fs::path& root) {

@@ -28,7 +28,8 @@ function find(query) {
 }
 
 function excerpt(text, word) {
-  const at = Math.max(0, text.toLowerCase().indexOf(word) - 40);
+  const near = text.toLowerCase().indexOf(word) - 40;
+  const at = near <= 0 ? 0 : text.indexOf(' ', near) + 1;
   return (at > 0 ? '… ' : '') + text.slice(at, at + 120) + (at + 120 < text.length ? ' …' : '');
 }
 

@@ -29,7 +29,7 @@ function without_entities(text) {
 
 function as_json(text) {
   text = without_entities(without_tags(text))
-  gsub(/\\/, "\\\\", text); gsub(/"/, "\\\"", text); gsub(/[\t\n ]+/, " ", text)
+  gsub(/\\/, "&&", text); gsub(/"/, "\\\"", text); gsub(/[\t\n ]+/, " ", text)
   sub(/^ /, "", text); sub(/ $/, "", text)
   return "\"" text "\""
 }
@@ -159,6 +159,7 @@ in_figure {
 
 {
   line = with_links($0)
+  sub(/<pre>/, "<pre tabindex=\"0\">", line)  # so that it can be scrolled with the keyboard
   body = body line "\n"
   section_text = section_text " " line
 }
@@ -189,8 +190,8 @@ END {
   if (exit_status) exit exit_status
   contents = depth < 2 ? "" : "<nav class=\"contents\" aria-label=\"On this page\">\n<h2>On this page</h2>\n<ul>\n" \
     contents "</ul>\n</nav>"
-  gsub(/&/, "\\\\&", contents)
-  sub(/<!--contents-->/, contents, body)
+  at = index(body, "<!--contents-->")
+  body = substr(body, 1, at - 1) contents substr(body, at + length("<!--contents-->"))
   product = "Korvel Printer Guide"
   print "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">"
   print "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
@@ -201,12 +202,13 @@ END {
   print "<script src=\"search-index.js\" defer></script>\n<script src=\"guide.js\" defer></script>"
   print "</head>\n<body class=\"page-" page "\">"
   print "<a class=\"skip\" href=\"#content\">Skip to the content</a>"
-  print "<input type=\"checkbox\" id=\"menu\" aria-label=\"Show all pages\">"
   print "<header>\n<a class=\"brand\" href=\"index.html\">" product "</a>"
   print "<div class=\"search\" role=\"search\" hidden><input type=\"search\" id=\"query\" placeholder=\"Search\"" \
     " aria-label=\"Search the guide\" autocomplete=\"off\" spellcheck=\"false\"><div id=\"results\" role=\"status\" hidden></div></div>"
   print "<label for=\"menu\">Pages</label>\n</header>"
-  print "<div class=\"columns\">\n<nav class=\"pages\" aria-label=\"Pages\">\n" navigation() "</nav>"
+  print "<div class=\"columns\">\n<nav class=\"pages\" aria-label=\"Pages\">"
+  print "<input type=\"checkbox\" id=\"menu\" aria-label=\"Show all pages\">"
+  print "<div class=\"list\">\n" navigation() "</div>\n</nav>"
   print "<main id=\"content\">\n<article>\n" body "</article>"
   print "<nav class=\"steps\" aria-label=\"Previous and next page\">\n" \
     link_to(here - 1, "prev", "Previous") link_to(here + 1, "next", "Next") "</nav>"

@@ -38,7 +38,7 @@ static_assert(sizeof(DibHeader) == 40, "the block starts with a 40-byte header")
 // each padded to four bytes. Row 0 is the bottom line of the picture by bitmap convention.
 //
 // There is no destructor: a block lives until the next Create, Transfer or Destroy of the same
-// object, so whoever lets an image go out of scope destroys or transfers it first. Nothing throws;
+// object, so an image is destroyed or transferred before it goes out of scope. Nothing throws;
 // an operation on an image without a block does nothing or reports failure.
 class CxImage {
  public:
@@ -111,7 +111,7 @@ class CxImage {
   // Turns by 180 degrees, into `destination` when one is given. The result has 8 bits per pixel.
   bool Rotate180(CxImage* destination = nullptr);
 
-  // Mirrors left to right by reversing bytes: right for 8 bits per pixel only.
+  // Mirrors left to right by reversing bytes. Images of another depth than 8 are left alone.
   void Mirror();
 
   // Complements every byte of the pixel rows, padding included.

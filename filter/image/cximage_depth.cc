@@ -1,5 +1,5 @@
 // Depth of the palette image: indices of any depth as bytes, and the same picture with more bits
-// per pixel. Up to 8 bits the indices stay; at 24 bits their colours take their place.
+// per pixel. Up to 8 bits the indices stay; at 24 bits they are replaced by their colours.
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstring>
@@ -25,7 +25,7 @@ void CxImage::GetPixelIndices(int64_t x, int64_t y, size_t count, uint8_t* to) c
   for (; count != 0; --count) *to++ = GetPixelIndex(x++, y);
 }
 
-// The indices of a row from column x on: all of them where they lie at 8 bits per pixel, else at
+// The indices of a row from column x on: at 8 bits per pixel all of them in place, otherwise at
 // most kRunPixels in `scratch`.
 CxImage::IndexRun CxImage::RunAt(int64_t x, int64_t y, uint8_t* scratch) const {
   const auto left = static_cast<size_t>(Width() - x);

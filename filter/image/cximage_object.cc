@@ -45,7 +45,7 @@ uint8_t* CxImage::Create(uint32_t width, uint32_t height, uint32_t bpp, uint32_t
   return dib;
 }
 
-// Creates the image but for its pixel rows, which hold anything.
+// Creates the image, but leaves its pixel rows undefined.
 bool CxImage::CreateUnwritten(uint32_t width, uint32_t height, uint32_t bpp, uint32_t type) {
   Destroy();
   if (width == 0 || height == 0) {
@@ -115,8 +115,8 @@ void CxImage::CopyInfo(const CxImage& source) {
 }
 
 // Makes this fresh image one of the given size that carries the source's type and cache. The
-// caller writes every pixel. What lies behind a row's last one is clear: packing walks the stride,
-// so it becomes dots.
+// caller writes every pixel. The bytes after a row's last pixel are clear, because packing walks
+// the stride and turns them into dots.
 bool CxImage::CreateLike(const CxImage& source, uint32_t width, uint32_t height, uint32_t bpp) {
   CopyInfo(source);
   if (!CreateUnwritten(width, height, bpp, source.info.imageType)) return false;

@@ -1,5 +1,5 @@
 // The palette image's palette: entries, the grey ramp, the nearest colour.
-// The palette lies between the block's header and its pixel rows.
+// The palette is between the block's header and its pixel rows.
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstring>

@@ -28,7 +28,7 @@ struct DiffusionKernel {
   std::span<const DiffusionTap> taps;
 };
 
-// clang-format off: the taps stand where they lie.
+// clang-format off: the layout shows where each tap is.
 // R. W. Floyd, L. Steinberg: An adaptive algorithm for spatial grey scale, 1976.
 constexpr DiffusionTap kFloydSteinbergTaps[] = {
     /*                  */ {1, 0, 7},

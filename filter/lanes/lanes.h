@@ -1,5 +1,5 @@
-// Vectors of 16 or 32 bytes and the few operations on them that the language lacks.
-// Kernels are written against it once and compiled once for each target (lanes/target.h).
+// Vectors of 16 or 32 bytes, and the few vector operations that the language lacks.
+// Kernels are written once with these and compiled once for each SIMD target (lanes/target.h).
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_LANES_LANES_H
 #define KORVEL_LANES_LANES_H
@@ -13,8 +13,7 @@
 #include <arm_neon.h>
 #endif
 
-// The build names the target whose namespace the kernels live in; a header checked alone is
-// portable.
+// The build defines the target's namespace. A header that is compiled alone is portable.
 #ifndef KORVEL_TARGET
 #define KORVEL_TARGET portable
 #define KORVEL_TARGET_IS_PORTABLE 1
@@ -23,16 +22,16 @@
 #define KORVEL_LANES 16
 #endif
 
-// Everything here has the target's namespace and is inlined: a function compiled for a wide
-// machine must never stand in for one of the same name on a narrow machine (WideObjects).
+// Everything here is in the target's namespace and inlined: a function compiled for a wide
+// processor must never replace one of the same name on a narrow processor (WideObjects).
 #define KORVEL_INLINE [[gnu::always_inline]] inline
 
 namespace KORVEL_TARGET {
 
-constexpr size_t kLanes = KORVEL_LANES;  // bytes of a vector
+constexpr size_t kLanes = KORVEL_LANES;  // bytes per vector
 
 // + - * & | ^ ~ << >> work lane by lane, comparisons give lanes of all ones or zero, and
-// `mask ? a : b` chooses by lane. The element types are those of the language.
+// `mask ? a : b` chooses by lane.
 using Bytes = uint8_t __attribute__((vector_size(KORVEL_LANES)));
 using SignedBytes = int8_t __attribute__((vector_size(KORVEL_LANES)));
 using Words = uint16_t __attribute__((vector_size(KORVEL_LANES)));
@@ -72,7 +71,7 @@ KORVEL_INLINE void store(void* to, Vector vector) {
 // 16 bytes from `low`; a 32-byte vector takes its upper half from `high`.
 KORVEL_INLINE Bytes loadHalves(const uint8_t* low, [[maybe_unused]] const uint8_t* high) {
 #if KORVEL_LANES == 32
-  // Joined in registers: by way of memory the whole load would wait for two stores.
+  // Joined in registers: through memory, the load would wait for two stores.
   using Half = int64_t __attribute__((vector_size(16)));
   const auto halves = __builtin_shufflevector(load<Half>(low), load<Half>(high), 0, 1, 2, 3);
   return reinterpret_cast<Bytes>(halves);
@@ -179,7 +178,7 @@ KORVEL_INLINE Vector shiftUp(Vector before, Vector vector) {
 // Last lane first.
 KORVEL_INLINE Bytes reverse(Bytes bytes) {
 #if defined(__SSE2__) && !defined(__SSSE3__)
-  // There is no byte shuffle here: halves, words and at last the bytes of words change places.
+  // SSE2 has no byte shuffle: halves, words and then the bytes of each word are swapped.
   auto words = as<__m128i>(bytes);
   words = _mm_shuffle_epi32(words, _MM_SHUFFLE(1, 0, 3, 2));
   words = _mm_shufflelo_epi16(words, _MM_SHUFFLE(0, 1, 2, 3));
@@ -257,7 +256,7 @@ KORVEL_INLINE Ints multiplyPairs(SignedWords a, SignedWords b) {
 #endif
 }
 
-// Words of the bytes in the lower (upper) part of each 16-byte half. packWords is the way back.
+// Words of the bytes in the lower (upper) part of each 16-byte half. packWords is the inverse.
 KORVEL_INLINE Words widenLow(Bytes bytes) {
 #if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
   return as<Words>(interleaveLow(Bytes{}, bytes));
@@ -355,7 +354,7 @@ KORVEL_INLINE bool anySet(Bytes mask) {
 #endif
 }
 
-// One bit a lane, lane 0 in the top bit of the first byte: kLanes / 8 bytes. Lanes of the mask
+// One bit per lane, lane 0 in the top bit of the first byte: kLanes / 8 bytes. Lanes of the mask
 // are all ones or zero.
 KORVEL_INLINE void storeBits(uint8_t* to, Bytes mask) {
 #if defined(KORVEL_TARGET_IS_PORTABLE)
@@ -408,7 +407,8 @@ KORVEL_INLINE void storeBits(uint8_t* to, const Bytes (&masks)[8]) {
 #endif
 }
 
-// The way back: lane i is all ones where bit i, counted from the top of the first byte, is set.
+// The inverse of storeBits: lane i is all ones where bit i, counted from the top of the first byte,
+// is set.
 KORVEL_INLINE Bytes loadBits(const uint8_t* from) {
 #if defined(KORVEL_TARGET_IS_PORTABLE)
   constexpr uint64_t kEachByte = 0x0101010101010101;

@@ -1,5 +1,5 @@
-// Asks the processor once what it can do.
-// The variable serves tests: they hold every target to the same dots.
+// Finds out once which SIMD targets the processor supports.
+// The environment variable is for tests, which compare the dots of all targets.
 // SPDX-License-Identifier: Apache-2.0
 #include "lanes/target.h"
 

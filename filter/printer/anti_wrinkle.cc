@@ -36,7 +36,7 @@ uint32_t dotsOf(uint32_t resolution, uint32_t length) {
   return (resolution * length / 254 + 5) / 10;
 }
 
-// The header's name may fill its field without an end.
+// The header's name may fill its field without a terminating NUL.
 bool hasPageSizeName(const cups_page_header2_s& header, const char* name) {
   return std::strncmp(header.cupsPageSizeName, name, sizeof header.cupsPageSizeName) == 0;
 }

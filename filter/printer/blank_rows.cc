@@ -1,5 +1,5 @@
 // Measures the blank rows at the top and bottom of a page.
-// The results are reported only: no row is ever left out of a print.
+// The results are only reported: no row is ever left out of a print.
 // SPDX-License-Identifier: Apache-2.0
 #include "printer/blank_rows.h"
 

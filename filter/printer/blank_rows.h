@@ -9,10 +9,10 @@
 extern "C" {
 
 // Both look at the first widthBytes - skipRightBytes bytes of each row (at all of them when the
-// skip is larger than the row); rows lie `stride` bytes apart.
+// skip is larger than the row); rows are `stride` bytes apart.
 
 // Blank rows that follow row 0, which itself is never looked at; `height` when there is no other
-// ink. Reads the row behind the image: the buffer holds height + 1 rows.
+// ink. Reads the row after the image: the buffer holds height + 1 rows.
 size_t pellamImageCountBlankLinesFromFront(const unsigned char* data, size_t widthBytes,
                                            size_t height, size_t skipRightBytes, size_t stride);
 

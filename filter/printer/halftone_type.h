@@ -1,4 +1,4 @@
-// The halftone setting and its names, as job options and printer descriptions spell them.
+// The halftone setting and its names, as job options and PPDs spell them.
 // A leaf header.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_PRINTER_HALFTONE_TYPE_H
@@ -6,8 +6,8 @@
 
 #include <cstdint>
 
-// The setting's number is the method's number, though the two lists are one step apart: a name
-// must go on printing what it prints (HalftoneSettings table).
+// The setting's number is the method's number, although the two lists are offset by one: a name
+// must keep printing what it has always printed (HalftoneSettings table).
 enum DitherType : int32_t {
   kHalftoneNone = 0,
   kHalftoneFloydSteinberg,

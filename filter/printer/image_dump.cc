@@ -49,7 +49,7 @@ void writeHeader(FILE* file, uint32_t width, uint32_t height, uint32_t rowSize, 
   std::fwrite(header, sizeof header, 1, file);
 }
 
-// A grey ramp, then the buffer as it lies in memory: no padding, no stride, first row first.
+// A grey ramp, then the buffer as it is in memory: no padding, no stride, first row first.
 void writeGrey(FILE* file, const unsigned char* data, size_t pixels) {
   unsigned char palette[256 * 4];
   for (int i = 0; i < 256; ++i) {
@@ -66,7 +66,7 @@ void packWhiteBits(const unsigned char* from, size_t pixels, unsigned char* to) 
   imageKernels().complement(to, (pixels + 7) / 8);
 }
 
-// Rows of the buffer, last one first, one bit a pixel; `pixels` is counted by the buffer's stride.
+// Rows of the buffer, the last one first, one bit per pixel; `pixels` is the buffer's stride.
 void writeMono(FILE* file, const unsigned char* data, size_t pixels, size_t height,
                size_t rowSize) {
   const size_t packed = (pixels + 7) / 8;

@@ -7,8 +7,8 @@
 extern "C" {
 
 // Writes a line to standard error: the level's prefix (0 and 1 "DEBUG:", 2 "WARN:", 3 "ERROR:",
-// 4 "CRIT:", 5 "INVALID:"), the text without a blank between, and a newline, even after a text
-// that ends in one. Nothing is filtered; the level is not checked.
+// 4 "CRIT:", 5 "INVALID:"), directly followed by the text, and a newline, even if the text ends in
+// one. Nothing is filtered; the level is not checked.
 __attribute__((format(printf, 2, 3))) void pellamLogCommon(int level, const char* format, ...);
 }
 

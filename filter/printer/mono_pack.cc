@@ -1,11 +1,11 @@
-// Packs a page's bytes to the bits that the printer burns.
-// In place: the page buffer is sent from where it lies.
+// Packs a page's bytes to the dots that the printer burns.
+// This happens in place, and the printer is sent the page buffer itself.
 // SPDX-License-Identifier: Apache-2.0
 #include "image/image_kernels.h"
 #include "printer/log.h"
 #include "printer/pellam_printer.h"
 
-// Walks the stride, not the width: what lies behind the last pixel of a row becomes dots too.
+// Walks the stride, not the width: the bytes after the last pixel of a row become dots too.
 int PellamPrinter::GrayToMono(int bytesPerLine, int height, unsigned char* buffer) {
   const auto skip = static_cast<int>(skipRightPixels_);
   const bool skips = skipRightPixels_ != 0 && skipRightPixels_ < static_cast<size_t>(bytesPerLine);

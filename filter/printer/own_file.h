@@ -1,4 +1,4 @@
-// The small diagnostic files that the filter leaves at names which others can guess.
+// Opens the small diagnostic files that the filter leaves under names that others can guess.
 // A leaf header.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_PRINTER_OWN_FILE_H

@@ -1,4 +1,4 @@
-// The page's story: measured, dumped, processed, dumped again, printed.
+// The steps of a page: measured, dumped, processed, dumped again, printed.
 // Every step leaves a log line, so that a page can be followed in the spooler's log.
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdlib>
@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned char kTopEdge = 0x02;
 constexpr unsigned char kBottomEdge = 0x08;
 
-// Rows found by measuring; both 0 when an edge is not asked for.
+// Measured rows; 0 for an edge that is not measured.
 struct BlankEdges {
   size_t top = 0;
   size_t bottom = 0;  // rows up to the last ink
@@ -38,7 +38,7 @@ BlankEdges measureBlankEdges(unsigned char mask, const unsigned char* data, size
   return edges;
 }
 
-// Tells what trimming would leave. Nothing is trimmed: the whole result is printed.
+// Logs the size that trimming would leave. Nothing is trimmed: the whole result is printed.
 void logTrimmedSize(const BlankEdges& edges, const unsigned char* result, size_t bytesPerLine,
                     size_t height, size_t width) {
   size_t adjustedHeight = height;
@@ -49,7 +49,7 @@ void logTrimmedSize(const BlankEdges& edges, const unsigned char* result, size_t
     pellamLogCommon(0, "printImage: Adjusted image height to %zu, pointer offset by %zu bytes",
                     adjustedHeight, edges.top * bytesPerLine);
   }
-  // The labels of width and bytes per line stand swapped: log readers know them so.
+  // The values of width and bytes per line are swapped: programs that read the log expect it.
   pellamLogCommon(0,
                   "printImage: Processed image information - pointer address: %lu, width: %zu, "
                   "height: %zu, bytes per line: %zu, number of top blank lines: %zu, number of "
@@ -67,8 +67,8 @@ void PellamPrinter::printImage(const unsigned char* data, size_t bytesPerLine, s
       width, height, bytesPerLine);
   const size_t size = bytesPerLine * height;
   unsigned char* result = nullptr;
-  // Held for the page and never touched: without memory for it the page does not print. Volatile,
-  // or compilers leave the allocation out.
+  // Kept for the page and never used: without memory for it, the page is not printed. Volatile,
+  // because compilers would remove the allocation.
   void* volatile reserve = std::malloc(size);
   if (reserve == nullptr) {
     pellamLogCommon(
@@ -92,7 +92,7 @@ void PellamPrinter::printImage(const unsigned char* data, size_t bytesPerLine, s
                       "printImage: Memory allocation for processing result failed, unable to "
                       "continue processing");
     } else {
-      // Tells the single size, as log readers know it.
+      // Logs the single size: programs that read the log expect it.
       pellamLogCommon(
           0, "printImage: Memory for processing result allocated successfully, size: %zu bytes",
           size);
@@ -106,7 +106,7 @@ void PellamPrinter::printImage(const unsigned char* data, size_t bytesPerLine, s
   if (reserve != nullptr) {
     std::free(reserve);
     reserve = nullptr;
-    // Told after it was forgotten, so the address is always a null one.
+    // Logged after it was cleared, so the address is always null.
     pellamLogCommon(0, "printImage: Freed the allocated memory, address: %p", reserve);
   }
   if (result != nullptr) {

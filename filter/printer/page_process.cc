@@ -15,13 +15,18 @@ int PellamPrinter::PageProcess(DitherType type, const unsigned char* src, int st
   pellamLogCommon(0, "PageProcess: QM dithering is %s", useQMDithering_ ? "enabled" : "disabled");
 
   // Most pages are halftoned as they are, which needs no copy of the grey pixels.
-  const bool isDirect = !useQMDithering_ && !changesGrey() && stride >= width;
+  const bool isDirect = !changesGrey() && (useQMDithering_ ? stride == width : stride >= width);
   const auto columns = static_cast<uint32_t>(width);
   const auto rows = static_cast<uint32_t>(height);
   const auto bytesPerLine = static_cast<uint32_t>(stride);
-  const bool created = isDirect
-                           ? cximage_.CreateHalftone(src, columns, rows, bytesPerLine, type)
-                           : cximage_.CreateFromArray(src, columns, rows, 8, bytesPerLine, false);
+  bool created = false;
+  if (!isDirect) {
+    created = cximage_.CreateFromArray(src, columns, rows, 8, bytesPerLine, false);
+  } else if (useQMDithering_) {
+    created = src != nullptr && cximage_.CreateGrey(columns, rows);  // the pixels stay in `src`
+  } else {
+    created = cximage_.CreateHalftone(src, columns, rows, bytesPerLine, type);
+  }
   if (!created) {
     pellamLogCommon(4, "cximage.CreateFromArray with grey failed!");
     return 0;
@@ -30,7 +35,7 @@ int PellamPrinter::PageProcess(DitherType type, const unsigned char* src, int st
   changeGrey();
 
   if (useQMDithering_) {
-    if (!halftoneForStencil(width, height, stride)) return 0;
+    if (!halftoneForStencil(isDirect ? src : nullptr, width, height, stride)) return 0;
   } else {
     if (!isDirect) cximage_.Dither(type);
     cximage_.IncreaseBpp(8);
@@ -84,15 +89,17 @@ int PellamPrinter::copyResult(int stride, int height, unsigned char* dst) {
   return length;
 }
 
-// Runs a stencil halftone on the grey image and sets the result image.
-bool PellamPrinter::halftoneForStencil(int width, int height, int stride) {
+// Runs a stencil halftone on the page's own rows or, where `src` is null, on the grey image, and
+// sets the result image.
+bool PellamPrinter::halftoneForStencil(const unsigned char* src, int width, int height,
+                                       int stride) {
   pellamLogCommon(0,
                   "PageProcess: Copied pixels to the output buffer for QM dithering, with stride "
                   "%d, EffWidth %d",
                   stride, static_cast<int>(cximage_.GetEffWidth()));
   const bool created =
       ditheredImage_.CreateGrey(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
-  if (created) ditherForStencil(width, height, stride);
+  if (created) ditherForStencil(src, width, height, stride);
   pellamLogCommon(0, "PageProcess: Applied QM dithering with stride %d, width %d",
                   ((width + 3) / 4) * 4, width);
   if (!created) {
@@ -106,11 +113,13 @@ bool PellamPrinter::halftoneForStencil(int width, int height, int stride) {
 
 // Where the page's rows are longer than its width, they are laid out `stride` bytes apart but read
 // without padding: the picture shears, and the gaps are read as black (PaddedStencilLines).
-void PellamPrinter::ditherForStencil(int width, int height, int stride) {
+void PellamPrinter::ditherForStencil(const unsigned char* src, int width, int height, int stride) {
   const auto columns = static_cast<size_t>(width);
   std::vector<unsigned char> padded;
-  GreyRows grey(cximage_.GetBits(), cximage_.GetEffWidth(), width, height);
-  if (stride != width || !cximage_.IsValid()) {
+  GreyRows grey(src, columns, width, height);
+  if (src == nullptr && stride == width && cximage_.IsValid()) {
+    grey = GreyRows(cximage_.GetBits(), cximage_.GetEffWidth(), width, height);
+  } else if (src == nullptr) {
     padded.resize(static_cast<size_t>(std::max(stride, width)) * static_cast<size_t>(height));
     copyPixels(cximage_, padded.data(), width, height, stride);
     grey = GreyRows(padded.data(), columns, width, height);

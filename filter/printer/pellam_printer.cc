@@ -7,7 +7,7 @@
 #include <cstdarg>
 #include <cstdlib>
 
-// "Copyright (c) 2026 The Korvel printer driver authors", a code a character.
+// "Copyright (c) 2026 The Korvel printer driver authors", one code per character.
 const char* const copyright =
     "MFT:43 6F 70 79 72 69 67 68 74 20 28 63 29 20 32 30 32 36 20 54 68 65 20 4B 6F 72 76 65 6C "
     "20 70 72 69 6E 74 65 72 20 64 72 69 76 65 72 20 61 75 74 68 6F 72 73";

@@ -1,4 +1,4 @@
-// The abstract printer: print settings, output streams, and the road of a page's pixels
+// The abstract printer: print settings, output streams, and the processing of a page
 // from 8-bit grey raster to the image that a concrete model sends.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_PRINTER_PELLAM_PRINTER_H
@@ -23,18 +23,18 @@ extern uint64_t page_index;
 // The maker's notice as PellamPrinter::getCopyRight returns it.
 extern const char* const copyright;
 
-// One object serves a whole job; its settings are written anew before every page. Setters clamp
-// instead of failing, output reports nothing, nothing throws but for want of memory.
+// One object serves a whole job; its settings are written again before every page. Setters clamp
+// instead of failing, output errors are not reported, and only allocation failure throws.
 class PellamPrinter {
  public:
-  struct UserData;  // opaque: a model's own
+  struct UserData;  // opaque, defined by a model
 
   PellamPrinter();
   PellamPrinter(const PellamPrinter&) = delete;
   PellamPrinter& operator=(const PellamPrinter&) = delete;
   virtual ~PellamPrinter();  // closes no stream
 
-  // Sends one page: `height` rows of `bytesPerLine` bytes (a multiple of 4), a byte a pixel, of
+  // Sends one page: `height` rows of `bytesPerLine` bytes (a multiple of 4), one byte per pixel, of
   // which 0 is blank and anything else a dot. The model may overwrite the rows.
   virtual void doPrintImage(const unsigned char* data, size_t bytesPerLine, size_t height,
                             size_t width) = 0;
@@ -45,7 +45,7 @@ class PellamPrinter {
   cups_page_header2_s* getPageHeader() const { return pageHdr_; }
   void setAntiWrinkle(int level) { antiWrinkle_ = level; }
   int getAntiWrinkle() const { return antiWrinkle_; }
-  void setUseQMDithering(bool use) { useQMDithering_ = use; }  // every page decides anew
+  void setUseQMDithering(bool use) { useQMDithering_ = use; }  // set by every page
   bool getUseQMDithering() const { return useQMDithering_; }
   void setMaxMediaWidth(int dots) { maxMediaWidth_ = dots; }
   int getMaxMediaWidth() const { return maxMediaWidth_; }
@@ -74,7 +74,7 @@ class PellamPrinter {
   void setUserData(UserData* data) { userData_ = data; }
   UserData* getUserData() const { return userData_; }
 
-  // Streams that receive every printed byte, in this order; borrowed, at first standard output.
+  // Streams that receive every printed byte, in this order; not owned; initially standard output.
   std::list<FILE*>& getOutputStreams() { return outputStreams_; }
   void printBytes(const unsigned char* data, size_t length);
   void printStr(const char* text);
@@ -86,7 +86,7 @@ class PellamPrinter {
   static const char* getCopyRight();
 
   // Prints one page of `height` rows of `bytesPerLine` bytes, top row first; the rows are only
-  // read. Measures, dumps, processes and hands over; failures end in the log.
+  // read. Measures, dumps, processes and sends the page; failures are only logged.
   void printImage(const unsigned char* data, size_t bytesPerLine, size_t height, size_t width);
 
   // Turns a page into its result image, `pimage`, and copies that to `dst`, which has room for
@@ -107,20 +107,20 @@ class PellamPrinter {
   // Draws the anti-wrinkle frame around the canvas of the page header's size name.
   void EnableAntiWrink(CxImage& image);
 
-  // Packs `height` rows of `bytesPerLine` bytes to one bit a pixel, in place, leftmost pixel in
-  // the top bit; any non-zero byte is a dot, rows end on a byte. Returns the packed bytes. The
-  // write position never passes the read position.
+  // Packs `height` rows of `bytesPerLine` bytes to one bit per pixel, in place, leftmost pixel in
+  // the top bit; any non-zero byte is a dot, rows are padded to whole bytes. Returns the number of
+  // packed bytes. The write position never passes the read position.
   int GrayToMono(int bytesPerLine, int height, unsigned char* buffer);
 
   // Writes a BMP named by `bmpPathFormat_`, the time and the dump number: 8 bits per pixel as the
-  // buffer lies in memory, any other depth as 1 bit per pixel, last row first. Writes nothing when
+  // buffer is in memory, any other depth as 1 bit per pixel, last row first. Writes nothing when
   // dumps are off, beyond 256 MiB per job, on a disk that is almost full, or over a file that
   // another job is writing.
   void saveImage(const unsigned char* data, size_t bytesPerLine, size_t height, size_t width,
                  unsigned short bitsPerPixel);
 
   int32_t resolution_ = 300;      // dots per inch; the job writes it before each page
-  Settings* settings_ = nullptr;  // borrowed, outlives the printer; null before the first page
+  Settings* settings_ = nullptr;  // not owned, outlives the printer; null before the first page
 
  protected:
   CxImage cximage_;           // the page, toned, turned, mirrored, halftoned in place
@@ -128,7 +128,7 @@ class PellamPrinter {
   CxImage* pimage = nullptr;  // the result: one of the two; survives a page that fails
   char bmpPathFormat_[1024] = "/var/spool/cups/tmp/prnimg_%d-%d-%d_%d_%d_%d_%ld.bmp";
   std::list<FILE*> outputStreams_;
-  cups_page_header2_s* pageHdr_ = nullptr;  // borrowed, the current page's
+  cups_page_header2_s* pageHdr_ = nullptr;  // not owned, the current page's
   int32_t maxMediaWidth_ = 0;
   int64_t printWidth_ = 0;
   int32_t brightness_ = 0;
@@ -154,8 +154,8 @@ class PellamPrinter {
   void refuseDump(DumpRefusal reason, const char* path);
   bool changesGrey() const;
   void changeGrey();
-  bool halftoneForStencil(int width, int height, int stride);
-  void ditherForStencil(int width, int height, int stride);
+  bool halftoneForStencil(const unsigned char* src, int width, int height, int stride);
+  void ditherForStencil(const unsigned char* src, int width, int height, int stride);
   int copyResult(int stride, int height, unsigned char* dst);
 
   uint64_t dumpedBytes_ = 0;

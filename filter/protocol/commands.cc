@@ -1,5 +1,5 @@
 // Control, density, feeds and cuts.
-// Feeds remember for the next page whether the media has to come back.
+// A feed records for the next page whether the media has to be moved back.
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/korvel_printer.h"
 

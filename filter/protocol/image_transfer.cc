@@ -1,5 +1,5 @@
-// A page's way to the printer: packed to bits, its area told, its rows sent four a packet.
-// Rows go from the page buffer itself; there is no compression.
+// Sends a page to the printer: packed to bits, its print area, then four rows per packet.
+// Rows are sent from the page buffer itself; there is no compression.
 // SPDX-License-Identifier: Apache-2.0
 #include "printer/log.h"
 #include "protocol/korvel_printer.h"
@@ -18,7 +18,7 @@ constexpr int32_t kHeadDots203 = 1728;
 void KorvelPrinter::doPrintImage(const unsigned char* image, size_t bytesPerLine, size_t height,
                                  size_t width) {
   pellamLogCommon(0, "doPrintImage: Input image size - width: %zu, height: %zu", width, height);
-  auto* rows = const_cast<unsigned char*>(image);  // the page ends here: packed where it lies
+  auto* rows = const_cast<unsigned char*>(image);  // nobody reads it later: packed in place
   const int64_t byteCount =
       GrayToMono(static_cast<int>(bytesPerLine), static_cast<int>(height), rows);
   pellamLogCommon(0, "doPrintImage: Converted image size in bytes: %ld",

@@ -1,5 +1,5 @@
 // Job setup and job end.
-// Only the density and the post action of all settings reach the printer here.
+// Of all settings, only the density and the post action are sent here.
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/job_sequence.h"
 
@@ -14,8 +14,8 @@ bool is(const char* setting, const char* choice) { return std::strcmp(setting, c
 
 void afterJobAction(KorvelPrinter* printer, const Settings& settings) {
   if (is(settings.PostAction, "TearOff")) {
-    // Marked labels stay where they are, unlike after each page: the next job's first feed finds
-    // the mark (JobEnd).
+    // Unlike after each page, marked labels are not moved: the next job's first feed finds the mark
+    // (JobEnd).
     if (!is(settings.PaperType, "LabelMark")) printer->FeedPaper(3, 0);
   } else if (is(settings.PostAction, "Cut")) {
     printer->DoFeedCutPaper();

@@ -1,5 +1,5 @@
 // The command sequences that open every page and close the job.
-// Both end in a print control of 1, so that the printer works off what it holds.
+// Both end with a print control of 1, so that the printer executes what it has received.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_PROTOCOL_JOB_SEQUENCE_H
 #define KORVEL_PROTOCOL_JOB_SEQUENCE_H
@@ -9,7 +9,7 @@
 // Sends the print density between two controls: 33 bytes, before every page.
 void jobSetup(KorvelPrinter* printer, const Settings* settings);
 
-// Sends the post action of the whole job, when there is one, between two controls.
+// Sends the post action of the whole job, if there is one, between two controls.
 void jobEnd(KorvelPrinter* printer, const Settings* settings);
 
 #endif

@@ -1,5 +1,5 @@
-// What all commands of the printer share: a packet becomes bytes on every output stream.
-// The commands stand beside in files of their own.
+// The part that all commands share: a packet is written to every output stream.
+// The commands themselves are in commands.cc.
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/korvel_printer.h"
 

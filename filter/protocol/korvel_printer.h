@@ -33,10 +33,10 @@ class KorvelPrinter : public PellamPrinter {
   // of all rows; size.cy must not be 0.
   void SendImage(int64_t byteCount, _SIZEL size, unsigned char* data);
 
-  // Tells the printer where a row's first dot lies and how many dots follow.
+  // Sends the position of a row's first dot and the number of dots.
   void SetPrintArea(_SIZEL size, int64_t bytesPerRow);
 
-  // A command that cannot be built for want of memory is left out without a word.
+  // A command for which there is no memory is left out silently.
   void PrintControl(unsigned char mode);  // 0 before a group of commands, 1 after it
   bool SendPrintSetting();                // the print density; always true
   void FeedPaper(int mode, int lines);    // dot lines, the low 16 bits
@@ -45,10 +45,10 @@ class KorvelPrinter : public PellamPrinter {
 
   // Waits until a reporting model is ready with paper (mask 0x00800000) or its sheet is out
   // (0x00080000). Returns true when that was seen or the model never reports, false after 300
-  // attempts of a second or more. Passes each new status on.
+  // attempts of a second or more. Reports each new status to the spooler.
   bool WaitForPrinterStatus(int mask);
 
-  // Turns a status word into the spooler's state lines, once a change.
+  // Reports a status word to the spooler as state lines, once per change.
   void UpdatePrinterStatus(int64_t status);
 
   int32_t tattooPrinter_ = 0;  // non-zero for a stencil printer; the job writes it
@@ -60,7 +60,7 @@ class KorvelPrinter : public PellamPrinter {
   bool readStatus(int64_t* status);
   void pauseBetweenAttempts();
 
-  int64_t lastStatus_ = 0;  // the status word last passed on
+  int64_t lastStatus_ = 0;  // the status word that was last reported
 };
 
 #endif

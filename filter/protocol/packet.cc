@@ -1,5 +1,5 @@
-// Builds packets and lays them out as the printer reads them, low bytes first.
-// The check word is carried as it stands, always zero.
+// Builds packets and serialises them as the printer reads them, low bytes first.
+// The check word is copied unchanged; it is always zero.
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/packet.h"
 

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-// Zero-fill before use. The data stays the caller's.
+// Zero-fill before use. The data is not owned.
 #pragma pack(push, 1)
 struct _ASTRAPV2 {
   uint8_t head;  // 0x64
@@ -15,7 +15,7 @@ struct _ASTRAPV2 {
   uint8_t parameter;
   uint16_t dataLength;  // bytes of data
   const uint8_t* data;  // null when there are none
-  uint32_t checkWord;   // stays 0: the printer wants no checksum
+  uint32_t checkWord;   // stays 0: the printer expects no checksum
   uint8_t tail;         // 0x9B
 };
 #pragma pack(pop)
@@ -24,7 +24,7 @@ constexpr uint8_t kPacketHead = 0x64;
 constexpr uint8_t kPacketTail = 0x9B;
 constexpr int kPacketOverhead = 10;  // bytes of a packet without data
 
-// A zero-filled record with head, tail, command and parameter set, and the data borrowed.
+// Returns a zero-filled record with head, tail, command and parameter set. The data is not copied.
 _ASTRAPV2 makePacket(uint8_t command, uint8_t parameter, const uint8_t* data = nullptr,
                      uint16_t dataLength = 0);
 

@@ -1,5 +1,5 @@
 // Asks reporting printers for their state over the spooler's side and back channels, waits for
-// what the job needs, and tells the spooler what changed.
+// the state that the job needs, and reports changes to the spooler.
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/status.h"
 
@@ -16,7 +16,7 @@
 
 namespace {
 
-// Models that answer; the names are those of the printer descriptions.
+// Models that answer; the names are those in the PPDs.
 constexpr const char* kReportingModels[] = {"R57", "K220", "M6", "Z4"};
 
 constexpr int kAttempts = 300;
@@ -24,11 +24,12 @@ constexpr double kChannelTimeout = 1.0;  // seconds
 constexpr int kReplyBuffer = 1024;       // bytes
 constexpr int kStatusWordOffset = 5;
 
-// Reads until the channel falls silent. Returns the bytes read. The room left shrinks by the whole
-// total after each read: a chatty printer must not hold the job (ReadsShrinkByTheTotal).
-// No read can pass the buffer's end: what has been subtracted is a sum of which the present total
-// is one term, so total + remaining <= kReplyBuffer, and equal only after the first read. What the
-// count costs is room, never safety: 45 reads of a byte use it up (NoReadPassesTheBuffersEnd).
+// Reads until nothing more arrives. Returns the bytes read. The remaining room shrinks by the
+// running total after each read, so that a chatty printer cannot hold the job
+// (ReadsShrinkByTheTotal). No read can pass the buffer's end: what has been subtracted is a sum of
+// which the present total is one term, so total + remaining <= kReplyBuffer, and equal only after
+// the first read. This way of counting wastes room but is safe: 45 reads of one byte use it up
+// (NoReadPassesTheBuffersEnd).
 int64_t readBackChannel(unsigned char* buffer) {
   unsigned char* position = buffer;
   int64_t total = 0;
@@ -51,7 +52,7 @@ int descriptorOf(FILE* stream) {
   return stream == stdout ? STDOUT_FILENO : fileno(stream);
 }
 
-// Whether nobody reads a stream's pipe or socket any more.
+// Whether the reader of a stream's pipe or socket is gone.
 bool isReaderGone(FILE* stream) {
   struct pollfd watched = {descriptorOf(stream), 0, 0};
   return poll(&watched, 1, 0) > 0 && (watched.revents & POLLERR) != 0;
@@ -77,14 +78,14 @@ bool KorvelPrinter::reportsStatus() const {
   return false;
 }
 
-// Sends the request and makes it leave the process now.
+// Sends the request and flushes it.
 void KorvelPrinter::requestStatus() {
   constexpr unsigned char kRequest[] = {0x64, 0x10, 0x40, 0, 0, 0, 0, 0, 0, 0x9B};
   printBytes(kRequest, sizeof kRequest);
   for (FILE* stream : getOutputStreams()) std::fflush(stream);
 }
 
-// Reads what the printer sent back. Returns whether it is a status reply, and its word.
+// Reads the printer's answer. Returns whether it is a status reply, and its word.
 bool KorvelPrinter::readStatus(int64_t* status) {
   unsigned char reply[kReplyBuffer] = {};
   const int64_t total = readBackChannel(reply);
@@ -96,7 +97,7 @@ bool KorvelPrinter::readStatus(int64_t* status) {
   return true;
 }
 
-// A second, unless the printer's connection is gone: the next request then ends the job at once.
+// Waits a second, unless the connection is gone: the next request then ends the job at once.
 void KorvelPrinter::pauseBetweenAttempts() {
   for (FILE* stream : getOutputStreams()) {
     if (isReaderGone(stream)) return;

@@ -32,7 +32,7 @@ constexpr int kRows = static_cast<int>(kVectors * kFloats);
 constexpr int kLeader = kLag * (kRows - 1);  // columns from the last lane to the first
 
 static_assert(kStencilRows % kRows == 0, "a stripe in the middle of a page fills all lanes");
-// The first lane reaches 2 columns beyond the page, rounded up to a block, plus kLeader; shares are
+// The first lane gets 2 columns beyond the page, rounded up to a block, plus kLeader; shares are
 // stored kLag elements further on.
 static_assert(kLag + 2 + (kLag - 1) + kLeader <= kColumnsBeside, "shares and whites have room");
 

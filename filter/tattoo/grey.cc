@@ -1,5 +1,5 @@
 // Grey conversion of the stencil library.
-// The weights are the usual ones of video luma, as single-precision constants.
+// The weights are those of video luma, as single-precision constants.
 // SPDX-License-Identifier: Apache-2.0
 #include <cstring>
 

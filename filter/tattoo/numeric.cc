@@ -1,5 +1,5 @@
-// The approximations' exact steps: one operation a line where the order decides a bit.
-// Single precision throughout, but for the two places that say double.
+// The approximations' exact steps: one operation per line where the order decides a bit.
+// Single precision throughout, except in the two places where double is written.
 // SPDX-License-Identifier: Apache-2.0
 #include "tattoo/numeric.h"
 

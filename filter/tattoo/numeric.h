@@ -1,5 +1,5 @@
-// Home-made approximations in single precision. The stencil halftones are functions of their
-// last bit, so the platform's mathematics library never takes their place.
+// Own approximations in single precision. The stencil halftones depend on their last bit, so the
+// platform's mathematics library cannot replace them.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TATTOO_NUMERIC_H
 #define KORVEL_TATTOO_NUMERIC_H
@@ -11,7 +11,7 @@ float myabs(float x);
 // is not finite.
 float my_sqrt(float x);
 
-// e^x by at most 20 terms of Taylor's series, so it falls short for large x.
+// e^x by at most 20 terms of Taylor's series, so the result is too small for large x.
 float my_exp(float x);
 
 // Natural logarithm by a fixed-point iteration on my_exp; -1 for x <= 0. Never returns for an x

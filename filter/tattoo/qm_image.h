@@ -1,5 +1,5 @@
-// The stencil library's image: unpadded rows, top to bottom, and a buffer of its own.
-// Filters take it by reference and return a new one by value.
+// The stencil library's image: rows without padding, top to bottom, in a buffer that it owns; and
+// rows in other memory.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TATTOO_QM_IMAGE_H
 #define KORVEL_TATTOO_QM_IMAGE_H

@@ -1,4 +1,4 @@
-// The unsharp mask of a page, row by row.
+// The unsharp mask of a page, one row after another.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TATTOO_SHARPEN_H
 #define KORVEL_TATTOO_SHARPEN_H

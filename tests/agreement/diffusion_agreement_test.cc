@@ -1,5 +1,5 @@
 // Every error kernel on every target against the reference implementation: the bits of whole pages.
-// Pages are as tight as they can be, and results stand between bytes that nobody may touch.
+// Pages have no spare bytes, and results are surrounded by bytes that must not change.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -32,7 +32,7 @@ const Kernel kKernels[] = {
     {"Stevenson-Arce", 6, kStevensonArce, &DiffusionKernels::stevensonArce},
 };
 
-// Rows `stride` bytes apart; nothing stands behind the last pixel.
+// Rows `stride` bytes apart; there is no memory after the last pixel.
 struct GreyPage {
   size_t width;
   size_t height;
@@ -46,7 +46,7 @@ GreyPage blankPage(size_t width, size_t height, size_t stride, uint8_t level) {
   return {width, height, stride, Bytes((height - 1) * stride + width, level)};
 }
 
-constexpr size_t kFence = 3;  // bytes behind the bits of each row
+constexpr size_t kFence = 3;  // bytes after the bits of each row
 constexpr uint8_t kUntouched = 0xA5;
 
 Bytes fencedRows(size_t width, size_t height, const std::function<const uint8_t*(size_t)>& rowAt) {

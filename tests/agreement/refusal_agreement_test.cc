@@ -14,7 +14,7 @@ namespace {
 
 // Both forms of an operation; one that returns nothing counts as done.
 struct Operation {
-  bool (*fast)(CxImage& image);
+  bool (*filter)(CxImage& image);
   bool (*reference)(CxImage& image);
 };
 
@@ -80,7 +80,7 @@ TEST(RefusalAgreement, HoldsForWhatCannotBeDone) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.sentence);
-    for (const auto run : {c.operation.fast, c.operation.reference}) {
+    for (const auto run : {c.operation.filter, c.operation.reference}) {
       OwnedImage image;
       createCase(image, c);
       EXPECT_EQ(run(image), c.want);
@@ -100,7 +100,7 @@ TEST(RefusalAgreement, HoldsWithoutMemory) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.sentence);
-    for (const auto run : {c.operation.fast, c.operation.reference}) {
+    for (const auto run : {c.operation.filter, c.operation.reference}) {
       OwnedImage image;
       createCase(image, c);
       {
@@ -108,7 +108,7 @@ TEST(RefusalAgreement, HoldsWithoutMemory) {
         EXPECT_EQ(run(image), c.want);
         EXPECT_EQ(scarce.refusals(), 1);
       }
-      if (!c.want) {
+      if (!c.want && run == c.operation.filter) {
         EXPECT_STREQ(image.GetLastError(), "CxImage::Create can't allocate memory");
       }
       EXPECT_EQ(picture(image), c.after);

@@ -24,7 +24,7 @@ std::vector<size_t> widths() {
   return all;
 }
 
-// Rows that differ in what a kernel may get wrong: any value, few values, a value a column.
+// Rows that differ in what a kernel may get wrong: any value, few values, one value per column.
 Bytes noise(size_t count, std::mt19937& random) {
   Bytes row(count);
   for (uint8_t& byte : row) byte = static_cast<uint8_t>(random());
@@ -178,7 +178,7 @@ TEST(PointRows, AgreeWithOneByteAtATime) {
     for (Bytes (*paint)(size_t, std::mt19937&) : {noise, sparse, ramp}) {
       const Bytes row = paint(width, random);
       for (const Kernel& kernel : all) {
-        // Bits of the last byte behind the row are noise, and must not matter.
+        // Bits of the last byte after the row are noise and must be ignored.
         const size_t bytes = kernel.readsBits ? (width + 7) / 8 : width;
         const Bytes source(row.begin(), row.begin() + static_cast<ptrdiff_t>(bytes));
         for (const Target target : availableTargets()) {
@@ -193,7 +193,7 @@ TEST(PointRows, AgreeWithOneByteAtATime) {
   }
 }
 
-// A page is packed where it lies: rows of bits move up behind each other over rows not yet read.
+// A page is packed in place: rows of bits are written close together, before rows not yet read.
 TEST(PointRows, PackAPageOntoItself) {
   const unsigned int seed = std::random_device{}();
   std::mt19937 random(seed);

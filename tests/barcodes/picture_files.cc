@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <stdexcept>
 
 #include "tests/ppd/descriptions.h"
 #include "tests/support/temporary_folder.h"
@@ -50,8 +51,9 @@ std::string png(const PixelPicture& picture, unsigned dpi) {
   file.stride = (file.width + 7) / 8;
   file.bitsPerDot = 1;
   file.dpi = dpi;
-  korvel::writePngFile(folder.file("picture.png"), file,
-                       reinterpret_cast<const uint8_t*>(rows.data()));
+  const korvel::Result<void> written = korvel::writePngFile(
+      folder.file("picture.png"), file, reinterpret_cast<const uint8_t*>(rows.data()));
+  if (!written.ok()) throw std::runtime_error(written.sentence());
   return folder.read("picture.png");
 }
 

@@ -26,7 +26,8 @@ namespace fs = std::filesystem;
 struct GoldenJob {
   JobPlan plan;
   int status = 0;
-  std::string fault;  // what is wrong in job.txt
+  std::string fault;     // what is wrong in job.txt
+  bool readable = true;  // by this system's raster library
 };
 
 std::string readFile(const fs::path& path) {
@@ -70,6 +71,7 @@ GoldenJob readJob(const std::string& name) {
       job.plan.options = words;
     } else if (keyword == "page" && parseRasterPage(words, &page)) {
       pages.push_back(page);
+      job.readable = job.readable && (page.padding == 0 || libraryReads(makeRaster({page})));
     } else if (keyword == "answer") {
       job.plan.answers.push_back(parseAnswer(words));
     } else if (keyword == "by" && words == "path") {
@@ -158,6 +160,7 @@ TEST_P(GoldenJobs, PrintAsTheyAlwaysDid) {
   const std::string& name = GetParam();
   const GoldenJob job = readJob(name);
   ASSERT_EQ(job.fault, "");
+  if (!job.readable) GTEST_SKIP() << kLibraryRefuses;
   const JobResult result = runJob(job.plan);
   EXPECT_FALSE(result.timedOut);
   EXPECT_EQ(result.exitStatus, job.status);

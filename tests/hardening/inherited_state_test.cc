@@ -184,6 +184,7 @@ TEST(FileSizeLimit, ThePagePrintsAndTheDumpsDoNot) {
 // The loader needs a descriptor to load libraries: two are free when the filter starts, and none
 // when it has occupied those of its channels.
 TEST(DescriptorLimit, IsNamedWhenThePpdCannotBeOpened) {
+  if (underSanitizer() || underMemcheck()) GTEST_SKIP() << "the checker needs descriptors itself";
   JobPlan plan = labelJob({kSmallPage});
   plan.closed = {3, 4};
   plan.descriptors = 5;
@@ -194,6 +195,7 @@ TEST(DescriptorLimit, IsNamedWhenThePpdCannotBeOpened) {
 }
 
 TEST(DescriptorLimit, OfOneMoreIsEnough) {
+  if (underSanitizer() || underMemcheck()) GTEST_SKIP() << "the checker needs descriptors itself";
   JobPlan plan = labelJob({kSmallPage});
   const JobResult usual = runJob(plan);
   plan.closed = {3, 4};

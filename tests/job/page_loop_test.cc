@@ -266,13 +266,22 @@ TEST(PageLoop, LogsThePageInMillimetresWhateverTheResolution) {
       {"no dots at no resolution, the same on every processor", "0x5 0x300dpi pad=8",
        "pageWidth: -nan,pageHeight: 0.423333\n"},
   };
+  std::string leftOut;
   for (const Case& c : cases) {
-    EXPECT_EQ(countOf(runJob(labelJob({c.page})).messages, c.line), 1u) << c.sentence;
+    const JobPlan plan = labelJob({c.page});
+    if (!libraryReads(plan.input)) {
+      leftOut += std::string("; ") + c.sentence;
+      continue;
+    }
+    EXPECT_EQ(countOf(runJob(plan).messages, c.line), 1u) << c.sentence;
   }
+  if (!leftOut.empty()) GTEST_SKIP() << kLibraryRefuses << leftOut;
 }
 
 TEST(PageLoop, LogsTheHeaderBetweenSetupAndPixels) {
-  const JobResult job = runJob(labelJob({"16x5 203x300dpi copies=3 pad=4 picture=checker:1"}));
+  const JobPlan plan = labelJob({"16x5 203x300dpi copies=3 pad=4 picture=checker:1"});
+  if (!libraryReads(plan.input)) GTEST_SKIP() << kLibraryRefuses;
+  const JobResult job = runJob(plan);
   const std::string want =
       "DEBUG:pageWidth: 2.001971,pageHeight: 0.423333\n"
       "DEBUG: Enter jobSetup\nDEBUG: Exit jobSetup\n"

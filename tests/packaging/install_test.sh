@@ -5,7 +5,7 @@
 set -euo pipefail
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-list=$1/build/release/installed-files.txt
+list=$1/build/${KORVEL_PRESET:-release}/installed-files.txt
 [[ ! -e $list ]] || { echo "skipped: something is installed from here, and uninstall would remove it"; exit 77; }
 
 mkdir -p "$work/tree/usr/local/bin" "$work/tree/usr/local/share/korvel/sheets"

@@ -221,7 +221,8 @@ TEST(OneWayTwin, DiffersFromItsModelInNothingButTheNames) {
   for (const Description& each : descriptions()) {
     if (!reportsStatus(each)) continue;
     SCOPED_TRACE(each.name);
-    const Description& twin = description(std::string(each.name) + "-oneway");
+    const std::string twinName = std::string(each.name) + "-oneway";
+    const Description& twin = description(twinName);
     EXPECT_FALSE(reportsStatus(twin));
     EXPECT_EQ(withoutNames(twin), withoutNames(each));
     ++twins;

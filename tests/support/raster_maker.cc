@@ -218,3 +218,23 @@ std::string makeRaster(const std::vector<RasterPage>& pages) {
   }
   return out;
 }
+
+bool libraryReads(const std::string& raster) {
+  struct Source {
+    const std::string* bytes;
+    size_t at;
+  } source = {&raster, 0};
+  const auto read = [](void* from, unsigned char* to, size_t count) {
+    auto* given = static_cast<Source*>(from);
+    count = std::min(count, given->bytes->size() - given->at);
+    std::memcpy(to, given->bytes->data() + given->at, count);
+    given->at += count;
+    return static_cast<ssize_t>(count);
+  };
+  cups_raster_t* stream = cupsRasterOpenIO(read, &source, CUPS_RASTER_READ);
+  if (stream == nullptr) return false;
+  cups_page_header2_t header;
+  const bool accepted = cupsRasterReadHeader2(stream, &header) != 0;
+  cupsRasterClose(stream);
+  return accepted;
+}

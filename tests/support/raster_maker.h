@@ -35,4 +35,9 @@ std::string paintPage(const RasterPage& page);
 // The stream: sync word, then header and pixels of each page, in native byte order.
 std::string makeRaster(const std::vector<RasterPage>& pages);
 
+// Whether this system's raster library accepts the first header of a stream. Newer ones refuse rows
+// that are longer than their pixels, so the filter never sees such pages there.
+bool libraryReads(const std::string& raster);
+constexpr const char kLibraryRefuses[] = "this system's raster library refuses such a header";
+
 #endif

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tools/common/shown_text.h"
 #include "tools/common/translation.h"
 
 namespace korvel {
@@ -93,7 +94,7 @@ void Arguments::refuse(const std::string& sentence) const {
 
 int reportFailure(const char* program, const std::string& sentence) {
   std::fflush(stdout);
-  std::fprintf(stderr, "%s: %s\n", program, sentence.c_str());
+  std::fprintf(stderr, "%s: %s\n", program, shownLines(sentence).c_str());
   return 1;
 }
 

@@ -9,8 +9,10 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "tools/common/installation.h"
+#include "tools/common/shown_text.h"
 
 namespace korvel {
 
@@ -35,7 +37,8 @@ std::string filled(const char* format, ...) {
   va_start(values, format);
   std::vsnprintf(text, sizeof text, translated(format), values);
   va_end(values);
-  return text;
+  const bool hasLines = std::strchr(format, '\n') != nullptr;
+  return hasLines ? shownLines(text) : shown(text);
 }
 
 }  // namespace korvel

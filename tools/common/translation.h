@@ -18,7 +18,8 @@ __attribute__((format_arg(1))) const char* translated(const char* text);
 // Marks a text in a table or a constant; translated(...) looks it up where it is used.
 constexpr const char* later(const char* text) { return text; }
 
-// The translation of `format`, filled in as printf does.
+// The translation of `format`, filled in as printf does. Control characters of the values are
+// escaped: file names and device information come from elsewhere.
 __attribute__((format(printf, 1, 2))) std::string filled(const char* format, ...);
 
 }  // namespace korvel

@@ -17,9 +17,11 @@ namespace {
 constexpr char kCustomChoice[] = "Custom";
 constexpr char kAnySize[] = "Custom.WIDTHxHEIGHTmm";
 constexpr char kPageSize[] = "PageSize";
+constexpr const char* kSwitchValues[] = {"true", "on", "yes", "false", "off", "no"};
 
 // Job options that the spooler's own filters read, whatever the printer.
-constexpr const char* kJobOptions[] = {"collate",
+constexpr const char* kJobOptions[] = {"center-of-pixel",
+                                       "collate",
                                        "columns",
                                        "copies",
                                        "cpi",
@@ -83,7 +85,15 @@ bool isCustomSize(const std::string& value) {
   return std::regex_match(value, kCustomSize);
 }
 
+// The rasteriser reads this switch itself, and knows more words for it than the PPD has choices.
+bool isRasteriserSwitch(const ppd_option_t* option, const std::string& value) {
+  if (std::string(option->keyword) != "CenterOfPixel") return false;
+  return std::any_of(std::begin(kSwitchValues), std::end(kSwitchValues),
+                     [&value](const char* known) { return strcasecmp(value.c_str(), known) == 0; });
+}
+
 bool hasChoice(ppd_file_t* ppd, ppd_option_t* option, const std::string& value) {
+  if (isRasteriserSwitch(option, value)) return true;
   if (!isCustom(value)) return ppdFindChoice(option, value.c_str()) != nullptr;
   return ppd->variable_sizes != 0 && std::string(option->keyword) == kPageSize &&
          isCustomSize(value);

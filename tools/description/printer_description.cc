@@ -134,6 +134,15 @@ unsigned PrinterDescription::dpi() const {
   return static_cast<unsigned>(std::strtoul(text.c_str(), nullptr, 10));
 }
 
+DotSize PrinterDescription::printableDots() const {
+  const ppd_size_t* size = ppdPageSize(ppd_.get(), nullptr);
+  if (size == nullptr) return {};
+  const double dotsPerPoint = dpi() / 72.0;
+  constexpr double kRounding = 0.001;  // sizes are single precision
+  return {static_cast<int>((size->right - size->left) * dotsPerPoint + kRounding),
+          static_cast<int>((size->top - size->bottom) * dotsPerPoint + kRounding)};
+}
+
 Media PrinterDescription::media() const {
   if (!choice("AntiWrinkle").empty()) return Media::kSheet;
   return choice("PaperType") == "LabelMark" ? Media::kMark : Media::kGap;

@@ -20,6 +20,12 @@ Result<std::string> fetchQueue(const std::string& queue, const std::string& targ
 // same dots but is not asked for its status.
 Result<void> copyDescription(const std::string& path, const std::string& target, bool oneWay);
 
+struct DotSize {
+  int width = 0;
+  int height = 0;
+  bool operator==(const DotSize&) const = default;
+};
+
 class PrinterDescription {
  public:
   // The failure calls the file `shownAs`.
@@ -32,6 +38,7 @@ class PrinterDescription {
   std::string name() const;  // of the printer, without the version
   unsigned dpi() const;      // 0: unknown
   Media media() const;
+  DotSize printableDots() const;  // of the marked page size, fractions cut off
   std::string choice(const std::string& option) const;  // empty without such an option
 
  private:

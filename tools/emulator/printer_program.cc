@@ -34,6 +34,7 @@ const korvel::Help kHelp = {
      later("--dpi N\tDots per inch of the print head (203)."),
      later("--speed N\tMillimetres of paper per second (150)."),
      later("--media KIND\tgap, mark, continuous or sheet (gap)."),
+     later("--idle-timeout N\tClose a connection after N silent seconds (300); 0: never."),
      later("--scenario TEXT\tSimulate a fault; may be repeated."),
      later("--once\tExit after the first connection, when its pages have been printed."),
      later("-q, --quiet\tPrint no events.")},
@@ -87,6 +88,8 @@ bool takeValued(Arguments* arguments, korvel::ServerOptions* options) {
     options->folder = arguments->nonEmptyValue();
   } else if (arguments->is("--dpi")) {
     options->body.dpi = static_cast<unsigned>(arguments->number(1, 9999));
+  } else if (arguments->is("--idle-timeout")) {
+    options->idleSeconds = arguments->number(0, 86400);
   } else if (arguments->is("--speed")) {
     options->body.speed = static_cast<unsigned>(arguments->number(1, 100000));
   } else if (arguments->is("--media")) {

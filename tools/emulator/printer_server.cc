@@ -29,6 +29,7 @@ namespace {
 constexpr int kBacklog = 16;
 constexpr int kReceiveBuffer = 65536;  // small, so that the host notices when reading stalls
 constexpr size_t kLongestControlLine = 1000;
+constexpr size_t kMostReplies = 1000;  // not yet read by the host; more requests wait
 constexpr size_t kMostWritten = 4096;  // what a writable pipe accepts without blocking
 
 Micros monotonicMicros() {
@@ -105,6 +106,7 @@ bool PrinterServer::run(const volatile std::sig_atomic_t& stopped) {
       dropping_ = true;  // we cut the stream off ourselves
       detach("disconnected by the printer");
     }
+    closeIdle();
     if (isDone()) break;
     poll();
   }
@@ -125,11 +127,34 @@ std::optional<Micros> PrinterServer::nextMoment() const {
   const auto consider = [&next](Micros moment) { next = std::min(next.value_or(moment), moment); };
   if (readFd_ >= 0 && connection_.readable(now_) == 0) consider(connection_.nextRead());
   if (!pieces_.empty() && pieces_.front().due > now_) consider(pieces_.front().due);
+  if (idleEnd()) consider(*idleEnd());
+  if (controlIdleEnd()) consider(*controlIdleEnd());
   return next;
 }
 
 bool PrinterServer::mayRead() const {
-  return readFd_ >= 0 && connection_.readable(now_) > 0 && (dropping_ || !world_.full());
+  return readFd_ >= 0 && connection_.readable(now_) > 0 && pieces_.size() < kMostReplies &&
+         (dropping_ || !world_.full());
+}
+
+// When a connection is closed on which the host is silent although the printer waits for it.
+std::optional<Micros> PrinterServer::idleEnd() const {
+  const bool waits = host_.isOpen() && mayRead() && world_.idle();
+  if (options_.idleSeconds == 0 || !waits) return std::nullopt;
+  return heardAt_ + Micros{options_.idleSeconds} * 1'000'000;
+}
+
+std::optional<Micros> PrinterServer::controlIdleEnd() const {
+  if (options_.idleSeconds == 0 || !control_.isOpen()) return std::nullopt;
+  return controlHeardAt_ + Micros{options_.idleSeconds} * 1'000'000;
+}
+
+void PrinterServer::closeIdle() {
+  if (!idleEnd()) heardAt_ = now_;
+  if (idleEnd() && *idleEnd() <= now_) {
+    detach("disconnected: idle for " + std::to_string(options_.idleSeconds) + " seconds");
+  }
+  if (controlIdleEnd() && *controlIdleEnd() <= now_) control_.reset();
 }
 
 void PrinterServer::poll() {
@@ -170,6 +195,7 @@ void PrinterServer::poll() {
 void PrinterServer::attach(int readFd, int writeFd) {
   readFd_ = readFd;
   writeFd_ = writeFd;
+  heardAt_ = now_;
   dropping_ = false;
   decoder_ = std::make_unique<StreamDecoder>([this](const StreamItem& item) { takeItem(item); });
   event("connected");
@@ -196,6 +222,7 @@ void PrinterServer::readStream() {
     detach(count == 0 ? "disconnected" : std::string("disconnected: ") + std::strerror(errno));
     return;
   }
+  heardAt_ = now_;
   connection_.took(static_cast<size_t>(count), now_);
   if (!dropping_ && !decoder_->push(bytes.data(), static_cast<size_t>(count))) malformed();
 }
@@ -246,6 +273,7 @@ void PrinterServer::sendDue() {
 
 void PrinterServer::acceptControl() {
   control_.reset(acceptFrom(controlListener_));
+  controlHeardAt_ = now_;
   controlBytes_.clear();
 }
 
@@ -253,6 +281,7 @@ void PrinterServer::readControl() {
   char bytes[4096];
   const ssize_t count = read(control_.get(), bytes, sizeof bytes);
   if (count < 0 && isTransient(errno)) return;
+  controlHeardAt_ = now_;
   if (count > 0) controlBytes_.append(bytes, static_cast<size_t>(count));
   if (count == 0 && !controlBytes_.empty()) controlBytes_ += '\n';  // a last line without its end
   for (size_t end = 0; (end = controlBytes_.find('\n')) != std::string::npos && !quit_;) {

@@ -29,6 +29,7 @@ struct ServerOptions {
   bool pages = false;              // write the pages without their sheets as well
   bool once = false;               // end when the first connection has closed
   bool quiet = false;              // no events
+  int idleSeconds = 300;           // after which a silent connection is closed; 0: never
   std::vector<Scenario> scenarios;
 };
 
@@ -51,6 +52,9 @@ class PrinterServer {
   void attach(int readFd, int writeFd);
   void detach(const std::string& how);
   bool mayRead() const;
+  std::optional<Micros> idleEnd() const;
+  std::optional<Micros> controlIdleEnd() const;
+  void closeIdle();
   void readStream();
   void takeItem(const StreamItem& item);
   void malformed();
@@ -70,6 +74,8 @@ class PrinterServer {
   PrinterWorld world_;
   PrinterConnection connection_;
   Micros now_ = 0;
+  Micros heardAt_ = 0;  // when the connection last was not idle
+  Micros controlHeardAt_ = 0;
 
   Descriptor listener_, host_;
   int readFd_ = -1;   // host_, or standard input

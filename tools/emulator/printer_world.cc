@@ -250,7 +250,7 @@ void PrinterWorld::finishFeed(const Step& step) {
   if (step.mode == kFeedLines && last_ && !lastIsOut_) {
     last_->feed(step.rows);
   } else if (step.mode == kFeedLines) {
-    leadRows_ += step.rows;
+    leadRows_ = std::min(leadRows_ + step.rows, kMostBlankRows);
   } else if (step.mode == kFeedBack) {
     ahead_ = false;
     leadRows_ = 0;
@@ -278,7 +278,7 @@ void PrinterWorld::take(const StreamItem& item, Micros now) {
   advance(now);
   if (item.kind == ItemKind::kImage) {
     if (image_) {
-      image_->add(item);
+      takeImage(item);
     } else {
       event("image of " + std::to_string(item.data.size()) + " bytes without an area, not printed");
     }
@@ -296,6 +296,19 @@ void PrinterWorld::take(const StreamItem& item, Micros now) {
   if (item.kind == ItemKind::kFeed) takeFeed(item);
   if (ends) endPage("");
   advance(now);
+}
+
+// The rows that fit are printed.
+void PrinterWorld::takeImage(const StreamItem& item) {
+  if (imageIsFull_) return;
+  ++imagePackets_;
+  imageIsFull_ = image_->dots().size() + item.data.size() > kMostImageBytes ||
+                 image_->height() >= kMostImageRows || imagePackets_ > kMostImageRows;
+  if (!imageIsFull_) {
+    image_->add(item);
+  } else {
+    event("page " + std::to_string(pages_) + " is larger than the memory, the rest is dropped");
+  }
 }
 
 void PrinterWorld::takeFeed(const StreamItem& item) {
@@ -319,6 +332,8 @@ void PrinterWorld::startPicture(const StreamItem& area) {
   ++pages_;
   image_.emplace();
   image_->begin(area);
+  imagePackets_ = 0;
+  imageIsFull_ = false;
 }
 
 // Any other item ends the image: now its length is known and it can be printed.

@@ -48,12 +48,18 @@ class PrinterWorld {
   uint64_t statusWord() const;
   std::string stateText() const;  // "ready 0x00800000, paper loaded, cover closed, ..."
   bool idle() const { return steps_.empty() && !image_ && !waitsForOut_; }
-  bool full() const { return pagesWaiting() >= kMostWaitingPages; }  // send no more for now
+  bool full() const {  // send no more for now
+    return pagesWaiting() >= kMostWaitingPages || steps_.size() >= kMostWaitingSteps;
+  }
   size_t pagesWaiting() const;               // for the motor, including the one that is printing
   std::optional<Micros> nextChange() const;  // the next time at which something happens
 
  private:
+  // What a printer could hold. A page of 64 MiB is the largest that the filter can send.
   static constexpr size_t kMostWaitingPages = 4;
+  static constexpr size_t kMostWaitingSteps = 1000;
+  static constexpr size_t kMostImageBytes = size_t{64} << 20;
+  static constexpr size_t kMostImageRows = 200'000;
 
   struct Step {
     enum class Kind { kPageStart, kFeed, kCut, kPage, kSheetOut };
@@ -90,6 +96,7 @@ class PrinterWorld {
   void setPaper(bool loaded);
   void setCover(bool open);
 
+  void takeImage(const StreamItem& item);
   void takeFeed(const StreamItem& item);
   void startPicture(const StreamItem& area);
   void closeImage();
@@ -109,6 +116,8 @@ class PrinterWorld {
   std::vector<Trigger> triggers_;
 
   std::optional<PagePicture> image_;  // of the page that is arriving
+  size_t imagePackets_ = 0;           // of it
+  bool imageIsFull_ = false;          // it is larger than the printer's memory
   unsigned pages_ = 0;                // area packets so far
   bool waitsForOut_ = false;          // after an image, before its PrintControl(1)
 

@@ -28,6 +28,11 @@ size_t SheetPicture::height() const {
   return end_ == SheetEnd::kAttached ? paper : paper + kMarkRows;
 }
 
+bool SheetPicture::isBlank(size_t y) const {
+  const size_t pageEnd = leadRows_ + pageRows_;
+  return y < leadRows_ || (y >= pageEnd && y < pageEnd + tailRows_);
+}
+
 SheetDot SheetPicture::at(size_t x, size_t y) const {
   if (y >= leadRows_ + pageRows_ + tailRows_) {
     const bool gap = end_ == SheetEnd::kTear && x / kDashDots % 2 != 0;
@@ -46,17 +51,20 @@ SheetDot SheetPicture::at(size_t x, size_t y) const {
 Result<void> SheetPicture::writePng(const std::string& path, unsigned dpi) const {
   if (height() == 0) return Failure{"The sheet has no length, so there is no picture."};
   const size_t stride = (width_ + kDotsPerByte - 1) / kDotsPerByte;
-  std::vector<uint8_t> rows(stride * height());
-  for (size_t y = 0; y < height(); ++y) {
+  std::vector<uint8_t> packed(stride);
+  const auto row = [&](size_t y) -> const uint8_t* {
+    std::fill(packed.begin(), packed.end(), uint8_t{0});  // paper
+    if (isBlank(y)) return packed.data();
     for (size_t x = 0; x < width_; ++x) {
       const unsigned index = static_cast<unsigned>(at(x, y)) << (6 - x % kDotsPerByte * 2);
-      uint8_t& byte = rows[y * stride + x / kDotsPerByte];
+      uint8_t& byte = packed[x / kDotsPerByte];
       byte = static_cast<uint8_t>(byte | index);
     }
-  }
+    return packed.data();
+  };
   const PngPicture picture = {width_, height(), stride,
                               2,      dpi,      {{255, 255, 255}, {0, 0, 0}, {255, 0, 0}}};
-  return writePngFile(path, picture, rows.data());
+  return writePngFile(path, picture, row);
 }
 
 }  // namespace korvel

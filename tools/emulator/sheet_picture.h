@@ -4,6 +4,7 @@
 #ifndef KORVEL_TOOLS_EMULATOR_SHEET_PICTURE_H
 #define KORVEL_TOOLS_EMULATOR_SHEET_PICTURE_H
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 
@@ -21,6 +22,9 @@ enum class SheetEnd { kAttached, kTear, kCut };
 inline constexpr size_t kMarkRows = 3;
 inline constexpr size_t kDashDots = 8;
 
+// Some twelve metres at 203 dots per inch.
+inline constexpr size_t kMostBlankRows = 100'000;
+
 class SheetPicture {
  public:
   // The sheet is as wide as the head, or wider if the page is, so that no dot is lost. Rows have
@@ -28,8 +32,9 @@ class SheetPicture {
   // paper.
   SheetPicture(PagePicture page, size_t headDots);
 
-  void lead(size_t rows) { leadRows_ = rows; }   // blank paper before the page
-  void feed(size_t rows) { tailRows_ += rows; }  // blank paper after it
+  // Blank paper before and after the page; more than kMostBlankRows is not shown.
+  void lead(size_t rows) { leadRows_ = std::min(rows, kMostBlankRows); }
+  void feed(size_t rows) { tailRows_ = std::min(tailRows_ + rows, kMostBlankRows); }
   void end(SheetEnd end) { end_ = end; }
 
   const PagePicture& page() const { return page_; }
@@ -42,6 +47,7 @@ class SheetPicture {
   size_t width() const { return width_; }  // dots
   size_t height() const;                   // rows, including the mark's
   SheetDot at(size_t x, size_t y) const;   // inside width and height
+  bool isBlank(size_t y) const;            // whether the row is paper that was fed
 
   // White paper, black dots, red marks: two bits per dot, with a palette of these three in this
   // order. `dpi` must not be 0.

@@ -164,6 +164,22 @@ void JobRun::poll() {
   writePieces();
 }
 
+// When the filter has ended, the pipe has no reader; then SIGPIPE must not end us. It is blocked in
+// this thread only, and taken if it has been raised.
+ssize_t writeWithoutSignal(int fd, const std::string& bytes) {
+  sigset_t pipe, before;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &pipe, &before);
+  const ssize_t written = write(fd, bytes.data(), bytes.size());
+  const int reason = errno;
+  const timespec atOnce = {0, 0};
+  if (written < 0 && reason == EPIPE) sigtimedwait(&pipe, nullptr, &atOnce);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  errno = reason;
+  return written;
+}
+
 // Reads what is there, but at most a fixed amount, which is more than a pipe holds: a filter that
 // waits has been read to its last byte, and one that never stops writing still meets its time
 // limit.
@@ -246,13 +262,7 @@ void JobRun::writePieces() {
   int unread = 0;
   if (pieces_.empty() || ioctl(back_.get(), FIONREAD, &unread) != 0 || unread != 0) return;
   const std::string& piece = pieces_.front();
-  // When the filter has ended, the pipe has no reader, and writing to it must not end us.
-  struct sigaction ignore = {};
-  struct sigaction before = {};
-  ignore.sa_handler = SIG_IGN;
-  sigaction(SIGPIPE, &ignore, &before);
-  const ssize_t written = write(back_.get(), piece.data(), piece.size());
-  sigaction(SIGPIPE, &before, nullptr);
+  const ssize_t written = writeWithoutSignal(back_.get(), piece);
   if (written < 0 && errno == EAGAIN) return;
   pieces_.pop_front();
 }

@@ -101,6 +101,11 @@ Result<std::string> identifyDocument(const std::string& path) {
 
 namespace {
 
+// A file name that begins with a hyphen would be an option.
+std::string asOperand(const std::string& path) {
+  return path.starts_with('-') ? "./" + path : path;
+}
+
 Program cupsfilter(const RasteriserJob& job) {
   Program program;
   program.arguments = {"cupsfilter", "-p",        job.ppd, "-i",      job.type,
@@ -140,7 +145,7 @@ std::string firstError(const std::string& log) {
 Result<void> Rasteriser::start(const RasteriserJob& job) {
   job_ = job;
   Program program = cupsfilter(job);
-  program.arguments.push_back(job.document);
+  program.arguments.push_back(asOperand(job.document));
   return startProgram(program, job.log, &output_, &child_);
 }
 
@@ -158,7 +163,7 @@ Result<void> Rasteriser::finish() {
 
 Result<std::string> rasteriserChain(const RasteriserJob& job) {
   Program program = cupsfilter(job);
-  program.arguments.insert(program.arguments.end(), {"--list-filters", job.document});
+  program.arguments.insert(program.arguments.end(), {"--list-filters", asOperand(job.document)});
   const Result<ProgramOutput> output = runProgram(program, kNullDevice);
   if (!output) return output.failure();
   const std::string& text = output.value().text;

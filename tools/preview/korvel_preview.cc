@@ -1,6 +1,7 @@
 // korvel-preview: what a document will look like in print, made by the filter itself, as pictures.
 // SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,14 +18,17 @@
 
 #include "drawing/dot_font.h"
 #include "tools/common/installation.h"
+#include "tools/common/output_file.h"
 #include "tools/common/png_file.h"
 #include "tools/common/scratch_folder.h"
+#include "tools/common/shown_text.h"
 #include "tools/common/suggestions.h"
 #include "tools/common/translation.h"
 #include "tools/description/halftone_names.h"
 #include "tools/description/printer_description.h"
 #include "tools/preview/contact_sheet.h"
 #include "tools/preview/document.h"
+#include "tools/preview/picture_scaling.h"
 #include "tools/preview/preview_arguments.h"
 #include "tools/preview/preview_job.h"
 #include "tools/stream/stream_listing.h"
@@ -43,19 +47,28 @@ constexpr double kNoLimit = 7 * 24 * 3600;  // seconds that the filter may run
 constexpr unsigned kProgressStep = 10;      // pages between two lines of progress
 constexpr char kPlainDescription[] = "korvel-label-203";
 
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
-
-Result<void> openToWrite(const std::string& path, File* file) {
-  file->reset(std::fopen(path.c_str(), "wb"));
-  if (!*file) return korvel::cannotWrite(path);
+Result<void> openToWrite(const std::string& path, korvel::OutputFile* file) {
+  Result<korvel::OutputFile> created = korvel::createOutputFile(path);
+  if (!created) return created.failure();
+  *file = std::move(created).value();
   return {};
 }
 
 Failure cannotShow(const std::string& file, const std::string& reason) {
   return {filled("Cannot show %s: %s", file.c_str(), reason.c_str())};
+}
+
+// The rasteriser's programs run with the user's rights, which are many when the user is root.
+void noteRootsRights(const std::string& file) {
+  struct stat found = {};
+  if (geteuid() != 0 || stat(file.c_str(), &found) != 0) return;
+  if (found.st_uid == 0 && isatty(STDERR_FILENO) == 0) return;
+  std::fprintf(
+      stderr, "%s: %s\n", kProgram,
+      filled("Running as root: %s is converted with root's rights. If you do not trust the "
+             "file, run korvel-preview as another user.",
+             file.c_str())
+          .c_str());
 }
 
 std::string installedFilter() {
@@ -98,6 +111,11 @@ class StreamFiles {
  public:
   explicit StreamFiles(const std::string& folder) : folder_(folder) {}
 
+  bool exist() const {
+    return std::any_of(std::begin(kNames), std::end(kNames), [this](const char* name) {
+      return std::filesystem::exists(std::filesystem::symlink_status(path(name)));
+    });
+  }
   Result<void> open() {
     Result<void> opened = openToWrite(path("stream.bin"), &bytes_);
     if (opened) opened = openToWrite(path("stream.txt"), &listing_);
@@ -115,7 +133,7 @@ class StreamFiles {
   }
   Result<void> finish() {
     lines_.finish();
-    for (const File* file : {&bytes_, &listing_, &messages_}) {
+    for (const korvel::OutputFile* file : {&bytes_, &listing_, &messages_}) {
       if (std::fflush(file->get()) != 0 || std::ferror(file->get()) != 0) {
         return korvel::cannotWrite(folder_);
       }
@@ -125,15 +143,15 @@ class StreamFiles {
   // A job that printed nothing leaves nothing.
   void remove() const {
     std::error_code ignored;
-    for (const char* name : {"stream.bin", "stream.txt", "messages.txt"}) {
-      std::filesystem::remove(path(name), ignored);
-    }
+    for (const char* name : kNames) std::filesystem::remove(path(name), ignored);
   }
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
 
  private:
+  static constexpr const char* kNames[] = {"stream.bin", "stream.txt", "messages.txt"};
+
   std::string folder_;
-  File bytes_, listing_, messages_;
+  korvel::OutputFile bytes_, listing_, messages_;
   korvel::StreamListing lines_{
       [this](const std::string& line) { std::fprintf(listing_.get(), "%s\n", line.c_str()); }};
   korvel::StreamDecoder decoder_{[this](const korvel::StreamItem& item) { lines_.add(item); }};
@@ -150,6 +168,7 @@ class Preview {
     if (done) done = findDescription();
     if (done) done = createFolder();
     if (done) done = prepareRaster();
+    if (done) warnOfScaling();
     if (done) done = arguments_.halftones ? compareHalftones() : showSheets();
     return done;
   }
@@ -162,6 +181,7 @@ class Preview {
     const Result<std::string> type = korvel::identifyDocument(arguments_.file);
     if (!type) return type.failure();
     type_ = type.value();
+    if (!isRaster()) noteRootsRights(arguments_.file);
     if (isRaster() && arguments_.copies != "1") {
       commandLine_.wrong(translated("-n is not for raster files, which contain all their copies"));
     }
@@ -248,6 +268,22 @@ class Preview {
     return Failure{translated("The resolution of the pages is unknown.")};
   }
 
+  // Bars of a scaled picture are no longer whole dots.
+  void warnOfScaling() const {
+    if (!type_.starts_with("image/")) return;
+    const korvel::DotSize picture = korvel::pictureSize(arguments_.file);
+    const korvel::DotSize page = description_.printableDots();
+    const korvel::DotSize printed =
+        korvel::sizeOnPage(picture, page, korvel::parseOptions(options_));
+    if (printed == picture) return;
+    const std::string warning = filled(
+        "%s is %d x %d dots and will be scaled to %d x %d; barcodes may not scan. A picture "
+        "of %d x %d dots is not scaled.",
+        arguments_.file.c_str(), picture.width, picture.height, printed.width, printed.height,
+        page.width, page.height);
+    std::fprintf(stderr, "%s: %s\n", kProgram, warning.c_str());
+  }
+
   korvel::RasteriserJob rasteriserJob() {
     return {
         arguments_.file, type_, ppd_, options_, arguments_.copies, scratch_.file("rasteriser.log")};
@@ -263,6 +299,7 @@ class Preview {
     preview.job.options = options;
     preview.job.raster = raster_;
     preview.job.noFiles = true;
+    preview.job.environment = {{"KORVEL_DUMPS", "off"}};
     preview.job.timeoutSeconds = kNoLimit;
     preview.body.dpi = dpi_;
     preview.body.media = description_.media();
@@ -274,9 +311,11 @@ class Preview {
   Result<void> showSheets() {
     korvel::PreviewJob preview = previewJob(options_);
     std::vector<std::string> paths;
-    Result<void> written;
+    Result<void> written = checkPlace(out(pictureName(1)));
+    if (!written) return written;
     const auto write = [&](const auto& picture, unsigned number) {
       paths.push_back(out(pictureName(number)));
+      if (written) written = checkPlace(paths.back());
       if (written) written = picture.writePng(paths.back(), dpi_);
     };
     if (arguments_.pages) {
@@ -291,7 +330,7 @@ class Preview {
     if (!written) return written;
     removeOlder(pages.value());
     if (arguments_.stream) describeStream(pages.value());
-    for (const std::string& path : paths) std::puts(path.c_str());
+    for (const std::string& path : paths) std::puts(korvel::shown(path).c_str());
     return {};
   }
 
@@ -303,8 +342,32 @@ class Preview {
   void removeOlder(unsigned pages) const {
     std::error_code ignored;
     for (unsigned number = pages + 1;; ++number) {
-      if (!std::filesystem::remove(out(pictureName(number)), ignored)) return;
+      const std::string path = out(pictureName(number));
+      if (!std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) return;
+      if (korvel::isOwnPicture(path)) std::filesystem::remove(path, ignored);
     }
+  }
+
+  // Whether a picture may be written to `path`: nothing is there, or the picture of a preview.
+  Result<void> checkPlace(const std::string& path) const {
+    const bool exists = std::filesystem::exists(std::filesystem::symlink_status(path));
+    if (!exists || arguments_.force || korvel::isOwnPicture(path)) return {};
+    return madeByOthers(path);
+  }
+
+  // The files of the stream have no mark: they are those of a preview when its pictures are there.
+  Result<void> checkStreamPlace(const StreamFiles& files) const {
+    const bool isOurs = arguments_.force || korvel::isOwnPicture(out("sheet-1.png")) ||
+                        korvel::isOwnPicture(out("page-1.png"));
+    if (isOurs || !files.exist()) return {};
+    return madeByOthers(files.path("stream.bin"));
+  }
+
+  static Failure madeByOthers(const std::string& path) {
+    return {
+        filled("%s was not made by a preview; choose another folder, or replace it with "
+               "--force.",
+               path.c_str())};
   }
 
   Result<unsigned> runJob(korvel::PreviewJob* preview) {
@@ -312,7 +375,8 @@ class Preview {
     preview->progress = [&](unsigned pages) { progress.show(pages); };
     if (!arguments_.stream) return filterPages(preview);
     StreamFiles files(arguments_.folder);
-    const Result<void> opened = files.open();
+    Result<void> opened = checkStreamPlace(files);
+    if (opened) opened = files.open();
     if (!opened) return opened.failure();
     files.connect(&preview->job);
     const Result<unsigned> pages = filterPages(preview);
@@ -357,13 +421,16 @@ class Preview {
                               bytes)}) {
       std::puts(line.c_str());
     }
-    std::printf("%s  %s  %s\n", out("stream.bin").c_str(), out("stream.txt").c_str(),
-                out("messages.txt").c_str());
+    const std::string folder = korvel::shown(arguments_.folder);
+    std::printf("%s/stream.bin  %s/stream.txt  %s/messages.txt\n", folder.c_str(), folder.c_str(),
+                folder.c_str());
   }
 
   // ---- One picture of all halftones ----
 
   Result<void> compareHalftones() {
+    const Result<void> free = checkPlace(out("halftones.png"));
+    if (!free) return free;
     const Result<void> kept = keepFirstPage();
     if (!kept) return kept;
     std::vector<korvel::ContactCell> cells;
@@ -387,7 +454,7 @@ class Preview {
     const std::string path = out("halftones.png");
     const korvel::ContactSheet sheet(title, std::move(cells));
     Result<void> written = sheet.writePng(path, dpi_);
-    if (written) std::puts(path.c_str());
+    if (written) std::puts(korvel::shown(path).c_str());
     return written;
   }
 

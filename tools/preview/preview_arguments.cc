@@ -16,6 +16,8 @@ bool takeFlag(const Arguments& arguments, PreviewArguments* request) {
     request->pages = true;
   } else if (arguments.is("--stream")) {
     request->stream = true;
+  } else if (arguments.is("--force")) {
+    request->force = true;
   } else {
     return false;
   }
@@ -71,6 +73,7 @@ const Help kPreviewHelp = {
            "DIR/halftones.png (preview)."),
      later("--stream\tAlso write the printer's bytes, their listing and the filter's messages to "
            "DIR/stream.bin, DIR/stream.txt and DIR/messages.txt."),
+     later("--force\tReplace files that no preview has made."),
      later("--filter PATH\tUse this filter instead of the installed one.")},
     nullptr,
     {},

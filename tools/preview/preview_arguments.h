@@ -20,6 +20,7 @@ struct PreviewArguments {
   bool pages = false;
   bool halftones = false;
   bool stream = false;
+  bool force = false;  // replace files of any kind
 };
 
 extern const Help kPreviewHelp;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tools/common/arguments.h"
+#include "tools/common/shown_text.h"
 #include "tools/common/suggestions.h"
 #include "tools/common/translation.h"
 #include "tools/setup/device_choice.h"
@@ -117,11 +118,11 @@ bool takeSharing(korvel::Arguments* arguments, Request* request) {
 bool takeValued(korvel::Arguments* arguments, Request* request) {
   QueuePlan& plan = request->plan;
   if (arguments->is("-v")) {
-    plan.uri = arguments->value();
+    plan.uri = arguments->nonEmptyValue();
   } else if (arguments->is("-m")) {
     request->model = arguments->value();
   } else if (arguments->is("-p")) {
-    plan.name = arguments->value();
+    plan.name = arguments->nonEmptyValue();
   } else if (arguments->is("-o")) {
     for (const auto& option : korvel::parseOptions(arguments->value()))
       plan.options.push_back(option);
@@ -136,7 +137,7 @@ bool takeValued(korvel::Arguments* arguments, Request* request) {
   } else if (arguments->is("--out")) {
     request->emulated.folder = arguments->value();
   } else if (arguments->is("-d")) {
-    request->queues.push_back(arguments->value());
+    request->queues.push_back(arguments->nonEmptyValue());
   } else if (arguments->is("--dump-folder")) {
     request->dumpFolder = arguments->value();
   } else {
@@ -180,7 +181,7 @@ Failure noQueue(const std::string& name) {
   return {filled("There is no queue %s. Show all queues: lpstat -e", name.c_str())};
 }
 
-void say(const std::string& sentence) { std::printf("%s\n", sentence.c_str()); }
+void say(const std::string& sentence) { std::printf("%s\n", korvel::shown(sentence).c_str()); }
 
 // ---- Check ----
 
@@ -273,9 +274,10 @@ Result<int> printTestPage(const PrintSystem& system, const std::string& queue) {
 
 // Checks the rest of the plan, and creates or updates the queue.
 Result<int> makeQueue(const PrintSystem& system, QueuePlan plan) {
-  Result<void> checked = korvel::checkName(plan.name);
-  if (!checked) return checked.failure();
   const auto old = system.queue(plan.name);
+  Result<void> checked;
+  if (!old) checked = korvel::checkName(plan.name);
+  if (!checked) return checked.failure();
   if (old && !old->isOurs()) {
     return Failure{
         filled("Queue %s has another driver; choose another name with -p, or remove the "

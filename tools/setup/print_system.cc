@@ -82,6 +82,26 @@ ipp_t* request(ipp_op_t operation, const std::string& queue,
   return made;
 }
 
+constexpr const char* kScalingDefaults[] = {"natural-scaling-default", "ppi-default",
+                                            "print-scaling-default", "scaling-default"};
+
+// The first default that makes the size of a picture depend on more than its pixels. Every queue
+// has the default print-scaling=auto, which does not.
+std::string scalingDefault(const Group& group) {
+  for (const std::string name : kScalingDefaults) {
+    const auto found = group.find(name);
+    if (found == group.end()) continue;
+    char value[64] = "";
+    ippAttributeString(found->second, value, sizeof value);
+    const std::string option = name.substr(0, name.size() - std::string("-default").size());
+    const std::string shown = option + "=" + value;
+    const bool harmless =
+        shown == "scaling=100" || (option == "print-scaling" && shown != "print-scaling=none");
+    if (!harmless) return shown;
+  }
+  return "";
+}
+
 Queue queueOf(const Group& group) {
   Queue queue;
   queue.name = text(group, "printer-name");
@@ -100,15 +120,24 @@ Queue queueOf(const Group& group) {
   const int count = reasons == group.end() ? 0 : ippGetCount(reasons->second);
   for (int i = 0; i < count; ++i) queue.reasons.insert(ippGetString(reasons->second, i, nullptr));
   queue.reasons.erase("none");
+  queue.scaling = scalingDefault(group);
   return queue;
 }
 
-const std::vector<const char*> kQueueAttributes = {
-    "printer-name",           "device-uri",
-    "printer-make-and-model", "printer-state-message",
-    "printer-info",           "printer-location",
-    "printer-is-shared",      "printer-state",
-    "printer-state-reasons",  "printer-is-accepting-jobs"};
+const std::vector<const char*> kQueueAttributes = {"printer-name",
+                                                   "device-uri",
+                                                   "printer-make-and-model",
+                                                   "printer-state-message",
+                                                   "printer-info",
+                                                   "printer-location",
+                                                   "printer-is-shared",
+                                                   "printer-state",
+                                                   "printer-state-reasons",
+                                                   "printer-is-accepting-jobs",
+                                                   "natural-scaling-default",
+                                                   "ppi-default",
+                                                   "print-scaling-default",
+                                                   "scaling-default"};
 
 // The content of a temporary file of the library, which is then removed.
 std::string taken(const char* path) {

@@ -34,6 +34,7 @@ struct Queue {
   std::string message;            // the last one
   std::string info, location;     // for people
   std::set<std::string> reasons;  // such as "media-empty-warning", without "none"
+  std::string scaling;            // a default that scales pictures: "scaling=90"; mostly empty
   bool stopped = false;
   bool busy = false;
   bool accepting = true;

@@ -26,17 +26,37 @@ bool asksForState(const std::string& description) {
   return model == "K220" || model == "R57" || model == "M6" || model == "Z4";
 }
 
+// Whether bars get the width that was drawn. Drivers of label printers have had this option since
+// they do; drivers of stencil printers have none.
+bool isExact(const std::string& description) {
+  return !keyword(description, "DefaultCenterOfPixel").empty();
+}
+
 void checkDescription(const QueueFacts& facts, Findings* found) {
   if (facts.installedName.empty()) {
     found->push_back({true, filled("The driver of queue %s is not installed. Choose another one: "
                                    "korvel-setup -p %s -m MODEL (korvel-setup --list shows all)",
                                    nameOf(facts), nameOf(facts))});
+  } else if (isExact(facts.installed) && !isExact(facts.description)) {
+    found->push_back(
+        {true, filled("Queue %s has an old driver, which prints the bars of barcodes too wide. "
+                      "Update it: korvel-setup -p %s -m %s",
+                      nameOf(facts), nameOf(facts), facts.installedName.c_str())});
   } else if (!sameDescription(facts.description, facts.installed)) {
     found->push_back(
         {true, filled("The driver of queue %s is not the installed version. Update it: "
                       "korvel-setup -p %s -m %s",
                       nameOf(facts), nameOf(facts), facts.installedName.c_str())});
   }
+}
+
+void checkScaling(const QueueFacts& facts, Findings* found) {
+  const std::string& scaling = facts.queue.scaling;
+  if (scaling.empty()) return;
+  const std::string option = scaling.substr(0, scaling.find('='));
+  found->push_back({false, filled("Queue %s scales pictures by default (%s), so that barcodes may "
+                                  "not scan. Remove the default: lpadmin -p %s -R %s-default",
+                                  nameOf(facts), scaling.c_str(), nameOf(facts), option.c_str())});
 }
 
 void checkFilter(const QueueFacts& facts, Findings* found) {
@@ -187,6 +207,7 @@ Findings examine(const QueueFacts& facts) {
     return found;
   }
   checkDescription(facts, &found);
+  checkScaling(facts, &found);
   checkFilter(facts, &found);
   checkConnection(facts, &found);
   checkDumps(facts, &found);

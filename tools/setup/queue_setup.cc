@@ -5,7 +5,10 @@
 
 #include <sys/wait.h>
 
+#include <cctype>
+
 #include "tools/common/process.h"
+#include "tools/common/shown_text.h"
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
 
@@ -22,6 +25,20 @@ std::string lastLine(const std::string& output) {
   if (newline != std::string::npos) line = line.substr(newline + 1);
   const std::string name = "lpadmin: ";
   return line.starts_with(name) ? line.substr(name.size()) : line;
+}
+
+// Letters of other scripts are not told from their signs, but blanks, controls and the general
+// punctuation, among it what changes the direction of writing, are in no name.
+bool isNameCharacter(const std::string& text) {
+  const size_t bytes = characterBytes(text);
+  if (bytes == 1)
+    return std::isalnum(static_cast<unsigned char>(text[0])) != 0 || text[0] == '-' ||
+           text[0] == '_';
+  if (bytes == 2 && text[0] == '\xC2') return false;  // U+0080 to U+00BF
+  if (text.starts_with("\xE2\x80") || text.starts_with("\xE2\x81"))
+    return false;  // U+2000 to U+207F
+  if (text.starts_with("\xE3\x80\x80") || text.starts_with("\xEF\xBB\xBF")) return false;
+  return bytes != 0;
 }
 
 void append(std::vector<std::string>* arguments, const char* option, const std::string& value) {
@@ -44,11 +61,14 @@ Result<void> runLpadmin(std::vector<std::string> arguments) {
 }
 
 Result<void> checkName(const std::string& name) {
-  const bool good = !name.empty() && name.size() <= kLongestName &&
-                    name.find_first_of(" \t/\\?'\"#") == std::string::npos && name[0] != '-';
+  bool good = !name.empty() && name.size() <= kLongestName && name[0] != '-';
+  for (size_t at = 0; good && at < name.size(); at += characterBytes(name.substr(at))) {
+    good = isNameCharacter(name.substr(at));
+  }
   if (good) return {};
   return Failure{
-      filled("'%s' is not a valid queue name; use letters, digits and underscores.", name.c_str())};
+      filled("'%s' is not a valid queue name; use letters, digits, hyphens and underscores.",
+             name.c_str())};
 }
 
 Result<void> checkQueueOptions(const std::string& description, const Options& options) {

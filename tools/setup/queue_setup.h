@@ -26,6 +26,7 @@ struct QueuePlan {
   bool isNew = true;  // gets the defaults below
 };
 
+// Of a new queue: letters of any script, digits, hyphens and underscores, at most 127 bytes.
 Result<void> checkName(const std::string& name);
 
 // `description` is the text of the PPD.

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "tools/common/shown_text.h"
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
 #include "tools/description/option_check.h"
@@ -46,7 +47,7 @@ std::string firstLetter(const std::string& text) {
 }
 
 void showNumbered(size_t number, const std::string& name, const std::string& what) {
-  std::printf("%3zu  %-28s  %s\n", number, name.c_str(), what.c_str());
+  std::printf("%3zu  %-28s  %s\n", number, shown(name).c_str(), shown(what).c_str());
 }
 
 // "-m korvel-k220-203, -m korvel-k220-300"
@@ -66,7 +67,7 @@ void showDevices(const std::vector<Device>& devices, const std::vector<Descripti
   std::printf("%s\n", translated("Devices:"));
   for (const Device& device : devices) {
     const std::vector<Description> fit = fitting(device, all);
-    std::printf("  %s  %s%s%s\n", device.uri.c_str(), whatItIs(device).c_str(),
+    std::printf("  %s  %s%s%s\n", shown(device.uri).c_str(), shown(whatItIs(device)).c_str(),
                 fit.empty() ? "" : "  ", asOptions(fit).c_str());
   }
   if (devices.empty()) {
@@ -78,7 +79,7 @@ void showDevices(const std::vector<Device>& devices, const std::vector<Descripti
 void showDescriptions(const std::vector<Description>& all) {
   std::printf("%s\n", translated("Drivers:"));
   for (const Description& one : all) {
-    std::printf("  %-24s  %s\n", one.bareName().c_str(), one.makeAndModel.c_str());
+    std::printf("  %-24s  %s\n", shown(one.bareName()).c_str(), shown(one.makeAndModel).c_str());
   }
 }
 

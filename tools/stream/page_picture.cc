@@ -3,8 +3,9 @@
 #include "tools/stream/page_picture.h"
 
 #include <cstdio>
-#include <memory>
+#include <utility>
 
+#include "tools/common/output_file.h"
 #include "tools/common/png_file.h"
 
 namespace korvel {
@@ -28,12 +29,7 @@ size_t rowOfSingleBlock(size_t block, size_t shortest) {
   return found;
 }
 
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
-
-Result<void> closeWritten(File file, const std::string& path) {
+Result<void> closeWritten(OutputFile file, const std::string& path) {
   if (std::fclose(file.release()) != 0) return cannotWrite(path);
   return {};
 }
@@ -90,8 +86,9 @@ Result<void> PagePicture::writePng(const std::string& path, unsigned dpi) const 
 Result<void> PagePicture::writePbm(const std::string& path) const {
   const Result<void> shaped = checkShape();
   if (!shaped) return shaped;
-  File file(std::fopen(path.c_str(), "wb"));
-  if (!file) return cannotWrite(path);
+  Result<OutputFile> created = createOutputFile(path);
+  if (!created) return created.failure();
+  OutputFile file = std::move(created).value();
   std::fprintf(file.get(), "P4\n%zu %zu\n", width(), height());
   if (std::fwrite(dots_.data(), 1, dots_.size(), file.get()) != dots_.size()) {
     return cannotWrite(path);

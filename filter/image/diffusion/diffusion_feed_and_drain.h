@@ -1,5 +1,5 @@
 // How grey pixels reach the lanes of a diffusion kernel, and how its bits leave them.
-// Lanes are rows at different columns; both ways turn blocks of eight columns by interleaving.
+// Lanes are rows at different columns; both directions transpose blocks of eight columns.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_IMAGE_DIFFUSION_FEED_AND_DRAIN_H
 #define KORVEL_IMAGE_DIFFUSION_FEED_AND_DRAIN_H
@@ -13,7 +13,10 @@
 
 namespace KORVEL_TARGET {
 
-namespace {  // what is compiled for a wide machine stays in its object
+namespace {  // code compiled for a wide processor stays in its object file
+
+static_assert(kLanes == 16 || kLanes == 32, "the transpositions below are made for these");
+static_assert(kBlock == 8, "a block's bits are one byte, and three turns transpose it");
 
 using Tile = Bytes[kBlock];
 
@@ -28,8 +31,8 @@ KORVEL_INLINE void turnOnce(Tile& tile) {
   for (size_t i = 0; i < kBlock; ++i) tile[i] = turned[i];
 }
 
-// Fetches the grey of every lane's next block and turns it into one vector a column. A lane
-// without a row stands still on a block of its own.
+// Loads the grey pixels of every lane's next block as one vector per column. A lane without a row
+// keeps reading a block of its own.
 class DiffusionFeed {
  public:
   DiffusionFeed(const DiffusionPage& page, size_t rowStep)
@@ -37,7 +40,7 @@ class DiffusionFeed {
     for (size_t lane = 0; lane < kLanes; ++lane) at_[lane] = tail_[lane];
   }
 
-  // Leads the lanes to this block, which is fetched next. Blocks come in order, from 0 on.
+  // Moves the lanes to this block, which is fetched next. Blocks are passed in order, from 0 on.
   KORVEL_INLINE void steer(size_t block) {
     if (begun_.isAt(block)) {
       at_[begun_.lane()] = page_.grey + begun_.row() * page_.greyStride;
@@ -50,7 +53,7 @@ class DiffusionFeed {
     }
   }
 
-  // A fetch is made in kBlock parts, so that it can be spread over the work on the block before.
+  // A fetch has kBlock parts, so that it can be interleaved with the work on the previous block.
   // The last part replaces that block's columns.
   template <size_t kPart>
   KORVEL_INLINE void fetch(Tile& tile) {
@@ -66,7 +69,7 @@ class DiffusionFeed {
     }
   }
 
-  // Grey levels of all lanes, less 128. The column behind the last is the next block's first.
+  // Grey levels of all lanes, less 128. The column after the last one is the next block's first.
   template <size_t kColumn>
   KORVEL_INLINE Bytes column() const {
     return load<Bytes>(columns_[kColumn % kBlock]);
@@ -79,7 +82,7 @@ class DiffusionFeed {
     tile[lane] = interleaveLow(one, other) ^ splat<Bytes>(0x80);
   }
 
-  // The row's last pixels, fewer than a block, are read from a copy: nothing behind them is ours.
+  // The row's last pixels, fewer than a block, are read from a copy: memory after them is not read.
   void endRow(size_t lane, const uint8_t* row) {
     const size_t count = page_.width % kBlock;
     for (size_t i = 0; i < count; ++i) tail_[lane][i] = row[page_.width - count + i];
@@ -110,8 +113,8 @@ class OpenColumns {
   alignas(kLanes) uint8_t masks_[kBlock][kLanes]{};
 };
 
-// Collects the bits of every lane, a byte a block, until a row is complete. Eight blocks are a
-// group and stand together, eight bytes a lane.
+// Collects the bits of every lane, one byte per block, until a row is complete. Eight blocks form a
+// group, with eight bytes per lane.
 class DiffusionDrain {
  public:
   static size_t bytesFor(size_t blocksOfARow) { return groupsFor(blocksOfARow) * kGroupBytes; }
@@ -119,7 +122,7 @@ class DiffusionDrain {
   DiffusionDrain(uint8_t* memory, size_t blocksOfARow)
       : first_(memory), end_(memory + bytesFor(blocksOfARow)), group_(memory) {}
 
-  // Blocks come in order, from 0 on.
+  // Blocks are passed in order, from 0 on.
   KORVEL_INLINE void put(size_t block, Bytes bits) {
     store(latest_[block % kBlock], bits);
     if (block % kBlock != kBlock - 1) return;
@@ -129,7 +132,8 @@ class DiffusionDrain {
   }
 
   // Writes a row whose last block has been put; `next` is the block that is put next. Spare bits
-  // are 0: behind a row stands black, and no more than the error of one black pixel is added.
+  // are 0, because the pixels after a row are black and receive at most the error of one black
+  // pixel.
   void finish(const RowStarts& row, size_t next, uint8_t* to, size_t width) {
     turnLatest();
     const size_t lane = row.lane();

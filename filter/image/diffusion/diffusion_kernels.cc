@@ -1,34 +1,34 @@
 // Error diffusion with as many rows in flight as a vector has bytes.
-// One page of code for all kernels; the bits are those of the plain form.
+// One implementation for all kernels; the bits are those of the reference implementation.
 // SPDX-License-Identifier: Apache-2.0
 
 // A row of error diffusion is one chain: a pixel waits for the errors of the two before it. So
-// lanes are rows, each far enough behind the row above. Numbered by
+// lanes are rows, each far enough behind the row above. If they are numbered by
 //
 //   place = row * rowStep + block * kLanes    (a block is eight columns)
 //
-// every block of the page has a place of its own. A vector is kLanes neighbouring places, vector
-// after vector is worked off, column by column: the lane is the place modulo kLanes, and each lane
-// goes on with another row when one ends. The block above lies rowStep places before, whatever the
-// lane, so one load brings all lanes the shares of a neighbour above (ShareRing). Nothing begins
-// or ends at a group of rows; the page's edges are columns that have no error.
+// every block of the page has a place of its own. A vector is kLanes neighbouring places, and
+// vectors are processed one after another, column by column: the lane is the place modulo kLanes,
+// and each lane continues with another row when one ends. The block above is rowStep places earlier
+// in every lane, so one load gives all lanes the shares of a neighbour above (ShareRing). Rows are
+// not processed in groups; the page's edges are columns that have no error.
 //
-// The plain form pushes: a pixel adds its shares to those after it, and each sum is held within
-// 0..255 at once. The order of these additions decides, so it is kept: a pixel starts with its
-// grey and takes from the row farthest above first, each row left to right, its own row last.
-// Levels are kept less 128. Then the sum is held by one saturating addition, and white is
-// "above 0". The magnitude of the error is the level itself below white (0..128), its complement
-// above; its shares are cut off toward zero, so they are made of the magnitude, by a product or
-// by shifts (diffusion_plan.h), and negated where white.
+// The reference implementation pushes: a pixel adds its shares to the pixels after it, and each sum
+// is clamped to 0..255 at once. The result depends on the order of these additions, so it is kept:
+// a pixel starts with its grey and adds the shares from the row farthest above first, each row left
+// to right, its own row last. Levels are stored less 128, so that one saturating addition clamps
+// the sum, and white is "above 0". The magnitude of the error is the level itself below white
+// (0..128) and its complement above. Shares are truncated toward zero, so they are computed from
+// the magnitude, by a product or by shifts (diffusion_plan.h), and negated where white.
 //
-// A step is a column of kLanes pixels. Jarvis-Judice-Ninke needs some 60 operations for it, and
-// 15 more fetch the grey, collect the bits and steer; about 25 cycles for 16 or 32 pixels. The
-// chain from pixel to pixel is 12 cycles long; what comes from above is added one column ahead,
-// and the next block is fetched meanwhile, so that it waits for nothing else.
+// A step is a column of kLanes pixels. Jarvis-Judice-Ninke takes some 60 operations for it, and 15
+// more load the grey, collect the bits and move on: about 25 cycles for 16 or 32 pixels. The chain
+// from pixel to pixel is 12 cycles long. Shares from above are added one column ahead, and the next
+// block is loaded in the meantime, so that the chain waits for nothing else.
 //
-// Narrow pages go the same way. A row takes 2 * kLanes + 1 blocks at least, so a page narrower
-// than that costs what a page of that width costs: still some hundred times less than the plain
-// form at a hundred columns, which is why there is no second way for them.
+// Narrow pages are processed in the same way. A row takes at least 2 * kLanes + 1 blocks, so a
+// narrower page costs as much as one of that width. At a hundred columns this is still some hundred
+// times faster than the reference implementation.
 #include "image/diffusion/diffusion_dispatch.h"
 #include "image/diffusion/diffusion_feed_and_drain.h"
 #include "image/diffusion/diffusion_plan.h"
@@ -52,7 +52,7 @@ class Diffusion {
 
   KORVEL_INLINE void start(DiffusionFeed& feed) { fetchFirst(feed, UpTo<kBlock>{}); }
 
-  // The bits of the current block; its grey has been fetched before, the next one's is fetched.
+  // Returns the bits of the current block, which has been fetched before, and fetches the next one.
   KORVEL_INLINE Bytes halftone(DiffusionFeed& feed, const OpenColumns& open) {
     const Bytes bits = halftoneColumns(feed, open, UpTo<kBlock>{});
     ring_.advance();
@@ -152,7 +152,7 @@ size_t scratchBytes(size_t width) {
   return ShareRing<kKernel>::bytesFor(rowStep) + DiffusionDrain::bytesFor(rowStep) + kLanes;
 }
 
-// Lanes are fed one block ahead of the arithmetic, and a row is closed one block after its last
+// Lanes are loaded one block ahead of the arithmetic, and a row is closed one block after its last
 // pixels.
 template <const DiffusionKernel& kKernel>
 void halftone(const DiffusionPage& page, uint8_t* scratch) {

@@ -1,5 +1,5 @@
-// What an error kernel asks of its fast form, worked out from its taps by the compiler.
-// Shares of the error that are needed, how each is divided, and the order they arrive in.
+// How an error kernel is computed with vectors, derived from its taps at compile time: the shares
+// of the error, how each is divided, and the order in which they are added.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_IMAGE_DIFFUSION_PLAN_H
 #define KORVEL_IMAGE_DIFFUSION_PLAN_H
@@ -12,16 +12,16 @@
 
 namespace KORVEL_TARGET {
 
-namespace {  // what is compiled for a wide machine stays in its object
+namespace {  // code compiled for a wide processor stays in its object file
 
-// The part of an error that one weight gives, without its sign: error * weight / divisor. Either
+// The share of an error for one weight, without its sign: error * weight / divisor. It is either
 // the upper half of a product, or another value shifted, since
 // floor(floor(x) / 2) = floor(x / 2).
 struct DiffusionShare {
   static constexpr size_t kOfError = 99;
 
   uint32_t weight;
-  uint32_t factor;  // the 65536-fold quotient, rounded up; 0 where a shift does
+  uint32_t factor;  // the 65536-fold quotient, rounded up; 0 where a shift is enough
   size_t shifted;   // the share that is shifted, an earlier one, or kOfError
   int shift;
 };
@@ -33,13 +33,15 @@ struct DiffusionSource {
   size_t share;
 };
 
-// Sources stand in the order in which the scan reaches them: rows from above, each left to right.
+constexpr size_t kMostShares = 8;  // of any kernel; indexing beyond it does not compile
+
+// Sources are in the order in which the scan reaches them: rows from above, each left to right.
 struct DiffusionPlan {
   size_t shares;
   size_t sources;
   size_t rows;  // above the current one
   int reach;    // columns to either side
-  DiffusionShare share[8];
+  DiffusionShare share[kMostShares];
   DiffusionSource source[16];
 };
 
@@ -89,8 +91,8 @@ constexpr DiffusionPlan planOf(const DiffusionKernel& kernel) {
   return plan;
 }
 
-// Whether every tap has become a source, those of the own row one or two columns behind, and every
-// share is exact for every error there is.
+// Whether every tap has become a source, those in the same row one or two columns to the left, and
+// every share is exact for every possible error.
 constexpr bool isExact(const DiffusionPlan& plan, const DiffusionKernel& kernel) {
   constexpr uint32_t kLargestError = 128;
   if (plan.sources != kernel.taps.size()) return false;
@@ -99,7 +101,7 @@ constexpr bool isExact(const DiffusionPlan& plan, const DiffusionKernel& kernel)
     if (source.dy == 0 && (source.dx < 1 || source.dx > 2)) return false;
   }
   for (uint32_t error = 0; error <= kLargestError; ++error) {
-    uint32_t shares[8]{};
+    uint32_t shares[kMostShares]{};
     for (size_t i = 0; i < plan.shares; ++i) {
       const DiffusionShare& share = plan.share[i];
       const bool ofError = share.shifted == DiffusionShare::kOfError;

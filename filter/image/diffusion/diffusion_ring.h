@@ -1,5 +1,5 @@
-// Where rows in flight meet: the order in which lanes take rows, and what pixels leave behind.
-// The idea is told in diffusion_kernels.cc.
+// How the rows of a diffusion kernel are assigned to lanes, and where pixels store the shares of
+// their errors. diffusion_kernels.cc explains the algorithm.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_IMAGE_DIFFUSION_RING_H
 #define KORVEL_IMAGE_DIFFUSION_RING_H
@@ -12,11 +12,11 @@
 
 namespace KORVEL_TARGET {
 
-constexpr size_t kBlock = 8;  // columns that a lane gets at a time; their bits are one byte
+constexpr size_t kBlock = 8;  // columns that a lane processes at a time; their bits are one byte
 
-namespace {  // what is compiled for a wide machine stays in its object
+namespace {  // code compiled for a wide processor stays in its object file
 
-// Row after row: the lane that takes it, and the step of eight columns with which it begins.
+// Iterates over the rows: the lane that takes each, and the block with which it begins.
 class RowStarts {
  public:
   RowStarts(size_t rowStep, size_t rows) : rowStep_(rowStep), rows_(rows) {}
@@ -39,19 +39,20 @@ class RowStarts {
   size_t place_ = 0;
 };
 
-// The shares that pixels have left for the rows below, kept until they are taken. For each share
-// and each column of a block there is one stream of bytes by place. Streams are cut into runs, so
-// that all streams of a run lie at distances the compiler knows; behind each run stands a copy of
-// the next one's first vector, because rows above are read across vectors.
+// The shares that pixels have stored for the rows below, kept until they are read. For each share
+// and each column of a block there is one stream of bytes, indexed by place. Streams are cut into
+// runs, so that the distances between the streams of a run are known at compile time. After each
+// run there is a copy of the next run's first vector, because rows above are read across vectors.
 template <const DiffusionKernel& kKernel>
 class ShareRing {
  public:
   static constexpr DiffusionPlan kPlan = planOf(kKernel);
   static_assert(isExact(kPlan, kKernel));
+  static_assert(kPlan.reach < static_cast<int>(kBlock), "shares come from neighbouring blocks");
 
-  // Places from one row to the next: odd, so that neighbouring rows get different lanes; enough
-  // for the row and columns of nothing as far as the kernel reaches; and so many that all that a
-  // block takes from above was left in blocks before it.
+  // Places from one row to the next: odd, so that neighbouring rows get different lanes; enough for
+  // the row and as many empty columns as the kernel reaches; and so many that a block's shares from
+  // above were all stored in earlier blocks.
   static size_t rowStepFor(size_t width) {
     const size_t blocks = (width + static_cast<size_t>(kPlan.reach) + kBlock - 1) / kBlock;
     return (blocks < 2 * kLanes ? 2 * kLanes : blocks) | 1;
@@ -72,8 +73,8 @@ class ShareRing {
     }
   }
 
-  // What the pixels `kDy` rows above have left in a column, counted from the current block's
-  // first: from the block before it on, to the one after it.
+  // The shares that the pixels `kDy` rows above have stored for a column, counted from the current
+  // block's first one; the column may be in the block before it or after it.
   template <size_t kShare, int kDy, int kColumn>
   KORVEL_INLINE SignedBytes taken() const {
     constexpr size_t kOffset = offsetOf(kShare, static_cast<size_t>(kColumn + 8) % kBlock);
@@ -87,9 +88,9 @@ class ShareRing {
     store(here_.at + offsetOf(kShare, kColumn), shares);
   }
 
-  // On to the next block.
+  // Moves on to the next block.
   KORVEL_INLINE void advance() {
-    if (here_.at + kRun == here_.end) copyBehindRunBefore();
+    if (here_.at + kRun == here_.end) copyAfterPreviousRun();
     advance(here_);
     for (size_t i = 0; i < kPlan.rows; ++i) {
       before_[i] = above_[i];
@@ -100,7 +101,7 @@ class ShareRing {
 
  private:
   static constexpr size_t kRun = 8 * kLanes;       // bytes of a stream in a run
-  static constexpr size_t kPitch = kRun + kLanes;  // from stream to stream
+  static constexpr size_t kPitch = kRun + kLanes;  // bytes from stream to stream
   static constexpr size_t kStreams = kPlan.shares * kBlock;
   static constexpr size_t kRunBytes = kStreams * kPitch;
 
@@ -133,7 +134,7 @@ class ShareRing {
     spot.end -= end_ - first_;
   }
 
-  KORVEL_INLINE void copyBehindRunBefore() {
+  KORVEL_INLINE void copyAfterPreviousRun() {
     uint8_t* run = (here_.at == first_ ? end_ : here_.at) - kRunBytes;
     for (size_t i = 0; i < kStreams; ++i) {
       store(run + i * kPitch + kRun, load<Bytes>(here_.at + i * kPitch));

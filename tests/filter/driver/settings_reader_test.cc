@@ -106,7 +106,7 @@ constexpr const char* kLogOfNothing =
     "DEBUG:settings->Brightness:0\n"
     "DEBUG:settings->Contrast:0\n";
 
-TEST(Settings, AreAllDefaultsWithoutADescription) {
+TEST(Settings, AreAllDefaultsWithoutAPpd) {
   for (const char* options : {"", "MirrorImage PageSize=A4 Brightness=5"}) {
     const Parsed parsed = parse("", options);
     EXPECT_EQ(parsed.log, kLogOfNothing) << options;
@@ -116,7 +116,7 @@ TEST(Settings, AreAllDefaultsWithoutADescription) {
   }
 }
 
-TEST(Settings, AreAllDefaultsWithADescriptionThatCannotBeRead) {
+TEST(Settings, AreAllDefaultsWithAPpdThatCannotBeRead) {
   const PpdVariable variable("/nowhere/at/all.ppd");
   Settings settings;
   CapturedStderr captured;
@@ -142,7 +142,7 @@ std::string fullPpd() {
                     "M6");
 }
 
-TEST(Settings, ComeFromTheDescriptionsDefaults) {
+TEST(Settings, ComeFromThePpdsDefaults) {
   EXPECT_EQ(parse(fullPpd(), "").log,
             "DEBUG:PageSizeName: Square\n"
             "DEBUG:Custom Size: (72.000000,72.000000,1.000000,2.000000,70.000000,69.000000)\n"

@@ -52,7 +52,7 @@ TEST(ImageDepth, KeepsIndicesAndPaletteUpToEightBits) {
     uint32_t stride;
     const char* after;
     const char* firstEntries;
-    uint8_t nextEntry;  // the first one behind the old palette
+    uint8_t nextEntry;  // the first one after the old palette
   };
   constexpr Case kCases[] = {
       {"1 to 8", 1, 8, "A0 00 00 00  40 00 00 00", 4, "01 00 01 00  00 01 00 00",

@@ -82,7 +82,7 @@ TEST(ImageDither, NeverLooksAtThePalette) {
   EXPECT_EQ(blackPicture(image), ".#\n");
 }
 
-// Level i lies at column i mod 16 of row i / 16.
+// Level i is at column i mod 16 of row i / 16.
 TEST(ImageThreshold, IsWhiteFrom129On) {
   std::vector<uint8_t> levels(256);
   for (size_t i = 0; i < 256; ++i) levels[i] = static_cast<uint8_t>(i);
@@ -303,7 +303,7 @@ constexpr ShareTable kShareTables[] = {
 };
 // clang-format on
 
-// The dot of the probe, at (probeX, probeY), when the erring pixel stands at (x, y). All other
+// The dot of the probe, at (probeX, probeY), when the pixel with the error is at (x, y). All other
 // pixels are saturated so that whatever they receive is clamped away and they err by nothing.
 bool probeIsWhite(const ShareTable& table, int x, int y, int probeX, int probeY, int probeLevel) {
   constexpr int kWidth = 12;  // no padding: an error that ran over the edge would hit a pixel

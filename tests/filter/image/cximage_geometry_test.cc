@@ -123,7 +123,7 @@ TEST(ImageCentre, MovesThePictureByHalfTheNewColumns) {
       {"narrower does nothing", 1, "01 02  03 04", 2},
       {"the same width does nothing", 2, "01 02  03 04", 2},
       {"a negative width does nothing", -5, "01 02  03 04", 2},
-      {"one column more stands on the right", 3, "01 02 00  03 04 00", 3},
+      {"the odd column is on the right", 3, "01 02 00  03 04 00", 3},
       {"two columns more, one each side", 4, "00 01 02 00  00 03 04 00", 4},
       {"five columns more, two on the left", 7, "00 00 01 02 00 00 00  00 00 03 04 00 00 00", 7},
   };

@@ -1,5 +1,5 @@
-// What the palette image does when no memory is left for a block.
-// Most operations keep the picture and tell why; turning, mirroring and centring lose it.
+// The palette image when there is no memory for a block.
+// Most operations keep the picture and set the error; turning, mirroring and centring lose it.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 

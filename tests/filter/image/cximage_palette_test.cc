@@ -40,7 +40,7 @@ TEST(ImagePalette, SetsOneEntryGivenAsRedGreenBlue) {
   EXPECT_EQ(paletteBytes(image, 2), "00 00 00 00 1E 14 0A 28");
   image.SetPaletteColor(2, 1, 2, 3, 4);
   EXPECT_EQ(paletteBytes(image, 2), "00 00 00 00 1E 14 0A 28") << "there is no third entry";
-  EXPECT_EQ(storedBytes(image), "00 00 00 00") << "nor is it written behind the palette";
+  EXPECT_EQ(storedBytes(image), "00 00 00 00") << "nor is it written after the palette";
 }
 
 TEST(ImagePalette, GivesOneEntryOrZeros) {
@@ -65,7 +65,7 @@ TEST(ImagePalette, GivesOneEntryOrZeros) {
       {"the last of 256", &grey, 255, "03 02 01 04"},
       {"one of the ramp", &grey, 77, "4D 4D 4D 00"},
       {"the last of two", &oneBit, 1, "03 02 01 04"},
-      {"behind the last of two", &oneBit, 2, "00 00 00 00"},
+      {"after the last of two", &oneBit, 2, "00 00 00 00"},
       {"no palette at 24 bits", &colour, 0, "00 00 00 00"},
       {"no block", &gone, 5, "00 00 00 00"},
   };

@@ -26,7 +26,7 @@ constexpr WriteCase kWritesInside[] = {
     {"255 is a 1 at 1 bit", 10, 1, 1, "00 00 00 00", 2, 0, 255, "20 00 00 00"},
     {"128 is a 0 at 1 bit", 10, 1, 1, "FF FF FF FF", 2, 0, 128, "DF FF FF FF"},
     {"254 is a 0 at 1 bit", 10, 1, 1, "FF FF FF FF", 2, 0, 254, "DF FF FF FF"},
-    {"the second row lies one stride on", 33, 2, 1,
+    {"the second row is one stride further on", 33, 2, 1,
      "00 00 00 00 00 00 00 00  00 00 00 00 00 00 00 00", 32, 1, 1,
      "00 00 00 00 00 00 00 00  00 00 00 00 80 00 00 00"},
     {"even columns are the high nibble", 4, 1, 4, "00 00 00 00", 2, 0, 9, "00 90 00 00"},

@@ -1,5 +1,5 @@
 // Negative, brightness and contrast, look-up tables.
-// The tables of Light stand here in full: 256 answers a setting, in single precision.
+// The complete tables of Light: 256 levels per setting, in single precision.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 

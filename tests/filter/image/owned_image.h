@@ -62,7 +62,7 @@ inline std::string headerBytes(CxImage& image) {
   return hexText(image.GetBits(0) - image.GetPaletteSize() - 40, 40);
 }
 
-// Bits per pixel, as the block's header copy tells them.
+// Bits per pixel, from the block's header copy.
 inline int storedDepth(CxImage& image) {
   return (image.GetBits(0) - image.GetPaletteSize() - 40)[14];
 }

@@ -1,5 +1,5 @@
-// Each vector operation against the same in plain arithmetic, lane by lane.
-// Compiled once a target, so nothing of the standard library is used here.
+// Each vector operation against scalar arithmetic, lane by lane.
+// Compiled once for each target, so nothing of the standard library is used here.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/filter/lanes/lane_checks.h"
 
@@ -21,7 +21,7 @@ Vector ramp(int first, int step) {
 
 int held(int value, int low, int high) { return value < low ? low : value > high ? high : value; }
 
-// Which lane of a, then b, stands in lane i of an interleaved vector of `size` byte lanes.
+// Which lane of a, then b, is in lane i of an interleaved vector of `size` byte lanes.
 template <class Vector>
 bool interleaves() {
   constexpr size_t kHalf = 16 / sizeof(Vector{}[0]);

@@ -37,7 +37,7 @@ TEST(Lanes, EveryOperationIsRightInEveryLaneOnEveryTarget) {
   }
 }
 
-TEST(Lanes, ThePlainestTargetIsThereOnEveryMachine) {
+TEST(Lanes, ThePortableTargetIsThereOnEveryMachine) {
   ASSERT_FALSE(availableTargets().empty());
   EXPECT_EQ(availableTargets().front(), Target::kPortable);
 }

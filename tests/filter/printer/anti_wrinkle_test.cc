@@ -1,4 +1,4 @@
-// The anti-wrinkle frame: its figures, its bands and what it tells of them.
+// The anti-wrinkle frame: its figures, its bands and their log lines.
 // A resolution of 3 dpi makes canvases of a few dots, small enough to be drawn here.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
@@ -74,7 +74,7 @@ const std::string kDots51(51, '.');
 const std::string kDots50(50, '.');
 
 const Case kSmall[] = {
-    {"an unknown name draws nothing and still tells four bands",
+    {"an unknown name draws nothing and still logs four bands",
      300,
      1,
      "w10h6",
@@ -146,7 +146,7 @@ const Case kSmall[] = {
       "Drawing left line. point(0, 0, 1, 14)", "Drawing top line. point(0, 0, 1, 0)",
       "Drawing right line. point(13, 0, 14, 14)", "Drawing bottom line. point(0, 14, 14, 14)"},
      repeated(3, "#oooooooooooo") + repeated(7, "#o.........oo") + repeated(3, "#oooooooooooo")},
-    {"one dot too narrow: told, and not widened",
+    {"one dot too narrow: logged, and not widened",
      3,
      5,
      "Tattoo_A6",
@@ -158,7 +158,7 @@ const Case kSmall[] = {
       "Drawing top line. point(0, 0, 1, 0)", "Drawing right line. point(13, 0, 14, 14)",
       "Drawing bottom line. point(0, 14, 14, 14)"},
      repeated(14, "#............")},
-    {"the canvas stands in the middle of a larger page",
+    {"the canvas is in the middle of a larger page",
      3,
      5,
      "Tattoo_A6",

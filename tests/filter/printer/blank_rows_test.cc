@@ -1,4 +1,4 @@
-// Blank rows counted from both ends. Each picture holds the row behind the image as its last row,
+// Blank rows counted from both ends. Each picture has the row after the image as its last row,
 // since the count from the top looks at it.
 // SPDX-License-Identifier: Apache-2.0
 #include "printer/blank_rows.h"
@@ -12,7 +12,7 @@ namespace {
 
 struct Case {
   const char* sentence;
-  std::vector<std::string> rows;  // '#' is ink; the last row lies behind the image
+  std::vector<std::string> rows;  // '#' is ink; the last row is after the image
   size_t widthBytes;
   size_t skipRight;
   size_t front;
@@ -33,7 +33,7 @@ const Case kCases[] = {
     {"ink on row 0 alone is never looked at", {"####", "....", "....", "...."}, 4, 0, 3, 1},
     {"ink on row 1", {"....", "...#", "....", "...."}, 4, 0, 0, 2},
     {"ink on the last row", {"....", "....", "#...", "...."}, 4, 0, 1, 3},
-    {"ink behind the image counts from the top", {"....", "....", "....", "#..."}, 4, 0, 2, 0},
+    {"ink after the image counts from the top", {"....", "....", "....", "#..."}, 4, 0, 2, 0},
     {"ink on rows 0 and 2", {"#...", "....", ".#..", "...."}, 4, 0, 1, 3},
     {"every row", {"####", "####", "####", "####"}, 4, 0, 0, 3},
     {"ink in the skipped bytes only", {"..##", "..##", "..##", "..##"}, 4, 2, 3, 0},

@@ -1,4 +1,4 @@
-// Stands in for the opening of our own files.
+// Replaces the opening of our own files.
 // Every file is a stream into memory that its writer closes.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/filter/printer/caught_dumps.h"

@@ -1,5 +1,5 @@
 // Catches the image dumps of whole pages: they go to memory instead of the spooler's folder.
-// Linked into a test program, it stands in for the opening of our own files.
+// Linked into a test program, it replaces the opening of our own files.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_PRINTER_CAUGHT_DUMPS_H
 #define KORVEL_TESTS_PRINTER_CAUGHT_DUMPS_H

@@ -20,7 +20,7 @@ namespace {
 time_t stoppedAt = 0;  // seconds since 1970; 0 while the clock runs
 }
 
-// Stands in for the C library's, so that a test may stop the clock.
+// Replaces the C library's, so that a test can stop the clock.
 extern "C" time_t time(time_t* result) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -64,7 +64,7 @@ class DumpingPrinter : public PellamPrinter {
   void doPrintImage(const unsigned char*, size_t, size_t, size_t) override {}
 };
 
-// Dumps once to a file whose name does not tell the time, and returns its bytes.
+// Dumps once to a file whose name does not contain the time, and returns its bytes.
 std::string dump(const std::vector<unsigned char>& pixels, size_t bytesPerLine, size_t height,
                  size_t width, unsigned short depth) {
   const TemporaryFolder folder;

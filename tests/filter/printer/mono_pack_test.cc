@@ -1,5 +1,5 @@
 // Packing of grey bytes to dots: in place, leftmost pixel on top, rows end on a byte.
-// Walks the whole stride: what lies behind the last pixel is packed too.
+// Walks the whole stride: the bytes after the last pixel are packed too.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -90,7 +90,7 @@ TEST(MonoPacking, GivesTheDotsOfTheTable) {
     for (const std::string& row : c.rows) {
       for (const char pixel : row) buffer.push_back(pixel == '#' ? 255 : pixel == '1' ? 1 : 0);
     }
-    buffer.push_back(0xC3);  // behind the image
+    buffer.push_back(0xC3);  // after the image
     PackingPrinter printer;
     printer.setSkipRightPixels(c.skip);
     CapturedStderr captured;

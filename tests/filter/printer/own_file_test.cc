@@ -1,4 +1,4 @@
-// Diagnostic files are opened only when they are plainly ours.
+// Diagnostic files are opened only when they are certainly ours.
 // Whatever somebody else put at the name keeps its content.
 // SPDX-License-Identifier: Apache-2.0
 #include "printer/own_file.h"

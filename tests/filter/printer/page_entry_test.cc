@@ -1,6 +1,6 @@
-// A whole page through the printer object: what it tells, what it dumps, what the model gets.
-// Addresses are masked in the log, and held against each other.
-// SPDX-License-Identifier: Apache-2.0
+// A whole page through the printer object: its log, its dumps, and the data that the model
+// receives. Addresses are masked in the log, and held against each other. SPDX-License-Identifier:
+// Apache-2.0
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -43,7 +43,7 @@ class KeepingPrinter : public PellamPrinter {
   bool givenResult = false;
 };
 
-// Every test starts at dump number 0 and leaves no dumps behind.
+// Every test starts at dump number 0 and leaves no dumps.
 class PageEntry : public testing::Test {
  protected:
   void SetUp() override { page_index = 0; }
@@ -126,7 +126,7 @@ TEST_F(PageEntry, PrintsThoughNothingCanBeDumped) {
   EXPECT_EQ(printer.given, "01 00 01 00");
 }
 
-// Two hundred rows of 16 bytes and one behind them. Ink on row 0, row 10 and row 99.
+// Two hundred rows of 16 bytes and one after them. Ink on row 0, row 10 and row 99.
 std::vector<uint8_t> inkedPage() {
   std::vector<uint8_t> page(201 * 16, 0);
   for (const size_t row : {size_t{0}, size_t{10}, size_t{99}}) page[row * 16 + 3] = 255;
@@ -138,7 +138,7 @@ struct Edges {
   unsigned char mask;
   std::vector<std::string> measured;  // lines between the first buffer's and the first dump's
   std::vector<std::string> adjusted;  // lines about the trim
-  size_t offset;                      // of the told pointer from the result's start
+  size_t offset;                      // of the logged pointer from the result's start
 };
 
 const Edges kEdges[] = {
@@ -183,7 +183,7 @@ const Edges kEdges[] = {
      144},
 };
 
-// What stands between two lines of a log, which both belong to it.
+// The part of a log from one line to another, both included.
 std::string between(const std::string& log, const std::string& first, const std::string& last) {
   const size_t from = log.find(first);
   const size_t begin = from == std::string::npos ? from : log.find('\n', from) + 1;
@@ -203,11 +203,11 @@ TEST_F(PageEntry, MeasuresBlankEdgesAndTrimsNothing) {
     KeepingPrinter printer;
     printer.setRemoveBlankEdges(c.mask);
     const std::string log = printer.log(inkedPage(), 16, 200, 16);
-    const std::string told = masked(log);
-    EXPECT_EQ(between(told, "Memory allocated successfully", "DEBUG:printImage: Saving original"),
+    const std::string lines = masked(log);
+    EXPECT_EQ(between(lines, "Memory allocated successfully", "DEBUG:printImage: Saving original"),
               joined(c.measured))
         << c.sentence;
-    EXPECT_EQ(between(told, "Filled the output buffer", "DEBUG:printImage: Saving processed"),
+    EXPECT_EQ(between(lines, "Filled the output buffer", "DEBUG:printImage: Saving processed"),
               joined(c.adjusted))
         << c.sentence;
     EXPECT_EQ(printer.shape, (std::vector<size_t>{16, 200, 16})) << c.sentence;
@@ -222,7 +222,7 @@ TEST_F(PageEntry, MeasuresBlankEdgesAndTrimsNothing) {
 TEST_F(PageEntry, LeavesSkippedPixelsOutOfTheMeasure) {
   KeepingPrinter printer;
   printer.setRemoveBlankEdges(0x0A);
-  printer.setSkipRightPixels(13);  // the ink stands in column 3, the first that is skipped
+  printer.setSkipRightPixels(13);  // the ink is in column 3, the first that is skipped
   const std::string log = printer.log(inkedPage(), 16, 200, 16);
   EXPECT_EQ(between(log, "Memory allocated successfully", "DEBUG:printImage: Saving original"),
             "DEBUG:printImage: Removal of bottom blank edges detected, number of bottom blank "

@@ -218,8 +218,8 @@ TEST(PageProcess, TurnsAndMirrors) {
       Page page(3, 3, 2, "FF 00 00  00 FF FF");
       page.process(printer);
       EXPECT_EQ(pictureOf(printer.cximage_), pictureText(c.picture)) << c.sentence;
-      const bool told = page.log.find("Rotated the image 180 degrees\n") != std::string::npos;
-      EXPECT_EQ(told, c.turned) << c.sentence;
+      const bool logged = page.log.find("Rotated the image 180 degrees\n") != std::string::npos;
+      EXPECT_EQ(logged, c.turned) << c.sentence;
       EXPECT_EQ(page.log.find("Mirrored the image\n") != std::string::npos, c.mirrored)
           << c.sentence;
     }
@@ -276,7 +276,7 @@ TEST(NegativePrint, KeepsTwoDotsOnTheCommonPath) {
   printer.setNegativePrint(true);
   Page page(3, 3, 2, "FF 00 00  00 FF FF");
   EXPECT_EQ(page.process(printer), 8);
-  // 0 and 1 become 255 and 254; so does the blank byte behind the third pixel.
+  // 0 and 1 become 255 and 254; so does the blank byte after the third pixel.
   EXPECT_EQ(hexText(printer.pimage->GetBits(), 8), hexLine("FE FF FF FF  FF FE FE FF"));
   // The copy is complemented back; it has the image's stride, and leaves the gap alone.
   EXPECT_EQ(hexText(page.result.data(), 8), hexLine("01 00 00 00  00 01 01 00"));
@@ -378,7 +378,7 @@ TEST(PaddedStencilLines, ShearThePicture) {
   }
 }
 
-// A page of one level has no threshold of its own; 128 stands in.
+// A page of one level has no threshold of its own; 128 is used instead.
 TEST(StencilPages, OfOneLevelEndToo) {
   const struct {
     const char* level;
@@ -480,9 +480,9 @@ TEST(PixelCopies, TakeIndicesAndLeaveGaps) {
     printer.copyProcessedPixels(&image, result.data(), 3, 2, 5, c.capacity);
     EXPECT_EQ(hexText(result), hexLine(c.want)) << c.sentence;
   }
-  std::vector<uint8_t> plain(10, 0xA5);
-  printer.copyPixels(image, plain.data(), 3, 2, 5);
-  EXPECT_EQ(hexText(plain), hexLine("00 01 02 A5 A5  FD FE FF A5 A5")) << "the plain copy";
+  std::vector<uint8_t> copy(10, 0xA5);
+  printer.copyPixels(image, copy.data(), 3, 2, 5);
+  EXPECT_EQ(hexText(copy), hexLine("00 01 02 A5 A5  FD FE FF A5 A5")) << "the indices";
   image.Destroy();
 }
 

@@ -175,7 +175,7 @@ TEST(OutputStreams, GoOnAfterOneThatFails) {
   std::fclose(unwritable);
 }
 
-// A copy that could not be opened stands in the list as it is.
+// A copy that could not be opened is in the list as a null stream.
 TEST(OutputStreams, LeaveOutOneThatIsNull) {
   const MemoryStream good;
   SettingsPrinter printer;

@@ -33,8 +33,8 @@ TEST(PathBasename, IsWhatFollowsTheLastSeparator) {
 TEST(PathBasename, PointsIntoThePath) {
   const char path[] = "a/b/c";
   EXPECT_EQ(pellamPathGetBasename(path), path + 4);
-  const char plain[] = "c";
-  EXPECT_EQ(pellamPathGetBasename(plain), plain);
+  const char name[] = "c";
+  EXPECT_EQ(pellamPathGetBasename(name), name);
   EXPECT_EQ(pellamPathGetBasename(nullptr), nullptr);
 }
 

@@ -53,14 +53,14 @@ TEST(PrintArea, IsCentredOnAByte) {
   }
 }
 
-// One packet of a stream; the data told by its length and its first and last byte.
+// One packet of a stream; its data is given by length, first and last byte.
 struct Block {
   size_t length;
   int first;
   int last;
 };
 
-// Takes the packets behind the area packet apart. Returns false when the framing breaks.
+// Parses the packets after the area packet. Returns false when the framing breaks.
 bool blocksOf(const std::string& text, std::vector<Block>* blocks) {
   for (size_t at = 14; at < text.size();) {
     if (at + 10 > text.size() || text.substr(at, 3) != std::string("\x64\x03\0", 3)) return false;

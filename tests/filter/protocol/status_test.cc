@@ -1,5 +1,5 @@
 // The status wait: whom it asks, what it makes of the answers, when it gives up.
-// The channels are real descriptors with a scripted spooler behind them; sleeping is only counted.
+// The channels are real descriptors served by a scripted spooler; sleeping is only counted.
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/status.h"
 
@@ -21,7 +21,7 @@ namespace {
 int sleeps = 0;  // since the wait began
 }
 
-// Stands in for the C library's: nobody waits here.
+// Replaces the C library's: tests do not wait.
 extern "C" unsigned int sleep(unsigned int seconds) {
   sleeps += static_cast<int>(seconds);
   return 0;
@@ -131,7 +131,7 @@ struct Case {
 
 const Case kCases[] = {
     {"ready at once", kWaitReady, {{{kReady}}}, attempt(kReady) + kPrinting + kExit},
-    {"paper out first: told once, though asked three times",
+    {"paper out first: reported once, although asked three times",
      kWaitReady,
      {{{kReadyPaperOut}}, {{kReadyPaperOut}}, {{kReadyPaperOut}}, {{kReady}}},
      attempt(kReadyPaperOut) + kEmpty + attempt(kReadyPaperOut) + attempt(kReadyPaperOut) +
@@ -144,7 +144,7 @@ const Case kCases[] = {
      kWaitReady,
      {{{"64 FF 00 00 00 00 00 81 00 00 00 00 00"}}},
      attempt("64 FF 00 00 00 00 00 81 00 00 00 00 00") + kOpen + kExit},
-    {"a first status of nothing tells nothing",
+    {"a first status of 0 reports nothing",
      kWaitReady,
      {{{kNothing}}, {{kReady}}},
      attempt(kNothing) + attempt(kReady) + kPrinting + kExit},
@@ -160,7 +160,7 @@ const Case kCases[] = {
      kWaitReady,
      {{{"64 FF 99 88 77 00 00 80 00 00 00 00 00"}}},
      attempt("64 FF 99 88 77 00 00 80 00 00 00 00 00") + kPrinting + kExit},
-    {"the word's bits lie where they lie, not a byte further",
+    {"the word starts at its own byte, not at the next one",
      kWaitReady,
      {{{"64 FF 00 00 00 00 80 00 00 00 00 00 00"}}, {{kReady}}},
      attempt("64 FF 00 00 00 00 80 00 00 00 00 00 00") + kPrinting + attempt(kReady) + kPrinting +

@@ -1,5 +1,5 @@
 // Stencil images from hex text, and texts of what they hold.
-// Levels stand row after row, without padding, the top row first.
+// Levels are listed row by row, without padding, the top row first.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_TATTOO_GREY_IMAGE_H
 #define KORVEL_TESTS_TATTOO_GREY_IMAGE_H
@@ -30,7 +30,7 @@ inline QMImage solidGrey(int width, int height, int level) {
   return QMImage(width, height, QM_IMG_GRAY, bytes.data());
 }
 
-// The 256 levels in order, 16 a row.
+// The 256 levels in order, 16 per row.
 inline QMImage everyLevel() {
   std::vector<uint8_t> bytes(256);
   for (size_t i = 0; i < 256; ++i) bytes[i] = static_cast<uint8_t>(i);

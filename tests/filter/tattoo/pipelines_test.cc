@@ -1,5 +1,5 @@
 // Both stencil halftones from page to dots, on pages small enough to write down.
-// '#' is black and '.' is white; the first halftone stands on the left, Z4 on the right.
+// '#' is black and '.' is white; the first halftone is on the left, Z4 on the right.
 // SPDX-License-Identifier: Apache-2.0
 #include "tattoo/pipelines.h"
 

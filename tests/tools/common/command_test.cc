@@ -45,6 +45,16 @@ INSTANTIATE_TEST_SUITE_P(All, EveryCommand,
                          testing::Values("korvel-decode", "korvel-preview", "korvel-printer",
                                          "korvel-setup", "korvel-spool"));
 
+TEST(SetupCommand, RefusesEmptyNamesAndUris) {
+  for (const char* option : {"-p", "-v", "-d"}) {
+    const CommandResult result =
+        run({KORVEL_TOOLS_DIR "/korvel-setup", option, ""}, kSeconds, kEnglish);
+    EXPECT_EQ(result.status, 2) << option;
+    EXPECT_EQ(result.output,
+              std::string("korvel-setup: ") + option + " needs a value; see korvel-setup --help\n");
+  }
+}
+
 TEST(SpoolCommand, EndsWithOneForEveryFailureOfTheFilter) {
   const struct {
     const char* sentence;

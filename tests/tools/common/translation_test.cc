@@ -48,12 +48,25 @@ std::set<std::string> linesOf(const std::string& path) {
   return lines;
 }
 
-// An uninstalled tool in a language, in a locale that every system has.
+// An uninstalled tool in a language, in a real locale: C.UTF-8 shows no translations everywhere.
 CommandResult runIn(const std::string& language, std::vector<std::string> words) {
   words[0] = std::string(KORVEL_TOOLS_DIR "/") + words[0];
-  return run(
-      words, kSeconds,
-      {{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", language}, {"TEXTDOMAINDIR", KORVEL_CATALOGUE_DIR}});
+  return run(words, kSeconds,
+             {{"LC_ALL", "en_US.UTF-8"},
+              {"LOCPATH", KORVEL_TEST_LOCALES},
+              {"LANGUAGE", language},
+              {"TEXTDOMAINDIR", KORVEL_CATALOGUE_DIR}});
+}
+
+// As most users have it: a locale, and no LANGUAGE.
+TEST(Languages, FollowTheLocaleAlone) {
+  const CommandResult help = run({KORVEL_TOOLS_DIR "/korvel-decode", "--help"}, kSeconds,
+                                 {{"LC_ALL", "de_DE.UTF-8"},
+                                  {"LOCPATH", KORVEL_TEST_LOCALES},
+                                  {"LANGUAGE", ""},
+                                  {"TEXTDOMAINDIR", KORVEL_CATALOGUE_DIR}});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_TRUE(help.output.starts_with("Aufruf: korvel-decode")) << help.output;
 }
 
 TEST(Languages, AreTheTenBesidesEnglish) {

@@ -26,6 +26,11 @@ TEST(OptionCheck, IsTheSameForJobsAndQueues) {
       {"PageSize=Custom.100.5x200", ""},
       {"MirrorImage", ""},
       {"noMirrorImage", ""},
+      {"CenterOfPixel=False", ""},
+      {"CenterOfPixel=off", ""},
+      {"CenterOfPixel=Yes", ""},
+      {"noCenterOfPixel", ""},
+      {"CenterOfPixel=maybe", "There is no choice CenterOfPixel=maybe. All choices: True, False."},
       {"PageSize=4x6 Darkness=Dark HalftoneType=Tattoo", ""},
       {"PageSize=Custom",
        "There is no choice PageSize=Custom. Nearest choices: "
@@ -61,6 +66,7 @@ TEST(OptionCheck, KnowsOptionsThatNoPpdHas) {
     bool ofQueues;
   } kCases[] = {
       {"fit-to-page", true, false},         {"scaling=50", true, false},
+      {"center-of-pixel", true, false},     {"center-of-pixel=no", true, false},
       {"job-name=x", true, true},           {"printer-error-policy=abort-job", false, true},
       {"number-up-default=2", false, true}, {"stapling=yes", false, false},
   };

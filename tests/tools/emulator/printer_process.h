@@ -53,6 +53,7 @@ class ListeningPrinter {
   ListeningPrinter(const std::string& program, const Lines& arguments);
 
   int port() const { return port_; }
+  int controlPort() const { return controlPort_; }
   // Sends a line to the control port; returns the answer, which must begin with "ok".
   std::string command(const std::string& line) const;
 

@@ -317,6 +317,93 @@ TEST(PrinterProgram, AtTheEndPagesWithoutPaperAreNamedAndLeft) {
   EXPECT_EQ("(end)", printer.line());
 }
 
+// 30 packets of 65,535 lines each: 246 m of paper, which as one picture were 850 MB.
+TEST(PrinterProgram, FeedsWithoutEndTakeLittleMemory) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer maps more than the limit";
+#endif
+  const TemporaryFolder folder;
+  std::vector<uint8_t> bytes = stream({kPageStart, kBegin, kPage, kEnd});
+  const std::vector<uint8_t> feed = hexBytes("64 00 00 03 00 00 FF FF 00 00 00 00 9B");
+  for (int i = 0; i < 30; ++i) bytes.insert(bytes.end(), feed.begin(), feed.end());
+  const std::vector<uint8_t> next = stream({kPageStart, kBegin, kPage, kEnd});
+  bytes.insert(bytes.end(), next.begin(), next.end());
+  // The limit holds what the program and its libraries map, too.
+  PrinterProcess printer("/bin/bash",
+                         {"-c", "ulimit -v 200000; exec \"$0\" \"$@\"", KORVEL_PRINTER, "--stdin",
+                          "--quiet", "--speed", "100000", "--out", folder.file("out")});
+  printer.feed(bytes);
+  printer.closeInput();
+  EXPECT_EQ(0, printer.status()) << printer.errors();
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  ASSERT_NE(0, png_image_begin_read_from_file(&image, folder.file("out/sheet-2.png").c_str()))
+      << image.message;
+  EXPECT_EQ(100000u + 5, image.height);
+  png_image_free(&image);
+}
+
+TEST(PrinterProgram, APageLargerThanItsMemoryIsPrintedAsFarAsItFits) {
+  PrinterProcess printer(KORVEL_PRINTER, {"--stdin", "--speed", "100000"});
+  std::vector<uint8_t> bytes =
+      stream({kPageStart, kBegin, "64 43 00 04 00 58 03 10 00 00 00 00 00 9B"});
+  const std::vector<uint8_t> row = hexBytes("64 03 00 02 00 12 48 00 00 00 00 9B");
+  for (int i = 0; i < 200500; ++i) bytes.insert(bytes.end(), row.begin(), row.end());
+  const std::vector<uint8_t> end = stream({kEnd});
+  bytes.insert(bytes.end(), end.begin(), end.end());
+  printer.feed(bytes);
+  printer.closeInput();
+  const Lines lines = printer.linesTo("image 200000 rows");
+  EXPECT_EQ("image 200000 rows x 2 bytes", lines.back());
+  EXPECT_EQ(1, std::count(lines.begin(), lines.end(),
+                          "page 1 is larger than the memory, the rest is dropped"));
+}
+
+TEST(PrinterProgram, AnIdleConnectionMakesRoomForTheNext) {
+  PrinterProcess printer(KORVEL_PRINTER,
+                         {"--port", "0", "--control-port", "0", "--idle-timeout", "1"});
+  const int port = printer.number();
+  const int controlPort = printer.number();
+  HostConnection idle(port);
+  HostConnection idleControl(controlPort);
+  ASSERT_TRUE(printer.reports("connected"));
+  HostConnection next(port);
+  next.send(stream({kRequest}));
+  EXPECT_EQ("disconnected: idle for 1 seconds", printer.linesTo("disconnected").back());
+  EXPECT_EQ(hexLine(kReadyReply), hexText(next.receive(13)));
+  HostConnection control(controlPort);
+  EXPECT_TRUE(control.ask("state").starts_with("ok: ready"));
+  EXPECT_EQ("", idleControl.receiveAll()) << "it has been closed";
+}
+
+// Waiting for a printer that is at work is not idling.
+TEST(PrinterProgram, AHostThatWaitsForPaperKeepsItsConnection) {
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--idle-timeout", "1", "--scenario",
+                                          "out-of-paper for 3", "--speed", "100000"});
+  HostConnection host(printer.number());
+  host.send(stream({kPageStart, kBegin, kPage, kEnd}));
+  const Lines lines = printer.linesTo("sheet 1 out");
+  EXPECT_EQ("sheet 1 out: 1728 x 5", lines.back());
+  EXPECT_EQ(0, std::count(lines.begin(), lines.end(), "disconnected: idle for 1 seconds"));
+}
+
+TEST(PrinterProgram, PlantedLinksAreNotFollowed) {
+  const TemporaryFolder folder;
+  const std::string precious = folder.write("precious", "precious");
+  std::filesystem::create_directory(folder.file("out"));
+  std::filesystem::create_symlink(precious, folder.file("out/sheet-1.png"));
+  PrinterProcess printer(KORVEL_PRINTER,
+                         {"--stdin", "--out", folder.file("out"), "--speed", "100000"});
+  printer.feed(stream({kPageStart, kBegin, kPage, kEnd}));
+  printer.closeInput();
+  EXPECT_TRUE(printer.reports("sheet 1: the picture cannot be written"));
+  EXPECT_EQ(1, printer.status());
+  EXPECT_EQ("korvel-printer: sheet 1: " + folder.file("out/sheet-1.png") +
+                " is not a file of your own; choose another folder.\n",
+            printer.errors());
+  EXPECT_EQ("precious", folder.read("precious"));
+}
+
 TEST(PrinterProgram, AFolderThatCannotBeWrittenIsAnError) {
   const TemporaryFolder folder;
   // A folder stands where the picture should.

@@ -2,6 +2,7 @@
 // shown.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -91,6 +92,61 @@ TEST(PreviewFaults, OptionsThatPrintersAndSpoolersKnowAreHeard) {
                                                  "--out", runner.files().file("shown"), raster});
     EXPECT_EQ(result.status, 0) << result.output;
   }
+}
+
+TEST(PreviewFaults, AFileWithTheNameOfAnOptionIsAFile) {
+  PreviewRunner runner;
+  for (const char* name : {"-p", "--list-filters", "--help", "-o"}) {
+    SCOPED_TRACE(name);
+    const TemporaryFolder folder;
+    folder.write(name, fileBytes(exampleFile("label.pdf")));
+    const CommandResult result = runner.previewIn(
+        folder.path(), {"-p", ppdOf("korvel-label-203"), "--stream", "--out", "shown", "--", name});
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_NE(result.output.find("shown/sheet-1.png\n"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("rasteriser: "), std::string::npos) << result.output;
+  }
+}
+
+// The programs of the spooler convert it with root's rights.
+TEST(PreviewFaults, RootIsWarnedOfDocumentsOfOthers) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root is warned";
+  PreviewRunner runner;
+  const std::string document =
+      runner.files().write("theirs.pdf", fileBytes(exampleFile("label.pdf")));
+  const std::string raster =
+      runner.files().write("theirs.ras", rasterOf("8x8 203dpi picture=black"));
+  const Words words = {"-p", ppdOf("korvel-label-203"), "--out", runner.files().file("shown")};
+  const auto outputFor = [&](const std::string& file, unsigned owner) {
+    EXPECT_EQ(chown(file.c_str(), owner, owner), 0);
+    Words all = words;
+    all.push_back(file);
+    const CommandResult result = runner.preview(all);
+    EXPECT_EQ(result.status, 0) << result.output;
+    return result.output;
+  };
+  const std::string sheet = runner.files().file("shown/sheet-1.png\n");
+  EXPECT_EQ(outputFor(document, 12345),
+            "korvel-preview: Running as root: " + document +
+                " is converted with root's rights. If you do not trust the file, run "
+                "korvel-preview as another user.\n" +
+                sheet);
+  EXPECT_EQ(outputFor(document, 0), sheet);
+  EXPECT_EQ(outputFor(raster, 12345), sheet) << "nothing converts it";
+}
+
+TEST(PreviewFaults, ControlCharactersInFileNamesAreEscaped) {
+  PreviewRunner runner;
+  const TemporaryFolder folder;
+  const std::string raster = folder.write("a\x1b[2Jb.ras", rasterOf("8x8 203dpi picture=black"));
+  const Words words = {"-p", ppdOf("korvel-label-203"), "--out", folder.file("s\x1b[1mn"), raster};
+  const CommandResult result = runner.preview(words);
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(result.output, folder.file("s\\x1B[1mn") + "/sheet-1.png\n");
+  const CommandResult missing = runner.preview({folder.file("no\x1b[2J\nsuch")});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.output, "korvel-preview: Cannot read " + folder.file("no\\x1B[2J\\x0Asuch") +
+                                ": No such file or directory.\n");
 }
 
 TEST(PreviewFaults, WhatCannotBeShownIsStatusOne) {

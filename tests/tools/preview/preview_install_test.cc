@@ -29,8 +29,9 @@ class Installed : public testing::Test {
   // Without the variables that lead tools elsewhere.
   CommandResult runInstalled(Words words, const std::string& language = "de") {
     words[0] = tool(words[0]);
-    words.insert(words.begin(), {"env", "-u", "CUPS_SERVERBIN", "-u", "CUPS_DATADIR", "-u",
-                                 "TEXTDOMAINDIR", "LC_ALL=C.UTF-8", "LANGUAGE=" + language});
+    words.insert(words.begin(),
+                 {"env", "-u", "CUPS_SERVERBIN", "-u", "CUPS_DATADIR", "-u", "TEXTDOMAINDIR",
+                  "LC_ALL=en_US.UTF-8", "LOCPATH=" KORVEL_TEST_LOCALES, "LANGUAGE=" + language});
     return runner_.started(words);
   }
 

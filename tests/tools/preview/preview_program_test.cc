@@ -150,11 +150,14 @@ TEST(Preview, StreamAndPagesAreForWhoeverLooksCloser) {
   const std::string document =
       runner.files().write("bars.ras", rasterOf("16x5 203dpi picture=checker:4"));
   const std::string shown = runner.files().file("shown");
-  // Left by an earlier preview of three pages, one of them of another name.
-  fs::create_directory(shown);
-  for (const char* name : {"shown/page-2.png", "shown/page-3.png", "shown/page-x.png"}) {
-    runner.files().write(name, "old");
-  }
+  // An earlier preview of four pages; the third is the user's own picture now.
+  const std::string earlier = runner.files().write(
+      "earlier.ras", rasterOf("8x8 203dpi\n8x8 203dpi\n8x8 203dpi\n8x8 203dpi"));
+  EXPECT_EQ(
+      runner.preview({"--pages", "-p", ppdOf("korvel-label-203"), "--out", shown, earlier}).status,
+      0);
+  runner.files().write("shown/page-3.png", "mine");
+  runner.files().write("shown/page-x.png", "mine");
   const CommandResult result =
       runner.preview({"--stream", "--pages", "-p", ppdOf("korvel-label-203"), "--out", shown, "-o",
                       "HalftoneType=None", document});
@@ -176,8 +179,64 @@ TEST(Preview, StreamAndPagesAreForWhoeverLooksCloser) {
   EXPECT_EQ(page.height, 5u);
   EXPECT_FALSE(fs::exists(shown + "/sheet-1.png"));
   EXPECT_FALSE(fs::exists(shown + "/page-2.png"));
-  EXPECT_FALSE(fs::exists(shown + "/page-3.png"));
-  EXPECT_TRUE(fs::exists(shown + "/page-x.png"));
+  EXPECT_EQ(runner.files().read("shown/page-3.png"), "mine");
+  EXPECT_FALSE(fs::exists(shown + "/page-4.png"));
+  EXPECT_EQ(runner.files().read("shown/page-x.png"), "mine");
+}
+
+TEST(Preview, ReplacesOnlyWhatAPreviewHasMade) {
+  const struct {
+    const char* sentence;
+    const char* file;  // the user's own
+    Words words;
+  } kCases[] = {
+      {"a sheet", "sheet-1.png", {}},           {"a later sheet", "sheet-2.png", {}},
+      {"a page", "page-1.png", {"--pages"}},    {"the halftones", "halftones.png", {"--halftones"}},
+      {"a stream", "stream.bin", {"--stream"}}, {"messages", "messages.txt", {"--stream"}},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.sentence);
+    PreviewRunner runner;
+    const TemporaryFolder& files = runner.files();
+    const std::string raster =
+        files.write("two.ras", rasterOf("8x8 203dpi picture=black\n8x8 203dpi picture=black"));
+    const std::string shown = files.file("shown");
+    fs::create_directory(shown);
+    const std::string path = std::string("shown/") + c.file;
+    files.write(path, "mine");
+    Words words = {"-p", ppdOf("korvel-label-203"), "--out", shown, raster};
+    words.insert(words.end(), c.words.begin(), c.words.end());
+    const CommandResult refused = runner.preview(words);
+    EXPECT_EQ(refused.status, 1);
+    const std::string named =
+        c.words == Words{"--stream"} ? shown + "/stream.bin" : files.file(path);
+    EXPECT_EQ(refused.output, "korvel-preview: " + named +
+                                  " was not made by a preview; choose another folder, or replace "
+                                  "it with --force.\n");
+    EXPECT_EQ(files.read(path), "mine");
+    words.push_back("--force");
+    EXPECT_EQ(runner.preview(words).status, 0);
+    EXPECT_NE(files.read(path), "mine");
+    words.pop_back();
+    EXPECT_EQ(runner.preview(words).status, 0) << "its own";
+  }
+}
+
+TEST(Preview, FollowsNoPlantedLinks) {
+  PreviewRunner runner;
+  const TemporaryFolder& files = runner.files();
+  const std::string raster = files.write("page.ras", rasterOf("8x8 203dpi picture=black"));
+  const std::string precious = files.write("precious", "precious");
+  fs::create_directory(files.file("shown"));
+  for (const char* name : {"sheet-1.png", "stream.bin", "stream.txt", "messages.txt"}) {
+    fs::create_symlink(precious, files.file("shown/") + name);
+  }
+  for (const Words& more : {Words{}, Words{"--force"}, Words{"--force", "--stream"}}) {
+    Words words = {"-p", ppdOf("korvel-label-203"), "--out", files.file("shown"), raster};
+    words.insert(words.end(), more.begin(), more.end());
+    EXPECT_EQ(runner.preview(words).status, 1);
+    EXPECT_EQ(files.read("precious"), "precious");
+  }
 }
 
 // 400 dots are fewer than the names want, so a cell is 372 dots of names at the least and 400 of

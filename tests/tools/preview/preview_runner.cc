@@ -39,6 +39,13 @@ CommandResult PreviewRunner::preview(const Words& arguments, const std::string& 
   return run(words, kSeconds, variables);
 }
 
+CommandResult PreviewRunner::previewIn(const std::string& folder, const Words& arguments) {
+  Words words = {"bash",     "-c",         "cd \"$0\" && exec \"$@\"", folder, KORVEL_PREVIEW,
+                 "--filter", KORVEL_FILTER};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  return run(words, kSeconds, environment(files_));
+}
+
 CommandResult PreviewRunner::started(const Words& words) {
   return run(words, kSeconds, environment(files_));
 }

@@ -18,6 +18,9 @@ class PreviewRunner {
   // our own. `server` is the spooler's address; the default is one that nobody listens at.
   CommandResult preview(const Words& arguments, const std::string& server = "/nowhere/cups.sock");
 
+  // The same, started in `folder`.
+  CommandResult previewIn(const std::string& folder, const Words& arguments);
+
   // Another command with the same surroundings.
   CommandResult started(const Words& words);
 

@@ -71,6 +71,20 @@ TEST(QueueDoctor, FindsWhatIsWrongWithTheInstallation) {
       {"an old description", [](QueueFacts* f) { f->installed += "*New: True\n"; },
        "The driver of queue labels is not the installed version. Update it: korvel-setup -p labels "
        "-m korvel-k220-203\n"},
+      {"a description from before bars were exact",
+       [](QueueFacts* f) { f->installed += "*DefaultCenterOfPixel: True\n"; },
+       "Queue labels has an old driver, which prints the bars of barcodes too wide. Update it: "
+       "korvel-setup -p labels -m korvel-k220-203\n"},
+      {"exact bars that are switched off",
+       [](QueueFacts* f) {
+         f->description += "*DefaultCenterOfPixel: False\n";
+         f->installed += "*DefaultCenterOfPixel: True\n";
+       },
+       ""},
+      {"a default that scales pictures",
+       [](QueueFacts* f) { f->queue.scaling = "natural-scaling=100"; },
+       "? Queue labels scales pictures by default (natural-scaling=100), so that barcodes may not "
+       "scan. Remove the default: lpadmin -p labels -R natural-scaling-default\n"},
       {"a description that is gone", [](QueueFacts* f) { f->installedName = f->installed = ""; },
        "The driver of queue labels is not installed. Choose another one: korvel-setup -p labels -m "
        "MODEL (korvel-setup --list shows all)\n"},

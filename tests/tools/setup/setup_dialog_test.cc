@@ -30,4 +30,11 @@ TEST(SetupDialog, AcceptsYesInTheUsersLanguageAndInEnglish) {
   }
 }
 
+TEST(SetupDialog, DeviceInformationIsShownWithoutControlCharacters) {
+  testing::internal::CaptureStdout();
+  korvel::showDevices({{"usb://Ko\x1b[2Jrvel", "K220\r\nDevices:\x9b", "", ""}}, {});
+  const std::string shown = testing::internal::GetCapturedStdout();
+  EXPECT_EQ(shown, "Devices:\n  usb://Ko\\x1B[2Jrvel  K220\\x0D\\x0ADevices:\\x9B\n");
+}
+
 }  // namespace

@@ -1,4 +1,4 @@
-// The benches in one run: every form of every kernel, interleaved at random, nine times each.
+// All benchmarks in one run: nine repetitions each, in random order.
 // Ends with a table of ratios, also written to the file that --result names.
 // SPDX-License-Identifier: Apache-2.0
 #include <benchmark/benchmark.h>
@@ -29,7 +29,7 @@ std::string takeResultPath(int& argc, char** argv) {
   return {};
 }
 
-// A folder in memory for what pages leave behind; gone at the end.
+// A folder in memory for the dumps, removed at the end.
 class DumpFolder {
  public:
   DumpFolder() {
