@@ -2,12 +2,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "tests/sharing/pages.h"
-#include "tests/tools/emulator/printer_process.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace {
 
@@ -38,22 +39,30 @@ class Formats : public testing::Test {
     EXPECT_TRUE(printer_.waitForEvent("sheet " + std::to_string(++pages_), kSeconds));
     return readPicture(printer_.pagePath(pages_));
   }
-  void printsEveryDot(const std::string& model, const Words& sizes) {
+  void printsEveryDot(const std::string& model, const Words& sizes, const Words& formats) {
     makeQueue(model);
     for (const std::string& name : sizes) {
       const PageSize size = pageSize(description_, name);
       const korvel::DotCanvas page = noisePage(size, 7);
-      for (const std::string& format : kFormats) {
+      const Picture want = printOf(page, size);
+      for (const std::string& format : formats) {
+        SCOPED_TRACE(model + " " + name + " " + format);
         const std::string file = writePage(page, size, format, files_.file("page"));
-        const Picture want = printOf(page, size);
         const Picture have = print(model, file, format, {"PageSize=" + name});
         // Rows are sent as whole bytes; what fills the last one is blank.
-        EXPECT_EQ(difference(have.part(0, 0, want.width, want.height), want), "")
-            << model << " " << name << " " << format << ", " << have.width << " x " << have.height;
+        EXPECT_EQ(difference(have.part(0, 0, want.width, want.height), want), "");
         EXPECT_LT(have.width, want.width + 8);
         EXPECT_EQ(have.printed(), want.printed());
       }
     }
+  }
+  // The rows that are printed across most of the width.
+  static std::vector<size_t> lines(const Picture& print) {
+    std::vector<size_t> rows;
+    for (size_t y = 0; y < print.height; ++y) {
+      if (print.part(0, y, print.width, 1).printed() > print.width / 2) rows.push_back(y);
+    }
+    return rows;
   }
 
   TemporaryFolder files_;
@@ -63,33 +72,50 @@ class Formats : public testing::Test {
   int pages_ = 0;
 };
 
-const Words kLabels = {"4x6",           "100x150mm", "2x4", "30x50mmRotated", "1.25x2.25Rotated",
-                       "20x30mmRotated"};
+const Words kLabels = {"4x6", "4x4", "2x4", "3x5", "30x50mmRotated", "1.25x2.25Rotated"};
+const Words kPages = {"image/urf", "image/pwg-raster", "application/pdf"};
 
-TEST_F(Formats, MEASURE) {
+TEST_F(Formats, LabelsOf203DotsPrintDotForDot) { printsEveryDot("label-203", kLabels, kFormats); }
+TEST_F(Formats, LabelsOf300DotsPrintDotForDot) { printsEveryDot("label-300", kLabels, kFormats); }
+TEST_F(Formats, StencilsPrintDotForDot) {
+  printsEveryDot("stencil-300", {"Letter", "Tattoo_A5", "Tattoo_A6"}, kPages);
+}
+
+// The length of A4 is not a whole number of dots: the page may be a dot lower, but not longer.
+TEST_F(Formats, A4IsPrintedAtItsTrueSize) {
   makeQueue("stencil-300");
-  for (const char* name : {"A4", "Letter"}) {
-    const PageSize size = pageSize(description_, name);
-    korvel::DotCanvas page(size.width, size.height);
-    for (int x = 100; x < size.width; x += 200) page.fill(x, 0, 1, size.height);
-    for (int y = 100; y < size.height; y += 200) page.fill(0, y, size.width, 1);
-    std::printf("%s %dx%d left %d top %d print %dx%d\n", name, size.width, size.height, size.left, size.top, size.printWidth, size.printHeight);
-    for (const char* format : {"application/pdf", "image/png"})
-    for (const char* opt : {"print-scaling=auto", "print-scaling=none"}) {
-      const std::string file = writePage(page, size, format, files_.file("page"));
-      const Picture have = print("stencil-300", file, format, {std::string("PageSize=") + name, opt});
-      std::printf("%s %s %s cols:", name, format, opt);
-      for (size_t x = 0; x < have.width; ++x) if (have.part(x, 0, 1, have.height).printed() > have.height / 2) std::printf(" %zu", x);
-      std::printf("\nrows:");
-      for (size_t y = 0; y < have.height; ++y) if (have.part(0, y, have.width, 1).printed() > have.width / 2) std::printf(" %zu", y);
-      std::printf("\n");
-    }
+  const PageSize size = pageSize(description_, "A4");
+  korvel::DotCanvas page(size.width, size.height);
+  for (int y = 200; y < size.height; y += 300) page.fill(0, y, size.width, 1);
+  for (const std::string& format : kPages) {
+    SCOPED_TRACE(format);
+    const std::string file = writePage(page, size, format, files_.file("page"));
+    const std::vector<size_t> rows = lines(print("stencil-300", file, format, {"PageSize=A4"}));
+    ASSERT_EQ(rows.size(), 11u);
+    EXPECT_NEAR(static_cast<double>(rows.front()), 200 - size.top, 1);
+    for (size_t i = 1; i < rows.size(); ++i) EXPECT_EQ(rows[i] - rows[i - 1], 300u);
   }
 }
-TEST_F(Formats, LabelsOf203DotsPrintDotForDot) { printsEveryDot("label-203", kLabels); }
-TEST_F(Formats, LabelsOf300DotsPrintDotForDot) { printsEveryDot("label-300", kLabels); }
-TEST_F(Formats, StencilsPrintDotForDot) {
-  printsEveryDot("stencil-300", {"A4", "Letter", "Tattoo_A5", "Tattoo_A6"});
+
+// How many of 1000 dots are printed for one level of ink.
+int perMille(const Picture& print) {
+  return static_cast<int>(print.printed() * 1000 / (print.width * print.height));
+}
+
+TEST_F(Formats, GreyPrintsTheSameInEveryFormat) {
+  makeQueue("label-203");
+  spooler_.setDefault("label-203", "HalftoneType=Ordered");
+  const PageSize size = pageSize(description_, "2x2");
+  for (const int ink : {32, 64, 128, 192}) {
+    const korvel::DotCanvas page = greyPage(size, ink);
+    std::vector<int> found;
+    for (const std::string& format : kFormats) {
+      const std::string file = writePage(page, size, format, files_.file("page"));
+      found.push_back(perMille(print("label-203", file, format, {"PageSize=2x2"})));
+    }
+    const auto [least, most] = std::minmax_element(found.begin(), found.end());
+    EXPECT_LE(*most - *least, 5) << "ink " << ink << ": " << testing::PrintToString(found);
+  }
 }
 
 }  // namespace

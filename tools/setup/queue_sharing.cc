@@ -309,7 +309,7 @@ Result<Queue> sharedCandidate(const PrintSystem& system, const std::string& name
   const auto queue = system.queue(name);
   if (queue) return *queue;
   return Failure{
-      filled("There is no queue %s; lpstat -e shows those that there are.", name.c_str())};
+      filled("There is no queue %s. Show all queues: lpstat -e", name.c_str())};
 }
 
 }  // namespace
