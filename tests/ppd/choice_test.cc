@@ -310,7 +310,7 @@ TEST_P(EveryChoice, KeepsItsPromise) {
 }
 
 // The sizes and the shapes of bars are kept by the rasteriser (see the tests of sheet sizes and of
-// barcodes). Two options have one choice: they say what raster the printer needs.
+// barcodes). Options with one choice say what raster the printer needs, and what is loaded.
 TEST_P(EveryChoice, HasAPromise) {
   const OpenPpd ppd = openPpd(GetParam());
   ASSERT_NE(ppd, nullptr);

@@ -116,9 +116,10 @@ TEST_P(EveryDescription, TellsTheSpoolerWhatThePrinterIs) {
 TEST_P(EveryDescription, OffersOnlyOptionsThatReachThePrinter) {
   const OpenPpd ppd = openPpd(GetParam());
   ASSERT_NE(ppd, nullptr);
-  Words want = {"PageSize",    "PageRegion",    "ColorModel", "Resolution", "HalftoneType",
-                "Darkness",    "Brightness",    "Contrast",   "PaperType",  "PostAction",
-                "MirrorImage", "NegativeImage", "Origin",     "Occurrence"};
+  Words want = {"PageSize",     "PageRegion", "ColorModel",  "Resolution",
+                "HalftoneType", "Darkness",   "Brightness",  "Contrast",
+                "PaperType",    "PostAction", "MirrorImage", "NegativeImage",
+                "Origin",       "Occurrence", "MediaType",   "InputSlot"};
   want.insert(GetParam().stencil ? "AntiWrinkle" : "CenterOfPixel");
   Words have;
   forEachOption(*ppd, [&](const ppd_option_t& option) { have.insert(option.keyword); });

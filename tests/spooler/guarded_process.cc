@@ -27,6 +27,7 @@ sigset_t guardianSignals() {
   sigemptyset(&signals);
   sigaddset(&signals, SIGTERM);
   sigaddset(&signals, SIGCHLD);
+  sigaddset(&signals, SIGUSR1);
   return signals;
 }
 
@@ -113,6 +114,7 @@ bool reap(pid_t program, int* status) {
   while (!asked) {
     const int number = sigwaitinfo(&signals, nullptr);
     if (number == SIGCHLD && reap(program, &status)) break;
+    if (number == SIGUSR1) kill(program, SIGKILL);
     asked = number == SIGTERM;
   }
   if (asked && program != -1) {
@@ -147,6 +149,10 @@ int GuardedProcess::wait(double seconds) {
   if (!ended) return -1;
   guardian_ = -1;
   return statusOf(status);
+}
+
+void GuardedProcess::killProgram() {
+  if (guardian_ > 0) kill(guardian_, SIGUSR1);
 }
 
 void GuardedProcess::stop() {

@@ -29,6 +29,8 @@ class GuardedProcess {
   // Waits for the program's end. Returns its exit status, 128 plus the number of the signal that
   // ended it, or -1 when the time is over.
   int wait(double seconds);
+  // Kills the program as a crash would; its guardian then ends all that descend from it.
+  void killProgram();
   // Asks the program to end, then kills it and all that descend from it.
   void stop();
 

@@ -50,18 +50,43 @@ std::string lastJobLines(const std::string& log) {
   return text;
 }
 
+std::string privateConfiguration() {
+  return "Listen @SOCKET@\n"
+         "Browsing No\n"
+         "WebInterface No\n"
+         "DefaultAuthType None\n"
+         "LogLevel debug\n"
+         "LogDebugHistory 0\n"
+         "JobRetryInterval 3600\n"
+         "MaxLogSize 0\n"
+         "PageLogFormat %p %j %P %C\n"
+         "<Location />\n"
+         "  Order allow,deny\n"
+         "  Allow all\n"
+         "</Location>\n"
+         "<Policy default>\n"
+         "  JobPrivateAccess all\n"
+         "  JobPrivateValues none\n"
+         "  SubscriptionPrivateAccess all\n"
+         "  SubscriptionPrivateValues none\n"
+         "  <Limit All>\n"
+         "    Order deny,allow\n"
+         "  </Limit>\n"
+         "</Policy>\n";
+}
+
 }  // namespace
 
-PrivateSpooler::PrivateSpooler() {
+PrivateSpooler::PrivateSpooler(const std::string& configuration) {
   chmod(folder_.path().c_str(), 0755);  // filters are not run as root
   install();
   if (testing::Test::HasFatalFailure()) return;
-  configure();
+  configure(configuration);
   startDaemon();
 }
 
 PrivateSpooler::~PrivateSpooler() {
-  if (connection_ != nullptr) httpClose(connection_);
+  disconnect();
   daemon_.stop();
   if (testing::Test::HasFailure()) {
     std::printf("The spooler's log ends so:\n%s", lastJobLines(errorLog()).c_str());
@@ -74,7 +99,7 @@ void PrivateSpooler::install() {
   const CommandResult result = run({KORVEL_CMAKE, "--install", KORVEL_BUILD_DIR}, 60,
                                    {{"DESTDIR", folder_.file("installed")}});
   ASSERT_EQ(result.status, 0) << result.output;
-  linkStock(KORVEL_STOCK_SERVERBIN, installed(KORVEL_CUPS_SERVERBIN), {"filter"});
+  linkStock(KORVEL_STOCK_SERVERBIN, installed(KORVEL_CUPS_SERVERBIN), {"filter", "backend"});
   linkStock(KORVEL_STOCK_DATADIR, installed(KORVEL_CUPS_DATADIR), {});
   fs::copy_file(KORVEL_DIVERTED_FILES, folder_.file("diverted_files.so"));
 }
@@ -89,36 +114,16 @@ void PrivateSpooler::linkStock(const std::string& stock, const std::string& ours
   for (const std::string& name : merged) linkStock(stock + "/" + name, ours + "/" + name, {});
 }
 
-void PrivateSpooler::configure() {
+void PrivateSpooler::configure(const std::string& configuration) {
   for (const char* name :
        {"etc", "spool", "spool/tmp", "spool/tmp/dumps", "cache", "run", "log", "socket"}) {
     fs::create_directory(folder_.file(name));
   }
   chmod(folder_.file("socket").c_str(), 0700);
   chmod(folder_.file("spool/tmp/dumps").c_str(), 01777);  // filters run as another user
-  folder_.write("etc/cupsd.conf", "Listen " + socket() +
-                                      "\n"
-                                      "Browsing No\n"
-                                      "WebInterface No\n"
-                                      "DefaultAuthType None\n"
-                                      "LogLevel debug\n"
-                                      "LogDebugHistory 0\n"
-                                      "JobRetryInterval 3600\n"
-                                      "MaxLogSize 0\n"
-                                      "PageLogFormat %p %j %P %C\n"
-                                      "<Location />\n"
-                                      "  Order allow,deny\n"
-                                      "  Allow all\n"
-                                      "</Location>\n"
-                                      "<Policy default>\n"
-                                      "  JobPrivateAccess all\n"
-                                      "  JobPrivateValues none\n"
-                                      "  SubscriptionPrivateAccess all\n"
-                                      "  SubscriptionPrivateValues none\n"
-                                      "  <Limit All>\n"
-                                      "    Order deny,allow\n"
-                                      "  </Limit>\n"
-                                      "</Policy>\n");
+  std::string text = configuration.empty() ? privateConfiguration() : configuration;
+  const std::string mark = "@SOCKET@";
+  folder_.write("etc/cupsd.conf", text.replace(text.find(mark), mark.size(), socket()));
   std::ostringstream files;
   files << "ServerRoot " << folder_.file("etc") << "\n"
         << "RequestRoot " << folder_.file("spool") << "\n"
@@ -155,6 +160,24 @@ void PrivateSpooler::startDaemon() {
                                   << folder_.read("log/daemon") << errorLog();
 }
 
+void PrivateSpooler::disconnect() {
+  if (connection_ != nullptr) httpClose(connection_);
+  connection_ = nullptr;
+}
+
+void PrivateSpooler::restart() {
+  disconnect();
+  daemon_.stop();
+  startDaemon();
+}
+
+void PrivateSpooler::killAndRestart() {
+  disconnect();
+  daemon_.killProgram();
+  EXPECT_NE(daemon_.wait(kStartSeconds), -1);
+  startDaemon();
+}
+
 // ---- Commands ----
 
 std::map<std::string, std::string> PrivateSpooler::clientEnvironment() const {
@@ -167,6 +190,11 @@ void PrivateSpooler::addQueue(const std::string& queue, const std::string& descr
   const CommandResult result =
       run({KORVEL_LPADMIN, "-h", socket(), "-p", queue, "-E", "-v",
            "socket://127.0.0.1:" + std::to_string(port), "-P", descriptionPath(description)});
+  ASSERT_EQ(result.status, 0) << result.output;
+}
+
+void PrivateSpooler::setDevice(const std::string& queue, const std::string& uri) {
+  const CommandResult result = run({KORVEL_LPADMIN, "-h", socket(), "-p", queue, "-v", uri});
   ASSERT_EQ(result.status, 0) << result.output;
 }
 

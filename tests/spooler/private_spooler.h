@@ -17,12 +17,18 @@
 
 class PrivateSpooler {
  public:
-  // Installs the build and starts the spooler; a failure is the test's.
-  PrivateSpooler();
+  // Installs the build and starts the spooler; a failure is the test's. `configuration` is another
+  // cupsd.conf, in which @SOCKET@ stands for the address of this spooler.
+  explicit PrivateSpooler(const std::string& configuration = "");
   PrivateSpooler(const PrivateSpooler&) = delete;
   PrivateSpooler& operator=(const PrivateSpooler&) = delete;
   // Stops it; when the test has failed, shows the end of the spooler's log.
   ~PrivateSpooler();
+
+  // Ends the spooler with everything that it started, by the signal that a system stops it with, or
+  // at once, as a crash or a power cut does; then starts it again.
+  void restart();
+  void killAndRestart();
 
   // What leads the spooler's own clients, and ours, to it; in English.
   std::map<std::string, std::string> clientEnvironment() const;
@@ -30,6 +36,7 @@ class PrivateSpooler {
   // A queue to a printer on a port of this machine. `description` is the file's bare name.
   void addQueue(const std::string& queue, const std::string& description, int port);
 
+  void setDevice(const std::string& queue, const std::string& uri);
   void setDefault(const std::string& queue, const std::string& option);  // "Darkness=Dark"
   std::string address() const { return socket(); }  // for the variable CUPS_SERVER
 
@@ -51,6 +58,8 @@ class PrivateSpooler {
     return folder_.read("etc/ppd/" + queue + ".ppd");
   }
   std::string filterPath() const;
+  std::string configuration() const { return folder_.read("etc/cupsd.conf"); }
+  std::string file(const std::string& name) const { return folder_.file(name); }
   std::string errorLog() const { return folder_.read("log/error"); }
   std::string descriptionPath(const std::string& description) const;
   std::string toolPath(const std::string& tool) const;
@@ -60,8 +69,9 @@ class PrivateSpooler {
   void install();
   void linkStock(const std::string& stock, const std::string& ours,
                  const std::vector<std::string>& merged);
-  void configure();
+  void configure(const std::string& configuration);
   void startDaemon();
+  void disconnect();
   std::string socket() const { return folder_.file("socket/cups"); }
   std::string installed(const std::string& path) const { return folder_.file("installed" + path); }
   ipp_t* ask(ipp_op_t operation, const std::string& path);

@@ -69,7 +69,8 @@ bool startsWithAny(const std::string& text, std::initializer_list<const char*> b
 
 Link linkOf(const std::string& uri) {
   const bool discovered = uri.starts_with("dnssd:");
-  if (startsWithAny(uri, {"usb:", "socket:", "serial:", "parallel:"})) return Link::kTwoWay;
+  if (startsWithAny(uri, {"usb:", "socket:", "korvel:", "serial:", "parallel:"}))
+    return Link::kTwoWay;
   if (discovered && uri.find("_pdl-datastream._tcp") != std::string::npos) return Link::kTwoWay;
   if (discovered ||
       startsWithAny(uri, {"lpd:", "ipp:", "ipps:", "http:", "https:", "smb:", "file:"})) {

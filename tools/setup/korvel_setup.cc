@@ -16,9 +16,12 @@
 #include "tools/common/translation.h"
 #include "tools/setup/device_choice.h"
 #include "tools/setup/emulated_queue.h"
+#include "tools/setup/preset.h"
 #include "tools/setup/queue_facts.h"
 #include "tools/setup/queue_setup.h"
+#include "tools/setup/queue_sharing.h"
 #include "tools/setup/setup_dialog.h"
+#include "tools/setup/sharing_doctor.h"
 
 namespace {
 
@@ -36,6 +39,9 @@ constexpr char kProgram[] = "korvel-setup";
 const korvel::Help kHelp = {
     later("Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [OPTION]...\n"
           "       korvel-setup --emulated [--port N] [--out DIR] [OPTION]...\n"
+          "       korvel-setup -p QUEUE --preset NAME -o OPTION=VALUE... [-L TEXT]\n"
+          "       korvel-setup --share QUEUE [OPTION]...\n"
+          "       korvel-setup --unshare QUEUE [-n]\n"
           "       korvel-setup --check [QUEUE]...\n"
           "       korvel-setup --list"),
     later("Creates or updates the queue of a Korvel printer. Prompts for missing values when run "
@@ -45,11 +51,17 @@ const korvel::Help kHelp = {
      later("-p QUEUE\tThe queue to create or update."),
      later("-o OPTION=VALUE\tA default of the queue; may be repeated."),
      later("-D TEXT\tThe description of the queue."),
-     later("-L TEXT\tThe location of the printer."), later("-h SERVER\tThe print server."),
+     later("-L TEXT\tThe location of the printer."),
+     later("-h SERVER\tThe print server."),
      later("-t, --test-page\tPrint a test page on the queue of -p or -d."),
      later("--emulated\tCreate a queue for an emulated printer, and run that printer."),
      later("--port N\tThe port of the emulated printer (9100)."),
      later("--out DIR\tWhere the emulated printer writes its sheets as pictures (sheets)."),
+     later("--preset NAME\tCreate another queue for the printer of -p, with other defaults."),
+     later("--share QUEUE\tLet tablets and phones of the local network print on a queue."),
+     later("--unshare QUEUE\tUndo what --share changed."),
+     later("--ready SIZE,...\tThe sizes that they are offered (the default of the queue)."),
+     later("-n, --dry-run\tOnly show what --share or --unshare would change."),
      later("--check\tFind problems of queues; without names, of all queues of Korvel printers."),
      later("-d QUEUE\tA queue to check."),
      later("--dump-folder DIR\tWhere the filter writes its image dumps (/var/spool/cups/tmp)."),
@@ -64,7 +76,10 @@ struct Request {
   std::vector<std::string> queues;  // to check
   korvel::EmulatedPrinter emulated;
   std::string dumpFolder = "/var/spool/cups/tmp";
+  korvel::SharingRequest sharing;
+  std::string preset;
   bool check = false, list = false, emulate = false, testPage = false;
+  bool share = false, unshare = false;
 };
 
 bool takeFlag(const korvel::Arguments& arguments, Request* request) {
@@ -76,6 +91,24 @@ bool takeFlag(const korvel::Arguments& arguments, Request* request) {
     request->emulate = true;
   } else if (arguments.is("-t", "--test-page")) {
     request->testPage = true;
+  } else if (arguments.is("-n", "--dry-run")) {
+    request->sharing.dryRun = true;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool takeSharing(korvel::Arguments* arguments, Request* request) {
+  if (arguments->is("--share") || arguments->is("--unshare")) {
+    (arguments->is("--share") ? request->share : request->unshare) = true;
+    request->sharing.queue = arguments->value();
+  } else if (arguments->is("--preset")) {
+    request->preset = arguments->value();
+  } else if (arguments->is("--ready")) {
+    request->sharing.readySizes = korvel::parseSizes(arguments->value());
+  } else if (arguments->is("--state-folder")) {
+    request->sharing.stateFolder = arguments->value();
   } else {
     return false;
   }
@@ -108,7 +141,7 @@ bool takeValued(korvel::Arguments* arguments, Request* request) {
   } else if (arguments->is("--dump-folder")) {
     request->dumpFolder = arguments->value();
   } else {
-    return false;
+    return takeSharing(arguments, request);
   }
   return true;
 }
@@ -124,8 +157,9 @@ Request parseArguments(int argc, char** argv) {
       arguments.unknown();
     }
   }
-  if (request.check + request.list + request.emulate > 1) {
-    arguments.wrong(translated("--check, --list and --emulated cannot be combined"));
+  if (request.check + request.list + request.emulate + request.share + request.unshare > 1) {
+    arguments.wrong(
+        translated("--check, --list, --emulated, --share and --unshare cannot be combined"));
   }
   if (!request.queues.empty() && !request.check && !request.testPage) {
     arguments.wrong(translated("-d needs --check or --test-page"));
@@ -135,6 +169,9 @@ Request parseArguments(int argc, char** argv) {
   }
   if (request.emulate && !request.plan.uri.empty()) {
     arguments.wrong(translated("--emulated and -v cannot be combined"));
+  }
+  if (!request.preset.empty() && request.plan.name.empty()) {
+    arguments.wrong(translated("--preset needs the queue of the printer: -p QUEUE"));
   }
   for (const std::string& operand : operands) request.queues.push_back(operand);
   return request;
@@ -148,10 +185,15 @@ void say(const std::string& sentence) { std::printf("%s\n", korvel::shown(senten
 
 // ---- Check ----
 
-bool checkQueue(const PrintSystem& system, const korvel::Queue& queue, const std::string& dumps) {
-  const korvel::QueueFacts facts = korvel::gatherFacts(system, queue, dumps);
+bool checkQueue(const PrintSystem& system, const korvel::Queue& queue, const Request& request) {
+  std::vector<korvel::Finding> findings =
+      korvel::examine(korvel::gatherFacts(system, queue, request.dumpFolder));
+  for (const korvel::Finding& finding : korvel::examineSharing(
+           korvel::gatherSharingFacts(system, queue, request.sharing.stateFolder))) {
+    findings.push_back(finding);
+  }
   bool well = true;
-  for (const korvel::Finding& finding : korvel::examine(facts)) {
+  for (const korvel::Finding& finding : findings) {
     say(queue.name + ": " + finding.text);
     well = well && !finding.fault;
   }
@@ -188,7 +230,7 @@ Result<int> check(const PrintSystem& system, Request request) {
   if (!queues) return queues.failure();
   bool well = true;
   for (const korvel::Queue& queue : queues.value()) {
-    well = checkQueue(system, queue, request.dumpFolder) && well;
+    well = checkQueue(system, queue, request) && well;
   }
   return well ? 0 : 1;
 }
@@ -334,6 +376,50 @@ Result<int> setUpQueue(const PrintSystem& system, Request request) {
   return makeAndTest(system, plan, request.testPage);
 }
 
+// ---- Share ----
+
+Result<int> makePreset(const PrintSystem& system, Request request) {
+  const auto base = system.queue(request.plan.name);
+  if (!base) return noQueue(request.plan.name);
+  QueuePlan plan = korvel::planPreset(system, *base, request.preset, request.plan.options);
+  if (!request.plan.location.empty()) plan.location = request.plan.location;
+  if (!base->isOurs() || plan.description.name.empty()) {
+    return Failure{
+        filled("Queue %s does not have an installed Korvel driver.", base->name.c_str())};
+  }
+  const Result<void> checked =
+      korvel::checkQueueOptions(system.installedDescription(plan.description.name), plan.options);
+  if (!checked) return checked.failure();
+  // Both queues take turns from now on, before the new one can print.
+  if (plan.uri != base->uri) {
+    const Result<void> moved = korvel::runLpadmin({"-p", base->name, "-v", plan.uri});
+    if (!moved) return moved.failure();
+  }
+  const Result<int> made = makeQueue(system, plan);
+  if (!made || !korvel::isSharedByUs(request.sharing.stateFolder, base->name)) return made;
+  request.sharing.queue = plan.name;
+  const Result<void> shared = korvel::shareQueue(system, request.sharing);
+  if (!shared) return shared.failure();
+  return 0;
+}
+
+Result<int> share(const PrintSystem& system, Request request) {
+  korvel::SharingRequest& sharing = request.sharing;
+  sharing.info = request.plan.info;
+  sharing.location = request.plan.location;
+  const bool hasUser = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+  if (hasUser) sharing.agreed = korvel::agreesToChanges;
+  const Result<void> done =
+      request.share ? korvel::shareQueue(system, sharing) : korvel::unshareQueue(system, sharing);
+  if (!done) return done.failure();
+  if (!request.share || !request.testPage || sharing.dryRun) return 0;
+  const Result<int> job = korvel::printSharedTestSheet(system, sharing.queue);
+  if (!job) return job;
+  say(filled("The test sheet is job %s-%d, sent as a tablet would.", sharing.queue.c_str(),
+             job.value()));
+  return 0;
+}
+
 Result<int> run(const Request& request) {
   const PrintSystem system;
   if (!system.isThere()) {
@@ -341,6 +427,8 @@ Result<int> run(const Request& request) {
                           cupsServer())};
   }
   if (request.check) return check(system, request);
+  if (request.share || request.unshare) return share(system, request);
+  if (!request.preset.empty()) return makePreset(system, request);
   if (request.list) return list(system, request);
   if (request.emulate) return emulate(system, request);
   return setUpQueue(system, request);

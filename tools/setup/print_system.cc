@@ -108,10 +108,14 @@ Queue queueOf(const Group& group) {
   queue.uri = text(group, "device-uri");
   queue.makeAndModel = text(group, "printer-make-and-model");
   queue.message = text(group, "printer-state-message");
+  queue.info = text(group, "printer-info");
+  queue.location = text(group, "printer-location");
   queue.stopped = integer(group, "printer-state") == IPP_PSTATE_STOPPED;
   queue.busy = integer(group, "printer-state") == IPP_PSTATE_PROCESSING;
   const auto accepting = group.find("printer-is-accepting-jobs");
   queue.accepting = accepting == group.end() || ippGetBoolean(accepting->second, 0) != 0;
+  const auto shared = group.find("printer-is-shared");
+  queue.shared = shared != group.end() && ippGetBoolean(shared->second, 0) != 0;
   const auto reasons = group.find("printer-state-reasons");
   const int count = reasons == group.end() ? 0 : ippGetCount(reasons->second);
   for (int i = 0; i < count; ++i) queue.reasons.insert(ippGetString(reasons->second, i, nullptr));
@@ -124,6 +128,9 @@ const std::vector<const char*> kQueueAttributes = {"printer-name",
                                                    "device-uri",
                                                    "printer-make-and-model",
                                                    "printer-state-message",
+                                                   "printer-info",
+                                                   "printer-location",
+                                                   "printer-is-shared",
                                                    "printer-state",
                                                    "printer-state-reasons",
                                                    "printer-is-accepting-jobs",

@@ -32,11 +32,13 @@ struct Queue {
   std::string uri;
   std::string makeAndModel;
   std::string message;            // the last one
+  std::string info, location;     // for people
   std::set<std::string> reasons;  // such as "media-empty-warning", without "none"
   std::string scaling;            // a default that scales pictures: "scaling=90"; mostly empty
   bool stopped = false;
   bool busy = false;
   bool accepting = true;
+  bool shared = false;  // published when the server shares at all
   bool isOurs() const;  // by its make
 };
 

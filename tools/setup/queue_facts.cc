@@ -104,8 +104,10 @@ std::string filterPath() {
 }
 
 PrinterAnswer askPrinter(const std::string& uri) {
-  const std::string scheme = "socket://";
-  if (!uri.starts_with(scheme)) return PrinterAnswer::kNotAsked;
+  if (!uri.starts_with("socket://") && !uri.starts_with("korvel://")) {
+    return PrinterAnswer::kNotAsked;
+  }
+  const std::string scheme = uri.substr(0, uri.find("//") + 2);
   std::string host =
       uri.substr(scheme.size(), uri.find_first_of("/?", scheme.size()) - scheme.size());
   std::string port = "9100";

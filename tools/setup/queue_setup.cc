@@ -27,19 +27,6 @@ std::string lastLine(const std::string& output) {
   return line.starts_with(name) ? line.substr(name.size()) : line;
 }
 
-Result<void> runLpadmin(std::vector<std::string> arguments) {
-  Program lpadmin;
-  lpadmin.arguments = std::move(arguments);
-  lpadmin.arguments.insert(lpadmin.arguments.begin(), "lpadmin");
-  const Result<ProgramOutput> output = runProgram(lpadmin, kWithOutput);
-  if (!output) return Failure{translated("Cannot start lpadmin; install the package cups-client.")};
-  if (output.value().waitStatus == 0) return {};
-  return Failure{
-      filled("The print service refused the queue: \"%s\". Run korvel-setup as root or as a member "
-             "of the group lpadmin.",
-             lastLine(output.value().text).c_str())};
-}
-
 // Letters of other scripts are not told from their signs, but blanks, controls and the general
 // punctuation, among it what changes the direction of writing, are in no name.
 bool isNameCharacter(const std::string& text) {
@@ -59,6 +46,19 @@ void append(std::vector<std::string>* arguments, const char* option, const std::
 }
 
 }  // namespace
+
+Result<void> runLpadmin(std::vector<std::string> arguments) {
+  Program lpadmin;
+  lpadmin.arguments = std::move(arguments);
+  lpadmin.arguments.insert(lpadmin.arguments.begin(), "lpadmin");
+  const Result<ProgramOutput> output = runProgram(lpadmin, kWithOutput);
+  if (!output) return Failure{translated("Cannot start lpadmin; install the package cups-client.")};
+  if (output.value().waitStatus == 0) return {};
+  return Failure{
+      filled("The print service refused the queue: \"%s\". Run korvel-setup as root or as a member "
+             "of the group lpadmin.",
+             lastLine(output.value().text).c_str())};
+}
 
 Result<void> checkName(const std::string& name) {
   bool good = !name.empty() && name.size() <= kLongestName && name[0] != '-';

@@ -5,12 +5,16 @@
 #define KORVEL_TOOLS_SETUP_QUEUE_SETUP_H
 
 #include <string>
+#include <vector>
 
 #include "tools/common/result.h"
 #include "tools/description/option_check.h"
 #include "tools/setup/print_system.h"
 
 namespace korvel {
+
+// Runs lpadmin with these arguments.
+Result<void> runLpadmin(std::vector<std::string> arguments);
 
 struct QueuePlan {
   std::string name;

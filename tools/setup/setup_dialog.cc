@@ -188,6 +188,11 @@ bool agrees(const std::string& answer, const std::string& yes) {
          strcasecmp(letter.c_str(), "y") == 0;
 }
 
+bool agreesToChanges() {
+  const std::string yes = translated("yes");
+  return agrees(ask(translated("Make these changes?"), yes), yes);
+}
+
 bool SetupDialog::wantsTestPage() const {
   const std::string yes = translated("yes");
   return agrees(ask(translated("Print a test page?"), yes), yes);

@@ -18,6 +18,9 @@ void showOptions(const std::string& description);  // of the text of a PPD
 // language, or with an English y, in upper or lower case.
 bool agrees(const std::string& answer, const std::string& yes);
 
+// Whether the changes shown above may be made.
+bool agreesToChanges();
+
 class SetupDialog {
  public:
   // Without a user it asks nothing, and chooses only what is unambiguous.
