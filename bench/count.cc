@@ -1,5 +1,5 @@
-// Halftones a label a given number of times, for callgrind: korvel_count METHOD TIMES.
-// The difference between two such counts, divided by the pixels, is the cost of a pixel.
+// Halftones one label repeatedly, for callgrind: korvel_count METHOD TIMES.
+// The difference between two such counts, divided by the pixels, is the cost per pixel.
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
 #include <cstdlib>

@@ -70,7 +70,7 @@ double levelOfDot(const Part& part, double x, double y, double scale) {
   return sum / (kFine * kFine);
 }
 
-// 64 steps: more cannot be told apart in dots, and the sheets are half as large.
+// 64 steps: more cannot be distinguished in dots, and the sheets are half as large.
 uint8_t sceneInk(double level) {
   return static_cast<uint8_t>(std::lround(63 * (1 - level / 255)) * 255 / 63);
 }

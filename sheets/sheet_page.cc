@@ -47,7 +47,7 @@ std::string readSheetSizes(const std::string& path, std::vector<SheetSize>* size
     sizes->push_back(size);
   }
   ppdClose(ppd);
-  return dpi == 0 ? path + " tells no resolution" : std::string();
+  return dpi == 0 ? path + " has no default resolution" : std::string();
 }
 
 int SheetPage::dots(double mm) const { return static_cast<int>(std::lround(mm * dotsPerMm_)); }

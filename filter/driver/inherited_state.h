@@ -1,5 +1,5 @@
 // The state that a process inherits from the one that started it: signals and open files.
-// Hosts of filters differ in what they leave behind; a job runs the same under each of them.
+// Filter hosts differ in what they set; a job runs the same under each of them.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_DRIVER_INHERITED_STATE_H
 #define KORVEL_DRIVER_INHERITED_STATE_H

@@ -176,7 +176,7 @@ bool makeRoom(Job& job) {
   }
   auto* grown = static_cast<unsigned char*>(std::realloc(job.pixels.get(), size));
   if (grown == nullptr) return false;
-  static_cast<void>(job.pixels.release());  // grown stands for it now
+  static_cast<void>(job.pixels.release());  // realloc has freed or moved it
   job.pixels.reset(grown);
   return true;
 }

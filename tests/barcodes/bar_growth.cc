@@ -35,7 +35,7 @@ std::vector<Element> printedAt(const DotPage& page, const PlacedSymbol& placed, 
   return elements;
 }
 
-// The quiet zone, and light modules that cannot be told from it.
+// The quiet zone, and light modules that merge with it.
 void trim(std::vector<Element>* elements) {
   if (!elements->empty() && !elements->back().dark) elements->pop_back();
   if (!elements->empty() && !elements->front().dark) elements->erase(elements->begin());

@@ -12,7 +12,7 @@ struct Growth {
   double most = 0;
   double worst = 0;  // the largest difference of any element, dark or light
   long elements = 0;
-  long merged = 0;  // rows of modules whose elements cannot be told apart any more
+  long merged = 0;  // rows of modules whose elements have merged
   double mean() const { return elements == 0 ? 0 : sum / static_cast<double>(elements); }
   void add(double darkGrowth);
 };

@@ -1,4 +1,4 @@
-// Each symbol becomes a grey picture file. The readers' answers are told apart by the file's name.
+// Each symbol becomes a grey picture file. The file's name says which symbol an answer belongs to.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/barcodes/code_readers.h"
 

@@ -29,7 +29,7 @@ constexpr size_t kReplyBuffer = 1024;
 
 int sleeps = 0;
 
-// When it is set, it stands for the back channel, and every drain succeeds at once. Returns how
+// When it is set, it replaces the back channel, and every drain succeeds at once. Returns how
 // many of `room` bytes a read gets.
 std::function<size_t(size_t room)> bytesOfRead;
 const char* bufferStart = nullptr;  // of the present attempt; null before its first read
@@ -98,7 +98,7 @@ size_t countOf(const std::string& text, const std::string& part) {
 }
 
 // Three hundred attempts, each of as many reads as the wait makes.
-void readAsTold(const std::function<size_t(size_t room)>& told) {
+void readBy(const std::function<size_t(size_t room)>& reads) {
   Settings settings{};
   pellamStrCpy(settings.ModelName, "Z4", sizeof settings.ModelName);
   KorvelPrinter printer;
@@ -106,7 +106,7 @@ void readAsTold(const std::function<size_t(size_t room)>& told) {
   printer.settings_ = &settings;
   passedTheEnd = false;
   attempts = 0;
-  bytesOfRead = told;
+  bytesOfRead = reads;
   CapturedStderr quiet;
   EXPECT_FALSE(printer.WaitForPrinterStatus(kStatusReady));
   quiet.text();
@@ -116,17 +116,17 @@ void readAsTold(const std::function<size_t(size_t room)>& told) {
 }
 
 TEST(ReadCounter, NoReadPassesTheBuffersEnd) {
-  readAsTold([](size_t) { return size_t{1}; });
-  readAsTold([](size_t room) { return room; });
-  readAsTold([](size_t room) { return (room + 1) / 2; });
+  readBy([](size_t) { return size_t{1}; });
+  readBy([](size_t room) { return room; });
+  readBy([](size_t room) { return (room + 1) / 2; });
   bool first = true;
-  readAsTold([&](size_t room) {
+  readBy([&](size_t room) {
     first = bufferStart == nullptr || !first;
     return first ? size_t{1} : room;
   });
   std::mt19937 dice(3);
   for (const size_t most : {size_t{2}, size_t{13}, size_t{40}, size_t{300}, size_t{1024}}) {
-    readAsTold([&](size_t room) { return 1 + dice() % std::min(room, most); });
+    readBy([&](size_t room) { return 1 + dice() % std::min(room, most); });
   }
 }
 
@@ -154,12 +154,12 @@ TEST(BackChannel, AKibibyteOfNoiseIsShownAndLeft) {
     const Outcome outcome = waitUntilReady({{{noise}}, {{kReady}}});
     EXPECT_TRUE(outcome.returned);
     EXPECT_EQ(countOf(outcome.log, "Printer Status Data 1024 bytes - " + noise + " \n"), 1u);
-    EXPECT_EQ(countOf(outcome.log, "STATE: "), 2u) << "only the reply tells a state";
+    EXPECT_EQ(countOf(outcome.log, "STATE: "), 2u) << "only the reply contains a state";
   }
 }
 
 TEST(BackChannel, NoiseThatBeginsLikeAReplyIsOne) {
-  // Sixteen FF bytes of a word tell every state there is, once.
+  // Sixteen FF bytes set every state there is, once.
   std::string storm = "64";
   for (int i = 1; i < 1024; ++i) storm += " FF";
   const Outcome outcome = waitUntilReady({{{storm}}, {{storm}}, {{kReady}}});

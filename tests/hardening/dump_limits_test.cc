@@ -42,7 +42,8 @@ void expectSameJob(const JobResult& job, const JobResult& usual) {
   EXPECT_EQ(rest, maskAddresses(usual.messages));
 }
 
-// A white square page as compressed raster: one line stands for up to 256, one pixel for up to 128.
+// A white square page as compressed raster: one line is repeated up to 256 times, one pixel up to
+// 128 times.
 std::string compressedPage(unsigned side) {
   std::string bytes = headerBytes(plainHeader(side, side));
   for (unsigned row = 0; row < side; row += 256) {

@@ -13,7 +13,7 @@ namespace {
 
 const char* const kStencilHalftones[] = {"Tattoo", "Tattoo_Z4"};
 
-// A hundredth of a second a page is what they take at the most.
+// They take a hundredth of a second per page at most.
 void expectAllPrinted(const std::vector<std::string>& recipes, const std::string& options) {
   JobPlan plan = labelJob(recipes, options);
   plan.dumpFolder = false;
@@ -92,7 +92,7 @@ TEST(HardPages, ALargeSolidSheetIsPrinted) {
   }
 }
 
-// The threshold as it is defined, from a histogram; `exists` tells whether it needs no guard.
+// The threshold as it is defined, from a histogram; `exists` is false where the guard decides.
 int definedThreshold(const int* histogram, int pixels, bool* exists) {
   float share[256];
   float m1 = 0.0f;

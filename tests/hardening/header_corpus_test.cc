@@ -182,7 +182,7 @@ TEST(ImpossiblePages, AreRefusedBeforeAnythingIsReserved) {
 }
 
 TEST(ImpossiblePages, ASmallCompressedStreamClaimsAGigabyte) {
-  // Two bytes a run: a row of 32768 is 256 runs, and one row stands for 256.
+  // Two bytes per run: a row of 32768 is 256 runs, and one row is repeated 256 times.
   std::string row(1, '\xFF');
   for (int run = 0; run < 256; ++run) row += bytesOf("7F AA");
   std::string stream;

@@ -73,10 +73,10 @@ TEST(HostileOptions, ChangeNoByteOfTheJob) {
 
 TEST(HostileOptions, DoNotHideTheOptionsBesideThem) {
   const Case kCases[] = {
-      {"behind a forged line", "x='\nERROR: forged' MirrorImage=True"},
-      {"behind conversions", "%n=%s MirrorImage=True"},
+      {"after a forged line", "x='\nERROR: forged' MirrorImage=True"},
+      {"after conversions", "%n=%s MirrorImage=True"},
       {"before an open quote", "MirrorImage=True x='y"},
-      {"behind a hundred kilobytes", repeated("a=b ", 25000) + "MirrorImage=True"},
+      {"after a hundred kilobytes", repeated("a=b ", 25000) + "MirrorImage=True"},
   };
   for (const Case& c : kCases) {
     const JobResult job = runJob(labelJob({kPage}, c.options));

@@ -25,7 +25,7 @@ std::string setting(const JobResult& job, const std::string& name) {
   for (const std::string& line : linesOf(job.messages)) {
     if (line.starts_with(before)) return line.substr(before.size());
   }
-  return "(not told)";
+  return "(not logged)";
 }
 
 void expectNoPaper(const JobResult& job) {
@@ -43,7 +43,7 @@ TEST(HostileDescription, ThatIsNoneLeavesNoPaper) {
   const std::pair<const char*, std::string> kCases[] = {
       {"nothing but a blank", " "},
       {"noise", noise},
-      {"a whole description behind noise", noise + testPpd("label")},
+      {"a whole PPD after noise", noise + testPpd("label")},
       {"another file", "%PDF-1.7\n"},
       {"a raster", rasterOf({kPage})},
       {"only the first line", "*PPD-Adobe: \"4.3\"\n"},

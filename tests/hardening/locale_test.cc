@@ -68,7 +68,8 @@ TEST(TimeZone, ChangesNoByteForThePrinter) {
     const JobResult job = runJob(plan);
     EXPECT_EQ(job.exitStatus, 0);
     EXPECT_EQ(hexText(job.output), hexText(want.output));
-    // The dumps' names tell the local time, here in the complaint that there is no folder for them.
+    // The dumps' names contain the local time, here in the message that there is no folder for
+    // them.
     const std::string complaint = "PellamPrinter::saveImage: unable to open the file ";
     EXPECT_EQ(linesOf(job.messages).size(), linesOf(want.messages).size());
     EXPECT_EQ(countOf(job.messages, complaint), 2u);

@@ -1,6 +1,6 @@
-// Little memory, and allocations that fail one at a time. The page prints or is left out as told;
-// an allocation of the filter's own that fails never crashes it. The libraries are not as careful:
-// the C library's user look-up, which the spooler's library makes, asserts.
+// Little memory, and allocations that fail one at a time. The page prints or is skipped with a
+// message; an allocation of the filter's own that fails never crashes it. The libraries are not as
+// careful: the C library's user look-up, which the spooler's library makes, asserts.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -53,7 +53,7 @@ std::vector<std::string> allocationsOf(JobPlan plan, int exitStatus) {
 
 // Without what comes after the job: where the compiler counts lines, what it has put into the
 // filter writes the counts at the end, and does not look at refusals. A filter that is called
-// wrongly and has no job tells how much that is.
+// wrongly and has no job shows how much that is.
 std::vector<std::string> allocationsOfTheJob(const JobPlan& plan) {
   JobPlan jobless = plan;
   jobless.arguments.emplace();
@@ -92,13 +92,13 @@ void refuseOneByOne(const std::string& options, size_t step) {
       continue;
     }
     ASSERT_EQ(disorderOf(job), "") << "allocation " << i + 1 << " of " << objects[i];
-    // A job that goes on tells its end. One that ends says why, unless it is the pixels' buffer
+    // A job that goes on reports its end. One that ends says why, unless it is the pixels' buffer
     // that cannot grow.
     const std::vector<std::string> lines = linesOf(job.messages);
     const bool atThePixels = lines.empty() || !lines.back().starts_with("STATE:");
-    const bool told = errorLines(job.messages) != 0 || (own && atThePixels);
+    const bool explained = errorLines(job.messages) != 0 || (own && atThePixels);
     ASSERT_TRUE(job.exitStatus == 0 ? job.messages.ends_with("STATE: -media-empty-warning\n")
-                                    : told)
+                                    : explained)
         << "allocation " << i + 1 << " of " << objects[i] << "\n"
         << job.messages;
   }

@@ -1,4 +1,4 @@
-// The diagnostic files with everything in their way: whatever lies at their names stays as it is,
+// The diagnostic files with everything in their way: whatever has their names stays as it is,
 // and the printer's bytes do not change. SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -129,7 +129,7 @@ TEST(DumpFolder, ThatIsReadOnlyOrNobodysIsToldAndForgotten) {
 }
 
 TEST(DumpFolder, ThatIsFullChangesNoByteAndIsLoggedOnce) {
-  if (underSanitizer()) GTEST_SKIP() << "the sanitizer stands in for the same function";
+  if (underSanitizer()) GTEST_SKIP() << "the sanitizer replaces the same function";
   JobPlan plan = labelJob({kPage, "200x300 203dpi picture=noise:2"});
   const JobResult usual = runJob(plan);
   plan.preloads = {KORVEL_FULL_DISK};

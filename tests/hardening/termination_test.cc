@@ -68,7 +68,7 @@ std::vector<State> everyState() {
   return states;
 }
 
-// Offset behind each page of a stream.
+// Offset of the end of each page of a stream.
 std::vector<size_t> pageEnds(const std::string& stream) {
   const std::string start = std::string(64, '\0') + bytesOf("64 0E 40");
   std::vector<size_t> ends;

@@ -200,7 +200,7 @@ std::string hasShape(const Jobs& jobs, std::string want) {
     want.replace(at, 1, "0I");
     at += 2;
   }
-  // Behind any feed the next page begins with the way back.
+  // After any feed the next page begins by feeding back.
   const size_t second = want.find("S(d)(0I", 1);
   if (second != std::string::npos) want.replace(second, 7, "S(d)(40I");
   const std::string& have = jobs.chosen.shape;

@@ -1,5 +1,5 @@
-// The descriptions in every language, as the spooler's own library shows them to a print dialog:
-// no group, option, choice, size or state is left in English for want of a text.
+// The drivers in every language, as the CUPS library shows them to a print dialog:
+// no group, option, choice, size or state is left untranslated.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -65,7 +65,7 @@ bool isMeasure(std::string text) {
   return text.find_first_not_of("0123456789.- x") == std::string::npos;
 }
 
-// The sentence of a state stands in a description as an address does.
+// In a PPD the sentence of a state is encoded like a URI.
 std::string asWritten(const std::string& what, const std::string& text) {
   if (!what.ends_with("-warning")) return text;
   std::string address = "text:" + text;

@@ -233,7 +233,7 @@ TEST(OfferedSizes, HaveNoNameOfAStencilSheetOnALabelPrinter) {
   }
 }
 
-// So that the sheets of one label printer stand for those of all.
+// The sheets of one label printer are those of all.
 TEST(OfferedSizes, AreTheSameOnAllLabelPrintersOfAResolution) {
   for (const Description& each : descriptions()) {
     if (each.stencil) continue;

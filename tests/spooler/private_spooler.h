@@ -18,7 +18,7 @@
 class PrivateSpooler {
  public:
   // Installs the build and starts the spooler; a failure is the test's. `configuration` is another
-  // cupsd.conf, in which @SOCKET@ stands for the address of this spooler.
+  // cupsd.conf, in which @SOCKET@ is replaced by the address of this spooler.
   explicit PrivateSpooler(const std::string& configuration = "");
   PrivateSpooler(const PrivateSpooler&) = delete;
   PrivateSpooler& operator=(const PrivateSpooler&) = delete;

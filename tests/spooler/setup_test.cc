@@ -122,7 +122,7 @@ TEST_F(Setup, RefusesInOneSentence) {
       {"a bad name",
        {"-v", "socket://127.0.0.1", "-m", "m6", "-p", "two words"},
        1,
-       "korvel-setup: 'two words' is not a valid queue name; use letters, digits and "
+       "korvel-setup: 'two words' is not a valid queue name; use letters, digits, hyphens and "
        "underscores.\n"},
       {"another driver's queue",
        {"-p", "other", "-m", "m6"},

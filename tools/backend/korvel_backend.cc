@@ -19,7 +19,7 @@ constexpr int kFailed = 1;  // what the spooler's backends return: the error pol
 constexpr int kStopQueue = 4;
 constexpr int kLowestLock = 10;  // clear of the channels 0 to 4, which the next program inherits
 
-// The address of a printer as the name of a file: 192.0.2.7_9100. Options behind ? do not count,
+// The address of a printer as the name of a file: 192.0.2.7_9100. Options after ? do not count,
 // and the usual port is the same as none.
 std::string lockName(std::string address) {
   address = address.substr(0, address.find_first_of("/?"));

@@ -19,7 +19,8 @@ std::string presetQueueName(const std::string& queue, const std::string& preset)
 // network queues take turns at the other end.
 std::string addressWithTurns(const std::string& uri);
 
-// The device behind an address, the same text for all that reach it through the spooler's backends.
+// The device that an address leads to, the same text for all URIs that reach it through the
+// spooler's backends.
 std::string deviceOf(const std::string& uri);
 
 // The defaults that a queue's driver has been given, besides those of the installed driver.

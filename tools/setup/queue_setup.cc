@@ -27,8 +27,8 @@ std::string lastLine(const std::string& output) {
   return line.starts_with(name) ? line.substr(name.size()) : line;
 }
 
-// Letters of other scripts are not told from their signs, but blanks, controls and the general
-// punctuation, among it what changes the direction of writing, are in no name.
+// Letters of other scripts are not distinguished from their signs, but blanks, controls and the
+// general punctuation, among it what changes the direction of writing, are in no name.
 bool isNameCharacter(const std::string& text) {
   const size_t bytes = characterBytes(text);
   if (bytes == 1)

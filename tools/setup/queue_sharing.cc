@@ -277,7 +277,7 @@ Result<void> apply(const PrintSystem& system, const Plan& plan) {
   if (plan.startAvahi) {
     Program systemctl;
     systemctl.arguments = {"systemctl", "enable", "--now", "avahi-daemon"};
-    (void)runProgram(systemctl, kWithOutput);  // the proof tells whether it runs
+    (void)runProgram(systemctl, kWithOutput);  // the check that follows sees whether it runs
   }
   return applyConfig(system, plan.config);
 }
@@ -308,8 +308,7 @@ Result<Queue> sharedCandidate(const PrintSystem& system, const std::string& name
   }
   const auto queue = system.queue(name);
   if (queue) return *queue;
-  return Failure{
-      filled("There is no queue %s. Show all queues: lpstat -e", name.c_str())};
+  return Failure{filled("There is no queue %s. Show all queues: lpstat -e", name.c_str())};
 }
 
 }  // namespace
