@@ -15,8 +15,8 @@
 #include "tests/sharing/pages.h"
 #include "tests/sharing/turn_taking.h"
 #include "tests/spooler/documents.h"
-#include "tests/tools/emulator/printer_process.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace {
 
@@ -103,7 +103,7 @@ class Burst : public testing::Test {
 
   PrivateSpooler spooler_;
   ListeningPrinter printer_{spooler_.toolPath("korvel-printer"),
-                          {"--speed", "5000", "--pages", "--dpi", "203"}};
+                            {"--speed", "5000", "--pages", "--dpi", "203"}};
   PageSize size_;
   std::vector<std::thread> threads_;
   std::function<void()> trouble_;
