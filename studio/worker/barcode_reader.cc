@@ -1,0 +1,104 @@
+// Starts zbarimg and reads the few elements of its XML that matter here.
+// SPDX-License-Identifier: Apache-2.0
+#include "studio/worker/barcode_reader.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <regex>
+
+#include "tools/common/child_process.h"
+
+namespace korvel {
+namespace {
+
+constexpr int kNothingFound = 4;
+constexpr size_t kMostAnswer = 1 << 20;
+constexpr size_t kMostText = 400;  // bytes of a code that are shown
+
+struct Box {
+  int left = INT_MAX;
+  int top = INT_MAX;
+  int right = INT_MIN;
+  int bottom = INT_MIN;
+};
+
+// Runs the decoder; false when it is not installed.
+bool runDecoder(const std::string& png, std::string* output) {
+  Descriptor ours;
+  Descriptor theirs;
+  if (!openPipe(&ours, &theirs)) return false;
+  std::vector<std::string> words = {"zbarimg", "--quiet", "--xml", "--nodbus", png};
+  const std::vector<char*> arguments = execWords(words);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, theirs.get(), STDOUT_FILENO);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  pid_t pid = -1;
+  const int fault =
+      posix_spawnp(&pid, words[0].c_str(), &actions, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  theirs.reset();
+  if (fault != 0) return false;
+  Child child;
+  child.start(pid);
+  char bytes[4096];
+  for (ssize_t count = 0; (count = read(ours.get(), bytes, sizeof bytes)) > 0;) {
+    if (output->size() < kMostAnswer) output->append(bytes, static_cast<size_t>(count));
+  }
+  int status = 0;
+  child.wait(&status);
+  return WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == kNothingFound);
+}
+
+// "+12,34 +56,78"
+Box boxOf(const std::string& points) {
+  static const std::regex kPoint("([+-]?[0-9]{1,6}),([+-]?[0-9]{1,6})");
+  Box box;
+  for (std::sregex_iterator at(points.begin(), points.end(), kPoint), end; at != end; ++at) {
+    const int x = std::atoi((*at)[1].str().c_str());
+    const int y = std::atoi((*at)[2].str().c_str());
+    box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x),
+           std::max(box.bottom, y)};
+  }
+  return box;
+}
+
+std::string between(const std::string& text, const std::string& before, const std::string& after) {
+  const size_t from = text.find(before);
+  if (from == std::string::npos) return "";
+  const size_t to = text.find(after, from + before.size());
+  return to == std::string::npos ? ""
+                                 : text.substr(from + before.size(), to - from - before.size());
+}
+
+nlohmann::json codeOfSymbol(const std::string& symbol) {
+  const Box box = boxOf(between(symbol, "points='", "'"));
+  nlohmann::json code = {{"type", between(symbol, "type='", "'")},
+                         {"text", between(symbol, "<![CDATA[", "]]>").substr(0, kMostText)}};
+  if (box.left <= box.right) code["box"] = {box.left, box.top, box.right, box.bottom};
+  return code;
+}
+
+}  // namespace
+
+nlohmann::json readBarcodes(const std::string& png) {
+  std::string xml;
+  nlohmann::json codes = nlohmann::json::array();
+  if (!runDecoder(png, &xml)) return {{"decoder", false}, {"codes", codes}};
+  const std::string end = "</symbol>";
+  for (size_t at = xml.find("<symbol "); at != std::string::npos;
+       at = xml.find("<symbol ", at + 1)) {
+    const size_t to = xml.find(end, at);
+    if (to == std::string::npos) break;
+    codes.push_back(codeOfSymbol(xml.substr(at, to - at)));
+  }
+  return {{"decoder", true}, {"codes", codes}};
+}
+
+}  // namespace korvel

@@ -1,0 +1,114 @@
+// The dots come from the filter's own stream; nothing here knows a halftone.
+// SPDX-License-Identifier: Apache-2.0
+#include "studio/worker/page_dots.h"
+
+#include <cups/raster.h>
+#include <fcntl.h>
+#include <bit>
+
+#include <cstdio>
+#include <cstring>
+
+#include "studio/sentences.h"
+#include "tools/common/child_process.h"
+#include "tools/host/emulated_spooler.h"
+#include "tools/preview/document.h"
+#include "tools/stream/page_picture.h"
+#include "tools/stream/stream_decoder.h"
+
+namespace korvel {
+namespace {
+
+constexpr double kFilterSeconds = 60;
+// A PDF file that already has the printer's page size: the chain does not lay it out again.
+constexpr char kLaidOutPdf[] = "application/vnd.cups-pdf";
+
+Result<RasterSize> readSize(const std::string& path) {
+  Descriptor file;
+  if (!file.adopt(open(path.c_str(), O_RDONLY | O_CLOEXEC))) return Failure{kNoRaster.english};
+  cups_raster_t* raster = cupsRasterOpen(file.get(), CUPS_RASTER_READ);
+  cups_page_header2_t header = {};
+  const bool read = raster != nullptr && cupsRasterReadHeader2(raster, &header) != 0;
+  cupsRasterClose(raster);
+  if (!read) return Failure{kNoRaster.english};
+  return RasterSize{header.cupsWidth, header.cupsHeight, header.HWResolution[0]};
+}
+
+// For the server's log: the user gets the sentence only.
+void logReason(const char* what, const std::string& reason) {
+  if (!reason.empty()) std::fprintf(stderr, "korvel-studio: %s: %s\n", what, reason.c_str());
+}
+
+std::string reasonOf(const SpoolerOutcome& outcome, const StreamDecoder& decoder) {
+  if (!outcome.fault.empty()) return outcome.fault;
+  if (outcome.timedOut) return "time limit";
+  if (outcome.signal != 0) return "signal " + std::to_string(outcome.signal);
+  if (outcome.status != 0) return "status " + std::to_string(outcome.status);
+  return decoder.error();
+}
+
+size_t countDots(const PagePicture& page) {
+  size_t count = 0;
+  for (const uint8_t byte : page.dots()) count += static_cast<size_t>(std::popcount(byte));
+  return count;
+}
+
+SpoolerJob spoolerJob(const DotsJob& job) {
+  SpoolerJob run;
+  run.filter = job.filter;
+  run.ppd = job.ppd;
+  run.options = job.options;
+  run.raster = job.raster;
+  run.noFiles = true;
+  run.timeoutSeconds = kFilterSeconds;
+  return run;
+}
+
+}  // namespace
+
+Result<RasterSize> rasterisePage(const std::string& page, const std::string& ppd,
+                                 const std::string& options, const std::string& target) {
+  RasteriserJob job;
+  job.document = page;
+  job.type = kLaidOutPdf;
+  job.ppd = ppd;
+  job.options = options;
+  job.log = target + ".log";
+  Rasteriser rasteriser;
+  const std::string started = rasteriser.start(job);
+  std::string kept;
+  if (started.empty()) kept = keepFirstPage(rasteriser.output()->get(), target);
+  const std::string finished = started.empty() ? rasteriser.finish() : started;
+  logReason("rasteriser", finished.empty() ? kept : finished);
+  std::remove(job.log.c_str());
+  if (!finished.empty() || !kept.empty()) return Failure{kNoRaster.english};
+  return readSize(target);
+}
+
+Result<DotsSize> makeDots(const DotsJob& job) {
+  PagePicture page;
+  unsigned pages = 0;
+  StreamDecoder decoder([&](const StreamItem& item) {
+    if (item.kind == ItemKind::kArea) {
+      page.begin(item);
+      ++pages;
+    }
+    if (item.kind == ItemKind::kImage) page.add(item);
+  });
+  SpoolerJob run = spoolerJob(job);
+  std::string messages;
+  run.output = [&](const char* bytes, size_t count) {
+    decoder.push(reinterpret_cast<const uint8_t*>(bytes), count);
+  };
+  run.messages = [](const char*, size_t) {};
+  const SpoolerOutcome outcome = runSpoolerJob(run);
+  decoder.finish();
+  const std::string reason = reasonOf(outcome, decoder);
+  logReason("filter", reason);
+  if (!reason.empty() || pages != 1 || !page.checkShape().empty()) return Failure{kNoDots.english};
+  const std::string written = page.writePng(job.target, 0);
+  if (!written.empty()) return Failure{kDiskFull.english};
+  return DotsSize{page.width(), page.height(), countDots(page)};
+}
+
+}  // namespace korvel
