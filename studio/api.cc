@@ -301,58 +301,76 @@ Result<Api::Json> Api::answerDocuments(HttpRequest* request) {
   if (action != "preview" && action != "print" && action != "barcodes") {
     return Failure{kNotFound.english};
   }
-  if (action == "barcodes") {
-    const auto dots = document->findDotsNamed(request->parameter("picture"));
-    if (!dots) return Failure{kNoDocument.english};
-    return parts_.renderer->barcodes(*dots);
-  }
   const Result<PrintOrder> order = orderFromJson(request->body);
   if (!order) return order.failure();
-  return action == "print" ? print(document, order.value()) : preview(document, order.value());
+  if (action == "print") return print(document, order.value());
+  return action == "barcodes" ? barcodes(document, order.value())
+                              : preview(document, order.value());
 }
 
-Result<Api::Json> Api::preview(const std::shared_ptr<Document>& document, const PrintOrder& order) {
-  const std::shared_ptr<Ticket> ticket = document->begin(order.view);
-  const Result<Queue> queue = parts_.queues->queue(order.queue);
+Result<Api::Order> Api::prepare(const PrintOrder& order) {
+  Result<Queue> queue = parts_.queues->queue(order.queue);
   if (!queue) return queue.failure();
-  const Result<Choices> choices = queue.value().driver->complete(order.choices);
+  const Result<Choices> choices = queue->driver->complete(order.choices);
   if (!choices) return choices.failure();
-  const PageSettings settings = {choices.value(), order.placement, order.page};
-  const Result<PageShape> shape = parts_.renderer->shape(*document, queue.value(), settings);
-  if (!shape) return shape.failure();
+  return Order{*queue, {choices.value(), order.placement, order.page}};
+}
+
+Result<Api::Made> Api::make(Document* document, const Order& order, Ticket* ticket) {
   const Result<MadeFile> raster =
-      parts_.renderer->page(document.get(), queue.value(), settings, ticket.get());
+      parts_.renderer->page(document, order.queue, order.settings, ticket);
   if (!raster) return raster.failure();
   const Result<MadeFile> dots =
-      parts_.renderer->dots(document.get(), queue.value(), settings, ticket.get());
+      parts_.renderer->dots(document, order.queue, order.settings, ticket);
   if (!dots) return dots.failure();
-  const unsigned dpi = queue.value().driver->dpi();
-  return Json{{"picture", dots.value().name},
-              {"image", "/api/documents/" + document->id() + "/dots/" + dots.value().name},
-              {"width", dots.value().width},
-              {"height", dots.value().height},
-              {"printed", dots.value().printed},
+  return Made{raster.value(), dots.value()};
+}
+
+Result<Api::Json> Api::preview(const std::shared_ptr<Document>& document, const PrintOrder& asked) {
+  const std::shared_ptr<Ticket> ticket = document->begin(asked.view);
+  const Result<Order> order = prepare(asked);
+  if (!order) return order.failure();
+  const Queue& queue = order.value().queue;
+  const Result<PageShape> shape = parts_.renderer->shape(*document, queue, order.value().settings);
+  if (!shape) return shape.failure();
+  const Result<Made> made = make(document.get(), order.value(), ticket.get());
+  if (!made) return made.failure();
+  const MadeFile& dots = made.value().dots;
+  const unsigned dpi = queue.driver->dpi();
+  return Json{{"picture", dots.name},
+              {"image", "/api/documents/" + document->id() + "/dots/" + dots.name},
+              {"width", dots.width},
+              {"height", dots.height},
+              {"printed", dots.printed},
               {"dpi", dpi},
               {"page", describe(shape.value().geometry)},
-              {"area", areaOf(dots.value(), raster.value(), shape.value().geometry, dpi)},
-              {"placed", describe(shape.value(), order.placement)}};
+              {"area", areaOf(dots, made.value().raster, shape.value().geometry, dpi)},
+              {"placed", describe(shape.value(), asked.placement)}};
+}
+
+Result<Api::Json> Api::barcodes(const std::shared_ptr<Document>& document,
+                                const PrintOrder& asked) {
+  const std::shared_ptr<Ticket> ticket = document->begin(asked.view);
+  const Result<Order> order = prepare(asked);
+  if (!order) return order.failure();
+  const Result<Made> made = make(document.get(), order.value(), ticket.get());
+  if (!made) return made.failure();
+  return parts_.renderer->barcodes(made.value().raster, made.value().dots);
 }
 
 // The same raster page and the same options that the preview's dots were made of.
-Result<Api::Json> Api::print(const std::shared_ptr<Document>& document, const PrintOrder& order) {
-  const Result<Queue> queue = parts_.queues->queue(order.queue);
-  if (!queue) return queue.failure();
-  const Result<Choices> choices = queue.value().driver->complete(order.choices);
-  if (!choices) return choices.failure();
-  const PageSettings settings = {choices.value(), order.placement, order.page};
+Result<Api::Json> Api::print(const std::shared_ptr<Document>& document, const PrintOrder& asked) {
+  const Result<Order> order = prepare(asked);
+  if (!order) return order.failure();
+  const PageSettings& settings = order.value().settings;
   Ticket ticket;
   const Result<MadeFile> raster =
-      parts_.renderer->page(document.get(), queue.value(), settings, &ticket);
+      parts_.renderer->page(document.get(), order.value().queue, settings, &ticket);
   if (!raster) return raster.failure();
   const Result<int> job = parts_.queues->print(
-      {order.queue, document->title, choices.value(), *raster.value().path, order.copies});
+      {asked.queue, document->title, settings.choices, *raster.value().path, asked.copies});
   if (!job) return job.failure();
-  return Json{{"job", job.value()}, {"queue", order.queue}};
+  return Json{{"job", job.value()}, {"queue", asked.queue}};
 }
 
 // A document that no page shows is gone with its request.

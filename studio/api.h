@@ -50,12 +50,25 @@ class Api : public HttpHandler {
 
  private:
   using Json = nlohmann::json;
+  struct Order {
+    Queue queue;
+    PageSettings settings;
+  };
+  struct Made {
+    MadeFile raster;
+    MadeFile dots;
+  };
+  // Checks an order against the queue's driver.
+  Result<Order> prepare(const PrintOrder& order);
+  Result<Made> make(Document* document, const Order& order, Ticket* ticket);
+
   Result<Json> answerApi(HttpRequest* request);
   Result<Json> answerQueues(const HttpRequest& request);
   Result<Json> answerDocuments(HttpRequest* request);
   Result<Json> answerJobs(const HttpRequest& request);
   Result<Json> upload(HttpRequest* request);
   Result<Json> preview(const std::shared_ptr<Document>& document, const PrintOrder& order);
+  Result<Json> barcodes(const std::shared_ptr<Document>& document, const PrintOrder& order);
   Result<Json> print(const std::shared_ptr<Document>& document, const PrintOrder& order);
   Result<Json> printUpload(HttpRequest* request);
   Result<std::shared_ptr<Document>> import(HttpRequest* request);

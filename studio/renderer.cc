@@ -165,9 +165,9 @@ Result<MadeFile> Renderer::dots(Document* document, const Queue& queue,
   return dots;
 }
 
-Result<nlohmann::json> Renderer::barcodes(const MadeFile& dots) {
+Result<nlohmann::json> Renderer::barcodes(const MadeFile& raster, const MadeFile& dots) {
   Ticket ticket;
-  return run({"barcodes", *dots.path}, &ticket);
+  return run({"barcodes", *raster.path, *dots.path}, &ticket);
 }
 
 }  // namespace korvel

@@ -42,7 +42,7 @@ class Renderer {
                         Ticket* ticket);
   Result<MadeFile> dots(Document* document, const Queue& queue, const PageSettings& settings,
                         Ticket* ticket);
-  Result<nlohmann::json> barcodes(const MadeFile& dots);
+  Result<nlohmann::json> barcodes(const MadeFile& raster, const MadeFile& dots);
 
  private:
   class Turn;

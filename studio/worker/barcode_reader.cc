@@ -9,9 +9,12 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <regex>
+#include <vector>
 
+#include "studio/worker/page_dots.h"
 #include "tools/common/child_process.h"
 
 namespace korvel {
@@ -85,20 +88,44 @@ nlohmann::json codeOfSymbol(const std::string& symbol) {
   return code;
 }
 
-}  // namespace
+using Codes = std::vector<nlohmann::json>;
 
-nlohmann::json readBarcodes(const std::string& png) {
+// False without the decoder.
+bool findCodes(const std::string& picture, Codes* codes) {
   std::string xml;
-  nlohmann::json codes = nlohmann::json::array();
-  if (!runDecoder(png, &xml)) return {{"decoder", false}, {"codes", codes}};
+  if (!runDecoder(picture, &xml)) return false;
   const std::string end = "</symbol>";
   for (size_t at = xml.find("<symbol "); at != std::string::npos;
        at = xml.find("<symbol ", at + 1)) {
     const size_t to = xml.find(end, at);
     if (to == std::string::npos) break;
-    codes.push_back(codeOfSymbol(xml.substr(at, to - at)));
+    codes->push_back(codeOfSymbol(xml.substr(at, to - at)));
   }
-  return {{"decoder", true}, {"codes", codes}};
+  return true;
+}
+
+bool isSame(const nlohmann::json& one, const nlohmann::json& other) {
+  return one["type"] == other["type"] && one["text"] == other["text"];
+}
+
+}  // namespace
+
+nlohmann::json readBarcodes(const std::string& raster, const std::string& png) {
+  Codes printed;
+  Codes drawn;
+  const std::string grey = png + ".pgm";
+  const bool found =
+      findCodes(png, &printed) && (!writeGrey(raster, grey) || findCodes(grey, &drawn));
+  std::remove(grey.c_str());
+  for (nlohmann::json& code : printed) code["readable"] = true;
+  for (nlohmann::json& code : drawn) {
+    code["readable"] = false;
+    const bool known =
+        std::any_of(printed.begin(), printed.end(),
+                    [&](const nlohmann::json& other) { return isSame(code, other); });
+    if (!known) printed.push_back(code);
+  }
+  return {{"decoder", found}, {"codes", printed}};
 }
 
 }  // namespace korvel

@@ -144,8 +144,8 @@ json dots(const Words& words) {
   return {{"width", size.width}, {"height", size.height}, {"printed", size.printed}};
 }
 
-// barcodes PNG
-json barcodes(const Words& words) { return korvel::readBarcodes(words.at(0)); }
+// barcodes RASTER PNG
+json barcodes(const Words& words) { return korvel::readBarcodes(words.at(0), words.at(1)); }
 
 }  // namespace
 

@@ -8,6 +8,8 @@
 
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <vector>
 
 #include "studio/sentences.h"
 #include "tools/common/child_process.h"
@@ -83,6 +85,25 @@ Result<RasterSize> rasterisePage(const std::string& page, const std::string& ppd
   std::remove(job.log.c_str());
   if (!finished.empty() || !kept.empty()) return Failure{kNoRaster.english};
   return readSize(target);
+}
+
+bool writeGrey(const std::string& raster, const std::string& target) {
+  Descriptor file;
+  if (!file.adopt(open(raster.c_str(), O_RDONLY | O_CLOEXEC))) return false;
+  cups_raster_t* pages = cupsRasterOpen(file.get(), CUPS_RASTER_READ);
+  cups_page_header2_t header = {};
+  std::ofstream out(target, std::ios::binary);
+  bool good = pages != nullptr && cupsRasterReadHeader2(pages, &header) != 0;
+  out << "P5\n" << header.cupsWidth << " " << header.cupsHeight << "\n255\n";
+  std::vector<unsigned char> row(header.cupsBytesPerLine);
+  for (unsigned y = 0; good && y < header.cupsHeight; ++y) {
+    good = cupsRasterReadPixels(pages, row.data(), header.cupsBytesPerLine) != 0;
+    for (unsigned char& value : row) value = static_cast<unsigned char>(255 - value);
+    out.write(reinterpret_cast<const char*>(row.data()), header.cupsWidth);
+  }
+  cupsRasterClose(pages);
+  out.close();
+  return good && out.good();
 }
 
 Result<DotsSize> makeDots(const DotsJob& job) {

@@ -21,6 +21,9 @@ struct RasterSize {
 Result<RasterSize> rasterisePage(const std::string& page, const std::string& ppd,
                                  const std::string& options, const std::string& target);
 
+// The raster page as a PGM picture, paper white. False when it cannot be read or written.
+bool writeGrey(const std::string& raster, const std::string& target);
+
 struct DotsJob {
   std::string filter;  // path of rastertokorvel
   std::string raster;
