@@ -8,6 +8,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <cctype>
@@ -119,10 +120,42 @@ MHD_Result takeQuery(void* request, MHD_ValueKind, const char* name, const char*
   return MHD_YES;
 }
 
+constexpr size_t kWorthPacking = 1024;
+
+// Texts are packed for clients that say that they can unpack. Empty when that is not worth it.
+std::string packed(const std::string& text) {
+  z_stream stream = {};
+  constexpr int kGzip = 15 + 16;
+  if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, kGzip, 8, Z_DEFAULT_STRATEGY) !=
+      Z_OK) {
+    return "";
+  }
+  std::string output(deflateBound(&stream, text.size()), '\0');
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+  stream.avail_in = static_cast<uInt>(text.size());
+  stream.next_out = reinterpret_cast<Bytef*>(output.data());
+  stream.avail_out = static_cast<uInt>(output.size());
+  const bool done = deflate(&stream, Z_FINISH) == Z_STREAM_END;
+  output.resize(stream.total_out);
+  deflateEnd(&stream);
+  return done ? output : "";
+}
+
+bool takesPacked(MHD_Connection* connection) {
+  const char* accepted =
+      MHD_lookup_connection_value(connection, MHD_HEADER_KIND, "Accept-Encoding");
+  return accepted != nullptr && std::strstr(accepted, "gzip") != nullptr;
+}
+
 MHD_Result send(MHD_Connection* connection, const HttpResponse& response) {
-  MHD_Response* made = MHD_create_response_from_buffer(
-      response.body.size(), const_cast<char*>(response.body.data()), MHD_RESPMEM_MUST_COPY);
+  const bool isText = response.type != "image/png" && response.body.size() > kWorthPacking;
+  const std::string small = isText && takesPacked(connection) ? packed(response.body) : "";
+  const std::string& body = small.empty() ? response.body : small;
+  MHD_Response* made = MHD_create_response_from_buffer(body.size(), const_cast<char*>(body.data()),
+                                                       MHD_RESPMEM_MUST_COPY);
   if (made == nullptr) return MHD_NO;
+  if (!small.empty()) MHD_add_response_header(made, "Content-Encoding", "gzip");
+  if (isText) MHD_add_response_header(made, "Vary", "Accept-Encoding");
   bool cached = false;
   for (const auto& [name, value] : kEveryAnswer) MHD_add_response_header(made, name, value);
   for (const auto& [name, value] : response.headers) {

@@ -81,6 +81,7 @@ Result<PrintOrder> orderFromJson(const std::string& text) {
     order.page = body.value("page", order.page);
     order.copies = body.value("copies", order.copies);
     const json options = body.value("options", json::object());
+    if (!options.is_object()) return Failure{kBadRequest.english};
     for (const auto& [name, value] : options.items()) {
       order.choices[name] = value.get<std::string>();
     }

@@ -2,9 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "studio/page_assets.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <system_error>
 
 #include "tools/common/translation.h"
@@ -22,6 +24,30 @@ std::string typeOf(const std::string& extension) {
   return "";
 }
 
+// Without indentation and without comments on lines of their own or behind two blanks: fewer bytes
+// for every visitor. The page's sources have no text that goes over a line's end.
+std::string withoutLayout(const std::string& source) {
+  std::string compact;
+  std::istringstream in(source);
+  for (std::string line; std::getline(in, line);) {
+    line.erase(0, std::min(line.find_first_not_of(' '), line.size()));
+    line.erase(std::min(line.find("  // "), line.size()));
+    if (!line.empty() && !line.starts_with("//")) compact += line + "\n";
+  }
+  return compact;
+}
+
+// Style sheets need no blanks behind their punctuation either.
+std::string withoutBlanks(std::string style) {
+  for (const char* mark : {": ", "; ", ", ", " {", "{ ", " }", ";\n", "{\n", "}\n"}) {
+    const std::string kept = std::string(1, mark[0] == ' ' ? mark[1] : mark[0]);
+    for (size_t at = style.find(mark); at != std::string::npos; at = style.find(mark, at)) {
+      style.replace(at, 2, kept);
+    }
+  }
+  return style;
+}
+
 }  // namespace
 
 Result<void> PageAssets::load(const std::string& folder) {
@@ -30,8 +56,10 @@ Result<void> PageAssets::load(const std::string& folder) {
     const std::string type = typeOf(entry.path().extension());
     if (type.empty() || !entry.is_regular_file(fault)) continue;
     std::ifstream in(entry.path(), std::ios::binary);
+    const std::string source = withoutLayout({std::istreambuf_iterator<char>(in), {}});
+    const bool isStyle = entry.path().extension() == ".css";
     assets_["/" + entry.path().lexically_relative(folder).string()] = {
-        type, std::string{std::istreambuf_iterator<char>(in), {}}};
+        type, isStyle ? withoutBlanks(source) : source};
   }
   if (!assets_.contains("/index.html")) {
     return Failure{filled("The page is not in %s; install korvel-studio again.", folder.c_str())};

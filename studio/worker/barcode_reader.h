@@ -8,9 +8,9 @@
 
 namespace korvel {
 
-// Looks at the grey page `raster` before the filter and at its dots `png`. {"decoder": false} without
-// the program; else {"decoder": true, "codes": [...]}, each code with its "type", "text", whether it
-// is "readable" in the dots, and the "box" around it: left, top, right, bottom in dots.
+// Looks at the grey page `raster` before the filter and at its dots `png`. {"decoder": false}
+// without the program; else {"decoder": true, "codes": [...]}, each code with its "type", "text",
+// whether it is "readable" in the dots, and the "box" around it: left, top, right, bottom in dots.
 nlohmann::json readBarcodes(const std::string& raster, const std::string& png);
 
 }  // namespace korvel

@@ -16,6 +16,7 @@ class PrinterProcess {
   PrinterProcess(const std::string& program, const std::vector<std::string>& arguments);
 
   int port() const { return port_; }
+  int controlPort() const { return controlPort_; }
   // Sends a line to the control port; returns the answer, which begins with "ok".
   std::string command(const std::string& line) const;
 

@@ -7,7 +7,7 @@ export default {
   printer: 'Printer', size: 'Size', customSize: 'Custom size', widthMm: 'Width (mm)', heightMm: 'Length (mm)',
   fitting: 'Fitting', fit: 'Fit', fill: 'Fill', trueSize: 'True size', ownSize: 'Own size', placedWidth: 'Picture width (mm)', turn: 'Turn (°)', right: 'To the right (mm)', down: 'Down (mm)', turnLeft: '90° left', turnRight: '90° right', centre: 'Centre',
   picture: 'Picture', halftone: 'Halftone', compare: 'Compare with', compareNone: 'No comparison', paper: 'Paper', copies: 'Copies', print: 'Print', printAgain: 'Print again', cancel: 'Cancel',
-  Brightness: 'Darker or lighter', Contrast: 'Contrast', MirrorImage: 'Mirror', NegativeImage: 'Negative', negativeNeedsTattoo: 'Only with a stencil halftone',
+  Brightness: 'Lighter – darker', Contrast: 'Contrast', MirrorImage: 'Mirror', NegativeImage: 'Negative', negativeNeedsTattoo: 'Only with a stencil halftone',
   facts: '{0} × {1} dots at {2} dpi, {3} % black', codeReadable: 'Barcode readable: {0}', codeUnreadable: 'Barcode not readable in print: {0}',
   noPrinter: 'No printer: set one up with korvel-setup.', printerStopped: 'The printer is stopped.', 'printer-idle': 'Ready', 'printer-printing': 'Printing', 'printer-stopped': 'The printer is stopped.',
   'reason-media-empty': 'No paper: load a sheet.', 'reason-media-needed': 'No paper: load a sheet.', 'reason-cover-open': 'The cover is open: close it.', 'reason-offline': 'The printer is off or not connected.', 'reason-connecting-to-device': 'Connecting to the printer…', 'reason-paused': 'The printer is stopped.', 'reason-cups-missing-filter': 'The driver is damaged: install it again.',
