@@ -1,4 +1,5 @@
-// Registers a bench in its plain form and in its fast form on every target of this machine.
+// Registers a benchmark for the reference implementation and for the filter's code on every SIMD
+// target of this machine.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_BENCH_FORMS_H
 #define KORVEL_BENCH_FORMS_H
@@ -8,7 +9,7 @@
 #include <functional>
 #include <string>
 
-// One page's work; false stands for a failure, which stops the bench.
+// One page's work; `run` returns false on failure, which stops the benchmark.
 struct Work {
   std::function<void()> prepare;  // not timed
   std::function<bool()> run;      // timed
@@ -26,8 +27,8 @@ inline void timeWork(benchmark::State& state, const Work& work) {
   }
 }
 
-// The fast form runs once for each available target wider than the portable one.
-void registerForms(const std::string& what, const Work& plain, const Work& fast);
+// The filter's code runs once for each available target wider than the portable one.
+void registerForms(const std::string& what, const Work& reference, const Work& filter);
 
 void registerCopy();
 void registerHalftones();

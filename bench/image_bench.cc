@@ -6,12 +6,12 @@
 #include "bench/forms.h"
 #include "bench/pages.h"
 #include "image/cximage.h"
-#include "image/cximage_literal.h"
+#include "image/cximage_reference.h"
 #include "lanes/target.h"
 
 namespace {
 
-// One image for all: benches run one after the other.
+// One image for all: benchmarks run one after the other.
 CxImage& workImage() {
   static CxImage image;
   return image;
@@ -41,20 +41,20 @@ constexpr Halftone kHalftones[] = {
 
 }  // namespace
 
-void registerForms(const std::string& what, const Work& plain, const Work& fast) {
-  benchmark::RegisterBenchmark((what + "/plain").c_str(), timeWork, plain);
+void registerForms(const std::string& what, const Work& reference, const Work& filter) {
+  benchmark::RegisterBenchmark((what + "/reference").c_str(), timeWork, reference);
   for (const Target target : availableTargets()) {
     if (target == Target::kPortable) continue;
-    const Work onTarget{[target, prepare = fast.prepare] {
+    const Work onTarget{[target, prepare = filter.prepare] {
                           chooseTarget(target);
                           prepare();
                         },
-                        fast.run};
+                        filter.run};
     benchmark::RegisterBenchmark((what + "/" + nameOf(target)).c_str(), timeWork, onTarget);
   }
 }
 
-// The yardstick: the page as all others find it, copied to memory of its own.
+// The yardstick: a copy of the page to newly allocated memory.
 void registerCopy() {
   const Work work{takePage, [] {
                     const size_t size = a4Page().pixels.size();
@@ -66,14 +66,14 @@ void registerCopy() {
                     std::free(copy);
                     return true;
                   }};
-  benchmark::RegisterBenchmark("copy/plain", timeWork, work);
+  benchmark::RegisterBenchmark("copy/reference", timeWork, work);
 }
 
 void registerHalftones() {
   for (const Halftone& halftone : kHalftones) {
     const DitherMethod method = halftone.method;
     registerForms(halftone.name,
-                  {takePage, [method] { return CxImageLiteral::Dither(workImage(), method); }},
+                  {takePage, [method] { return reference::Dither(workImage(), method); }},
                   {takePage, [method] { return workImage().Dither(method); }});
   }
 }
@@ -81,14 +81,14 @@ void registerHalftones() {
 void registerPointWork() {
   static uint8_t table[256];
   for (int i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(255 - i / 2);
-  registerForms("light", {takePage, [] { return CxImageLiteral::Lut(workImage(), table); }},
+  registerForms("light", {takePage, [] { return reference::Lut(workImage(), table); }},
                 {takePage, [] { return workImage().Light(25, 40); }});
-  registerForms("turn", {takePage, [] { return CxImageLiteral::Rotate180(workImage()); }},
+  registerForms("turn", {takePage, [] { return reference::Rotate180(workImage()); }},
                 {takePage, [] { return workImage().Rotate180(); }});
   registerForms("mirror",
                 {takePage,
                  [] {
-                   CxImageLiteral::Mirror(workImage());
+                   reference::Mirror(workImage());
                    return true;
                  }},
                 {takePage, [] {
@@ -98,13 +98,13 @@ void registerPointWork() {
   registerForms("negative",
                 {takePage,
                  [] {
-                   CxImageLiteral::Negative(workImage());
+                   reference::Negative(workImage());
                    return true;
                  }},
                 {takePage, [] {
                    workImage().Negative();
                    return true;
                  }});
-  registerForms("depth", {takeHalftone, [] { return CxImageLiteral::IncreaseBpp(workImage(), 8); }},
+  registerForms("depth", {takeHalftone, [] { return reference::IncreaseBpp(workImage(), 8); }},
                 {takeHalftone, [] { return workImage().IncreaseBpp(8); }});
 }

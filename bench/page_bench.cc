@@ -1,5 +1,5 @@
-// Whole pages with both dumps, from raster pixels to the printer's bytes, and the two copies of a
-// page that its road contains. Dumps and messages go to a memory file system and to nowhere.
+// Whole pages with both dumps, from raster pixels to the printer's bytes, and their packing alone.
+// Dumps go to a memory file system, messages to /dev/null.
 // SPDX-License-Identifier: Apache-2.0
 #include <cups/raster.h>
 #include <dirent.h>
@@ -12,13 +12,13 @@
 
 #include "bench/forms.h"
 #include "bench/pages.h"
-#include "bench/plain_printer.h"
-#include "printer/page_literal.h"
+#include "bench/reference_printer.h"
+#include "printer/page_reference.h"
 #include "printer/settings.h"
 
 namespace {
 
-// Removes what the last page left in the dump folder.
+// Removes the last page's dumps.
 void clearDumps() {
   const std::string folder = std::string(getenv("KORVEL_SANDBOX")) + "/dumps";
   DIR* open = opendir(folder.c_str());
@@ -36,12 +36,12 @@ struct PageJob {
     printer.setPageHeader(&header);
     printer.settings_ = &settings;
   }
-  void print(DitherType halftone, bool plainly) {
+  void print(DitherType halftone, bool byReference) {
     printer.setHalftoneType(halftone);
     const auto width = static_cast<size_t>(a4Page().width);
     const auto height = static_cast<size_t>(a4Page().height);
-    if (plainly) {
-      printer.printPlainly(a4Page().pixels.data(), width, height, width);
+    if (byReference) {
+      printer.printPage(a4Page().pixels.data(), width, height, width);
     } else {
       printer.printImage(a4Page().pixels.data(), width, height, width);
     }
@@ -53,7 +53,7 @@ struct PageJob {
   std::unique_ptr<FILE, Close> output{std::fopen("/dev/null", "w")};
   Settings settings{};
   cups_page_header2_t header{};
-  PlainPrinter printer;
+  ReferencePrinter printer;
 };
 
 PageJob& pageJob() {
@@ -61,7 +61,7 @@ PageJob& pageJob() {
   return job;
 }
 
-// A halftoned page as bytes of 0 and 1, which packing spoils.
+// A halftoned page as bytes of 0 and 1, which packing overwrites.
 std::vector<uint8_t>& halftonedPage() {
   static std::vector<uint8_t> page;
   return page;
@@ -72,45 +72,17 @@ void takeHalftonedPage() {
   for (uint8_t& pixel : halftonedPage()) pixel = pixel >> 7;
 }
 
-// The page's image as the processed copy reads it.
-CxImage& copiedImage() {
-  static CxImage image;
-  if (!image.IsValid()) {
-    takeHalftonedPage();
-    const auto width = static_cast<uint32_t>(a4Page().width);
-    const auto height = static_cast<uint32_t>(a4Page().height);
-    image.CreateFromArray(halftonedPage().data(), width, height, 8, width, false);
-  }
-  return image;
-}
-
-bool copyPage(bool plainly) {
-  const GreyPage& page = a4Page();
-  static std::vector<uint8_t> copy(2 * page.pixels.size());
-  if (plainly) {
-    PageLiteral::copyProcessedPixels(&copiedImage(), copy.data(), page.width, page.height,
-                                     page.width, false, copy.size());
-  } else {
-    pageJob().printer.copyProcessedPixels(&copiedImage(), copy.data(), page.width, page.height,
-                                          page.width, copy.size());
-  }
-  return true;
-}
-
-bool packPage(bool plainly) {
+bool packPage(bool byReference) {
   const GreyPage& page = a4Page();
   uint8_t* rows = halftonedPage().data();
-  const int packed = plainly ? PageLiteral::GrayToMono(page.width, page.height, 0, rows)
-                             : pageJob().printer.GrayToMono(page.width, page.height, rows);
+  const int packed = byReference ? reference::GrayToMono(page.width, page.height, 0, rows)
+                                 : pageJob().printer.GrayToMono(page.width, page.height, rows);
   return packed == (page.width + 7) / 8 * page.height;
 }
 
 }  // namespace
 
 void registerPages() {
-  const auto touchImage = [] { copiedImage(); };
-  registerForms("copy of a page", {touchImage, [] { return copyPage(true); }},
-                {touchImage, [] { return copyPage(false); }});
   registerForms("pack", {takeHalftonedPage, [] { return packPage(true); }},
                 {takeHalftonedPage, [] { return packPage(false); }});
 
@@ -124,9 +96,9 @@ void registerPages() {
       {"page, stencil", kHalftoneTattoo},
   };
   for (const Halftone& halftone : kHalftones) {
-    const auto print = [type = halftone.type](bool plainly) {
-      return [type, plainly] {
-        pageJob().print(type, plainly);
+    const auto print = [type = halftone.type](bool byReference) {
+      return [type, byReference] {
+        pageJob().print(type, byReference);
         return true;
       };
     };

@@ -1,4 +1,5 @@
-// Reports a run as one table: each bench's plain form, its fast forms, and the ratios promised.
+// Reports a run as one table: for each benchmark the reference implementation, the filter's code on
+// each SIMD target, and the promised ratios.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_BENCH_RATIO_TABLE_H
 #define KORVEL_BENCH_RATIO_TABLE_H
@@ -9,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// Benches are named "what/form", the form being "plain", "copy" or a target's name. Ratios are
-// taken repetition by repetition, so that a noisy moment spoils one of them and not the rest.
+// Benchmarks are named "what/form"; the form is "reference" or a target's name. Ratios are taken
+// repetition by repetition, so that a noisy moment spoils only one of them.
 class RatioTable : public benchmark::BenchmarkReporter {
  public:
   explicit RatioTable(std::string resultPath) : resultPath_(std::move(resultPath)) {}
@@ -20,7 +21,7 @@ class RatioTable : public benchmark::BenchmarkReporter {
   void Finalize() override;  // prints the table, and writes it to the result file if there is one
 
  private:
-  using Seconds = std::vector<double>;  // processor time a page, a repetition each
+  using Seconds = std::vector<double>;  // processor time per page, one figure per repetition
 
   std::string tableText() const;
 

@@ -1,6 +1,5 @@
-// Every shape is the dots whose centres lie inside it. Only the four basic operations are used, so
-// that a picture is the same on every machine.
-// SPDX-License-Identifier: Apache-2.0
+// A shape consists of the dots whose centres are inside it. Only the four basic operations are
+// used, so that a picture is the same on every machine. SPDX-License-Identifier: Apache-2.0
 #include "drawing/dot_canvas.h"
 
 #include <algorithm>
@@ -12,7 +11,7 @@ namespace korvel {
 namespace {
 
 constexpr int kCapRows = 7;
-constexpr double kSmallestStroke = 2.5;  // dots a font row; below, letters are squares
+constexpr double kSmallestStroke = 2.5;  // dots per font row; letters below it are drawn as squares
 constexpr double kRegularStroke = 0.9;   // of a font row
 
 double squaredDistance(Point from, Point to, Point p) {
@@ -82,8 +81,8 @@ void DotCanvas::ring(Point centre, double radius, double thickness, uint8_t ink)
 
 namespace {
 
-// A glyph's dots joined to strokes: neighbours in a row or column, and diagonal ones that no third
-// dot joins already.
+// The strokes between the dots of a glyph: between neighbours in a row or column, and between
+// diagonal ones that no third dot connects already.
 void drawGlyph(DotCanvas* canvas, Point topLeft, char letter, double unit, const TextStyle& style) {
   const double thickness = unit * kRegularStroke * style.weight;
   const auto centre = [&](int column, int row) {
@@ -119,7 +118,7 @@ void drawSmallGlyph(DotCanvas* canvas, Point topLeft, char letter, int unit, uin
   }
 }
 
-// Dots a font row: whole ones for small letters.
+// Dots per font row: a whole number for small letters.
 double unitOf(const TextStyle& style) {
   const double unit = style.capHeight / kCapRows;
   return unit < kSmallestStroke ? std::max(1.0, std::floor(unit + 0.5)) : unit;

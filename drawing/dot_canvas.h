@@ -1,5 +1,5 @@
-// A page of grey to draw on, a byte a dot: 0 is paper, 255 black, as in the raster of a page.
-// Lengths are dots; y grows downwards. Whatever falls beside the canvas is not drawn.
+// A grey page to draw on, one byte per dot: 0 is paper, 255 black, as in the raster of a page.
+// Lengths are dots; y grows downwards. What is outside of the canvas is not drawn.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_DRAWING_DOT_CANVAS_H
 #define KORVEL_DRAWING_DOT_CANVAS_H
@@ -56,7 +56,7 @@ struct TextStyle {
 
 double textWidth(const std::string& text, const TextStyle& style);
 void drawText(DotCanvas* canvas, Point topLeft, const std::string& text, const TextStyle& style);
-// The same around the middle of `centre.x`, and ending at `topRight.x`.
+// Text centred at `centre.x`, and text that ends at `topRight.x`.
 void drawTextCentred(DotCanvas* canvas, Point centre, const std::string& text,
                      const TextStyle& style);
 void drawTextRight(DotCanvas* canvas, Point topRight, const std::string& text,

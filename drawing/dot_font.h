@@ -1,5 +1,5 @@
-// The letters of our pictures: ASCII from the blank to '~', five dots wide, seven high and two
-// below the line. What is drawn from them are strokes, see dot_canvas.h.
+// The font of our pictures: ASCII from the blank to '~', five dots wide, seven high and two below
+// the base line. Text is drawn with strokes between these dots, see dot_canvas.h.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_DRAWING_DOT_FONT_H
 #define KORVEL_DRAWING_DOT_FONT_H
@@ -17,7 +17,7 @@ inline constexpr char kFirstGlyph = ' ';
 inline constexpr char kLastGlyph = '~';
 
 // clang-format off
-// Bands of eight glyphs, a blank column between two.
+// Bands of eight glyphs, with a blank column between two.
 inline constexpr const char* kGlyphBands[] = {
     //     !     "     #     $     %     &     '
     "..... ..#.. .#.#. ..... ..#.. ##..# .##.. ..#..",
@@ -142,7 +142,7 @@ inline constexpr const char* kGlyphBands[] = {
 };
 // clang-format on
 
-// Whether the glyph has a dot there; nothing outside of it, and none in characters without a glyph.
+// Whether the glyph has a dot at that position; false outside of it, and for other characters.
 constexpr bool glyphDot(char letter, int column, int row) {
   if (letter < kFirstGlyph || letter > kLastGlyph) return false;
   if (column < 0 || column >= kGlyphColumns || row < 0 || row >= kGlyphRows) return false;

@@ -1,8 +1,9 @@
 // Operations of the palette image, one after another, on arbitrary pixels and palettes: after each
-// the whole block, padding and all, must be what the plain forms leave, on every target.
-// Header line: depth, width, then operations, a letter and a number each: d2 (halftone), i8
+// the whole block, padding included, must be what the reference implementation leaves, on every
+// SIMD target.
+// Header line: depth, width, then operations, each a letter and a number: d2 (halftone), i8
 // (raise the depth), n (negative), l (look-up by a table of pixel bytes), r (turn), m (mirror),
-// p9 (palette entry). Then stored rows, padding and all.
+// p9 (palette entry). Then stored rows with their padding.
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstring>
@@ -10,7 +11,7 @@
 
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
-#include "image/cximage_literal.h"
+#include "image/cximage_reference.h"
 #include "lanes/target.h"
 
 namespace {
@@ -32,19 +33,20 @@ std::string blockOf(CxImage& image) {
   return {reinterpret_cast<const char*>(block), image.GetSize()};
 }
 
-void demandSameImage(CxImage& fast, CxImage& plain, const std::string& operation) {
-  demand(fast.IsValid() == plain.IsValid(), operation + ": one image has no block");
-  demand(fast.GetWidth() == plain.GetWidth() && fast.GetHeight() == plain.GetHeight() &&
-             fast.GetEffWidth() == plain.GetEffWidth(),
+void demandSameImage(CxImage& have, CxImage& want, const std::string& operation) {
+  demand(have.IsValid() == want.IsValid(), operation + ": one image has no block");
+  demand(have.GetWidth() == want.GetWidth() && have.GetHeight() == want.GetHeight() &&
+             have.GetEffWidth() == want.GetEffWidth(),
          operation + ": the sizes differ");
-  demand(std::strcmp(fast.GetLastError(), plain.GetLastError()) == 0,
+  demand(std::strcmp(have.GetLastError(), want.GetLastError()) == 0,
          operation + ": the errors differ");
-  const std::string have = blockOf(fast);
-  const std::string want = blockOf(plain);
-  const auto at = std::mismatch(have.begin(), have.end(), want.begin(), want.end());
-  demand(have == want, operation + ": the blocks differ at byte " +
-                           std::to_string(at.first - have.begin()) + " of " +
-                           std::to_string(want.size()));
+  const std::string haveBlock = blockOf(have);
+  const std::string wantBlock = blockOf(want);
+  const auto at =
+      std::mismatch(haveBlock.begin(), haveBlock.end(), wantBlock.begin(), wantBlock.end());
+  demand(haveBlock == wantBlock, operation + ": the blocks differ at byte " +
+                                     std::to_string(at.first - haveBlock.begin()) + " of " +
+                                     std::to_string(wantBlock.size()));
 }
 
 class Pair {
@@ -52,7 +54,7 @@ class Pair {
   Pair(uint32_t depth, uint32_t width, std::string_view rows) : rows_(rows) {
     const uint32_t stride = (depth * width + 31) / 32 * 4;
     const uint32_t height = std::clamp(static_cast<uint32_t>(rows.size() / stride), 1u, kMaxHeight);
-    for (CxImage* image : {&fast_, &plain_}) {
+    for (CxImage* image : {&have_, &want_}) {
       image->Create(width, height, depth, 0);
       image->SetGrayPalette();
       const size_t size = std::min(rows.size(), size_t{image->GetEffWidth()} * height);
@@ -62,34 +64,34 @@ class Pair {
 
   void apply(const std::string& operation) {
     const int number = HeaderLine::numberIn(std::string_view(operation).substr(1));
-    bool fastHeld = true;
-    bool plainHeld = true;
+    bool haveHeld = true;
+    bool wantHeld = true;
     uint8_t table[256];
     switch (operation[0]) {
       case 'd':
-        fastHeld = fast_.Dither(number);
-        plainHeld = CxImageLiteral::Dither(plain_, number);
+        haveHeld = have_.Dither(number);
+        wantHeld = reference::Dither(want_, number);
         break;
       case 'i':
-        fastHeld = fast_.IncreaseBpp(static_cast<uint32_t>(number));
-        plainHeld = CxImageLiteral::IncreaseBpp(plain_, static_cast<uint32_t>(number));
+        haveHeld = have_.IncreaseBpp(static_cast<uint32_t>(number));
+        wantHeld = reference::IncreaseBpp(want_, static_cast<uint32_t>(number));
         break;
       case 'n':
-        fast_.Negative();
-        CxImageLiteral::Negative(plain_);
+        have_.Negative();
+        reference::Negative(want_);
         break;
       case 'l':
         for (size_t i = 0; i < 256; ++i) table[i] = rowByte(i);
-        fastHeld = fast_.Lut(table);
-        plainHeld = CxImageLiteral::Lut(plain_, table);
+        haveHeld = have_.Lut(table);
+        wantHeld = reference::Lut(want_, table);
         break;
       case 'r':
-        fastHeld = fast_.Rotate180();
-        plainHeld = CxImageLiteral::Rotate180(plain_);
+        haveHeld = have_.Rotate180();
+        wantHeld = reference::Rotate180(want_);
         break;
       case 'm':
-        fast_.Mirror();
-        CxImageLiteral::Mirror(plain_);
+        have_.Mirror();
+        reference::Mirror(want_);
         break;
       case 'p':
         setPaletteEntry(static_cast<uint8_t>(number));
@@ -97,8 +99,8 @@ class Pair {
       default:
         return;
     }
-    demand(fastHeld == plainHeld, operation + ": one form failed");
-    demandSameImage(fast_, plain_, operation);
+    demand(haveHeld == wantHeld, operation + ": one form failed");
+    demandSameImage(have_, want_, operation);
   }
 
  private:
@@ -107,14 +109,14 @@ class Pair {
   }
 
   void setPaletteEntry(uint8_t index) {
-    for (CxImage* image : {&fast_, &plain_}) {
+    for (CxImage* image : {&have_, &want_}) {
       image->SetPaletteColor(index, rowByte(index), rowByte(index + 1u), rowByte(index + 2u), 0);
     }
   }
 
   std::string_view rows_;
-  OwnedImage fast_;
-  OwnedImage plain_;
+  OwnedImage have_;
+  OwnedImage want_;
 };
 
 }  // namespace

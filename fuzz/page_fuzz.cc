@@ -1,7 +1,7 @@
 // A small page of arbitrary pixels under arbitrary settings, through the page pipeline and the
-// transmission into memory: its stream must be whole packets, the same on every target as by the
-// plain forms.
-// Header line: width, bytes behind a row's last pixel, sheet name, dpi, halftone, brightness,
+// transmission into memory: its stream must be whole packets, and on every SIMD target that of the
+// reference implementation.
+// Header line: width, bytes after a row's last pixel, sheet name, dpi, halftone, brightness,
 // contrast, mirror, negative, turn, frame level, stencil printer. Then the rows.
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/plain_printer.h"
+#include "bench/reference_printer.h"
 #include "fuzz/caught_streams.h"
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
@@ -32,7 +32,7 @@ struct Page {
   int height;
 };
 
-class FastRoad : public KorvelPrinter {
+class FilterPage : public KorvelPrinter {
  public:
   void print(const Page& page) {
     std::vector<uint8_t> copy(2 * static_cast<size_t>(page.stride * page.height));
@@ -42,13 +42,13 @@ class FastRoad : public KorvelPrinter {
   }
 };
 
-// The same road in plain forms; it says nothing.
-class PlainRoad : public PlainPrinter {
+// The same page through the reference implementation, which does not log.
+class ReferencePage : public ReferencePrinter {
  public:
   void print(const Page& page) {
     std::vector<uint8_t> copy(2 * static_cast<size_t>(page.stride * page.height));
-    processPlainly(page.pixels, page.stride, page.width, page.height, copy.data());
-    sendPlainly();
+    processPage(page.pixels, page.stride, page.width, page.height, copy.data());
+    sendPage();
   }
 };
 
@@ -96,11 +96,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
   const int height = static_cast<int>(std::min(line.count(), kMaxBytes)) / stride;
   if (height == 0) return 0;
   const Page page{line.bytes(), stride, width, height};
-  const std::string plain = streamOf<PlainRoad>(page, line);
-  demandWhole(plain);
+  const std::string want = streamOf<ReferencePage>(page, line);
+  demandWhole(want);
   for (const Target target : availableTargets()) {
     chooseTarget(target);
-    demand(streamOf<FastRoad>(page, line) == plain,
+    demand(streamOf<FilterPage>(page, line) == want,
            std::string("the streams are the same on ") + nameOf(target));
   }
   return 0;

@@ -1,14 +1,15 @@
-// Arbitrary grey pages through both stencil halftones: every dot is black or white, and the dots
-// are those of the plain forms on every target. Header line: width. Then the page's pixels, row
-// after row. SPDX-License-Identifier: Apache-2.0
+// Arbitrary grey pages through both stencil halftones: every dot is black or white, and on every
+// SIMD target the dots are those of the reference implementation. Header line: width. Then the
+// page's pixels, row after row.
+// SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <string>
 
 #include "fuzz/demand.h"
 #include "fuzz/header_line.h"
 #include "lanes/target.h"
-#include "tattoo/literal.h"
 #include "tattoo/pipelines.h"
+#include "tattoo/tattoo_reference.h"
 
 namespace {
 
@@ -30,12 +31,12 @@ void demandDots(const QMImage& page, const QMImage& halftone, const std::string&
   }
 }
 
-void check(const QMImage& page, Halftone fast, Halftone plain, const std::string& name) {
+void check(const QMImage& page, Halftone halftone, Halftone reference, const std::string& name) {
   const std::string before = pixelsOf(page);
-  const QMImage want = plain(page);
+  const QMImage want = reference(page);
   for (const Target target : availableTargets()) {
     chooseTarget(target);
-    const QMImage have = fast(page);
+    const QMImage have = halftone(page);
     demandDots(page, have, name);
     demand(pixelsOf(page) == before, name + ": the page was written to");
     for (size_t i = 0; i < want.size(); ++i) {
@@ -53,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count) {
   const int height = static_cast<int>(std::min(line.count(), kMaxPixels)) / width;
   if (height == 0) return 0;
   const QMImage page(width, height, QM_IMG_GRAY, line.bytes());
-  check(page, qmTattooDithering, literal::qmTattooDithering, "Tattoo");
-  check(page, qmTattooDitheringZ4, literal::qmTattooDitheringZ4, "Tattoo_Z4");
+  check(page, qmTattooDithering, reference::qmTattooDithering, "Tattoo");
+  check(page, qmTattooDitheringZ4, reference::qmTattooDitheringZ4, "Tattoo_Z4");
   return 0;
 }

@@ -113,7 +113,7 @@ expect "the doctor finds nothing" korvel-setup --check labels
 kill "$printer"
 wait "$printer"
 expect_not "the doctor misses the printer" korvel-setup --check labels
-expect "and says so" grep -q 'Nothing can be reached at socket://127.0.0.1' /tmp/output
+expect "and says so" grep -q 'Cannot reach the printer at socket://127.0.0.1' /tmp/output
 
 step "clear old pictures away"
 before=$(stat -c '%a %U:%G' "$dumps")
@@ -130,7 +130,7 @@ expect "files of other names stay, however old" ls "${others[@]}" "$dumps/folder
 rm -rf "$dumps/folder" "${others[@]}" "$dumps"/*_fresh.bmp
 
 step "what else is in it"
-for command in korvel-decode korvel-preview korvel-printer korvel-setup korvel-spool; do
+for command in korvel-decode korvel-preview korvel-printer korvel-setup; do
   expect "$command runs for everybody" as_anybody "$command" --version
   expect "$command speaks German" sh -c "LANGUAGE=de $command --help | grep '^Aufruf: $command'"
   expect "$command has a manual page" ls /usr/share/man/man?/"$command".?.gz

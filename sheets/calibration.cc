@@ -13,6 +13,7 @@ constexpr double kRuler = 9;   // of the rulers' band, numbers included
 constexpr double kMargin = 3;  // at the edges without ruler
 constexpr double kGap = 2.5;   // between blocks
 constexpr double kThin = 0.25;
+constexpr double kLinesHeight = 18;  // of the block of lines
 
 double tickLength(int mm) {
   if (mm % 10 == 0) return 4;
@@ -39,6 +40,8 @@ void drawRulers(SheetPage* page) {
   }
 }
 
+constexpr double kCorners = 11.5;  // from the lower right edges to their far ends
+
 // Corners one inside the other, a millimetre apart: those that are missing have been cut off.
 void drawCorners(SheetPage* page) {
   page->frame({0, 0, page->widthMm(), page->heightMm()}, kThin);
@@ -49,6 +52,11 @@ void drawCorners(SheetPage* page) {
     page->fill({right - 7, bottom - kThin, 7, kThin});
     page->fill({right - kThin, bottom - 7, kThin, 7});
   }
+}
+
+// Whether something that ends at `right` and `bottom` would touch them.
+bool reachesCorners(const SheetPage& page, double right, double bottom) {
+  return right > page.widthMm() - kCorners && bottom > page.heightMm() - kCorners;
 }
 
 double drawTitle(SheetPage* page, const Box& room) {
@@ -79,11 +87,79 @@ double drawLines(SheetPage* page, const Box& room) {
       page->canvas()->fill(x + at, y, wide, side);
       page->canvas()->fill(x, below + at, side, wide);
     }
-    page->text({left, room.top}, std::to_string(wide) + (wide == 1 ? " dot" : ""),
-               {1.8, 1.2, 255, kField});
+    page->text({left, room.top}, std::to_string(wide), {1.8, 1.2, 255, kField});
     left += kField + 2;
   }
   return 3 + 2 * kField + 1;
+}
+
+struct CodeSample {
+  Symbology symbology;
+  int module;  // dots
+  const char* name;
+};
+
+// The narrow codes first, so that a small sheet has at least one of them.
+constexpr CodeSample kCodeSamples[] = {
+    {Symbology::kDataMatrix, 2, "DM"},    {Symbology::kDataMatrix, 3, "DM"},
+    {Symbology::kDataMatrix, 4, "DM"},    {Symbology::kQrCode, 2, "QR"},
+    {Symbology::kQrCode, 3, "QR"},        {Symbology::kQrCode, 4, "QR"},
+    {Symbology::kCode128, 2, "Code 128"}, {Symbology::kCode128, 3, "Code 128"},
+    {Symbology::kCode128, 4, "Code 128"},
+};
+
+constexpr double kBars = 8;        // the height of a linear code
+constexpr double kCodeHead = 2.7;  // above each code
+constexpr SheetPage::Lettering kCodeName = {1.7, 1.2};
+
+std::string nameOf(const CodeSample& sample) {
+  return std::string(sample.name) + " " + std::to_string(sample.module);
+}
+
+// With the name above it.
+Box boxOf(const SheetPage& page, const CodeSample& sample) {
+  const Extent extent = encode(sample.symbology, calibrationCode(sample.module))
+                            .extent(sample.module, page.dots(kBars));
+  const double wide = extent.width / page.exactDots(1);
+  return {0, 0, std::max(wide, page.widthOf(nameOf(sample), kCodeName)),
+          kCodeHead + extent.height / page.exactDots(1)};
+}
+
+void drawCode(SheetPage* page, const CodeSample& sample, Point at) {
+  page->text(at, nameOf(sample), kCodeName);
+  page->barcode(page->dots(at.x), page->dots(at.y + kCodeHead), sample.symbology,
+                calibrationCode(sample.module), {sample.module, page->dots(kBars)});
+}
+
+// Codes of 2, 3 and 4 dots per module, which is the number after each name: those that scan show
+// how small a code may be. From left to right and from top to bottom, as many as leave room for
+// the lines below them.
+double drawCodes(SheetPage* page, const Box& whole) {
+  Box room = whole;
+  if (room.height > kLinesHeight + 12) room.height -= kLinesHeight + kGap;
+  Point at = {room.left, room.top};
+  double bottom = room.top;
+  for (const CodeSample& sample : kCodeSamples) {
+    const Box box = boxOf(*page, sample);
+    if (at.x > room.left && at.x + box.width > room.right()) at = {room.left, bottom + 1.5};
+    if (box.width > room.width || at.y + box.height > room.bottom()) continue;
+    if (reachesCorners(*page, at.x + box.width, at.y + box.height)) continue;
+    drawCode(page, sample, at);
+    at.x += box.width + 2;
+    bottom = std::max(bottom, at.y + box.height);
+  }
+  return bottom - room.top;
+}
+
+// The largest DataMatrix of the series that fits, without a name.
+void drawOneCode(SheetPage* page, const Box& room) {
+  for (const int module : {4, 3, 2}) {
+    const Extent extent = encode(Symbology::kDataMatrix, calibrationCode(module)).extent(module, 0);
+    if (extent.width > page->dots(room.width) || extent.height > page->dots(room.height)) continue;
+    page->barcode(page->dots(room.left), page->dots(room.top), Symbology::kDataMatrix,
+                  calibrationCode(module), {module});
+    return;
+  }
 }
 
 // Greys of 0 to 100 percent, in dots that grow: 4 x 4 fields filled in a fixed order.
@@ -126,9 +202,10 @@ double drawCutOut(SheetPage* page, const Box& room) {
 
 double drawAdvice(SheetPage* page, const Box& room) {
   double top = room.top;
-  for (const char* line : {"Good: one-dot lines are whole, and the paper shows between.",
-                           "Broken lines, pale black: take Darkness=Dark.",
-                           "Gaps and small letters filled up: take Darkness=Light."}) {
+  for (const char* line : {"Good: one-dot lines are whole, with paper between.",
+                           "Codes: use the smallest number that your scanner reads.",
+                           "Broken lines, pale black: choose Darkness=Dark.",
+                           "Gaps and small letters filled up: choose Darkness=Light."}) {
     top += page->text({room.left, top}, line, {1.9, 1.1, 255, room.width}) + 1.5;
   }
   return top - 1.5 - room.top;
@@ -155,7 +232,31 @@ void drawSquare(SheetPage* page, const Box& room) {
                     side >= 30 ? "each side " + length + " mm" : length + " mm", {1.9});
 }
 
+// Too small for more than a code.
+bool isTiny(const Box& room) { return std::min(room.width, room.height) < 25; }
+
+struct Block {
+  double (*draw)(SheetPage*, const Box&);
+  double least;  // millimetres of height that it needs
+};
+
+constexpr Block kBlocks[] = {{drawTitle, 10},   {drawCodes, 9},  {drawLines, kLinesHeight},
+                             {drawGreys, 11.6}, {drawCutOut, 7}, {drawAdvice, 12.6}};
+
+// Returns what is left of the room.
+Box drawBlocks(SheetPage* page, Box room) {
+  for (const Block& block : kBlocks) {
+    if (block.least > room.height) break;
+    const double taken = block.draw(page, room) + kGap;
+    room.top += taken;
+    room.height -= taken;
+  }
+  return room;
+}
+
 }  // namespace
+
+std::string calibrationCode(int module) { return "KORVEL " + std::to_string(module); }
 
 SheetPage drawCalibration(const SheetSize& size) {
   SheetPage page(size);
@@ -163,21 +264,15 @@ SheetPage drawCalibration(const SheetSize& size) {
   drawCorners(&page);
   Box room = {kRuler + 1, kRuler + 1, page.widthMm() - kRuler - 1 - kMargin,
               page.heightMm() - kRuler - 1 - kMargin};
-  // On a wide sheet the square stands beside the blocks.
+  if (isTiny(room)) {
+    drawOneCode(&page, room);
+    return page;
+  }
+  // On a wide sheet the square is beside the blocks.
   const bool wide = room.width > 85 && room.width > room.height;
   Box blocks = room;
   if (wide) blocks.width = std::max(60.0, room.width - room.height - 4);
-  double (*const kBlocks[])(SheetPage*, const Box&) = {drawTitle, drawLines, drawGreys, drawCutOut,
-                                                       drawAdvice};
-  constexpr double kHeights[] = {10, 18, 11.6, 7, 9.2};
-  size_t at = 0;
-  for (const auto draw : kBlocks) {
-    if (at > 0 && kHeights[at] > blocks.height) break;
-    const double taken = draw(&page, blocks) + kGap;
-    blocks.top += taken;
-    blocks.height -= taken;
-    ++at;
-  }
+  blocks = drawBlocks(&page, blocks);
   if (wide) {
     const double left = blocks.left + blocks.width + 4;
     drawSquare(&page, {left, room.top, room.right() - left - 5, room.height - 5});

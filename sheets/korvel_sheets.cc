@@ -1,7 +1,7 @@
 // korvel-sheets: draws every sheet that helps for every size of the descriptions given.
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
-#include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -17,7 +17,7 @@ std::string writeAs(const std::string& folder, const char* sheet, const korvel::
       page, folder + "/" + sheet + "-" + size.name + "-" + std::to_string(size.dpi) + "dpi.ras.gz");
 }
 
-std::string drawAll(const korvel::SheetSize& size, const std::string& folder) {
+std::string drawAll(const korvel::SheetSize& size, const std::string& folder) try {
   std::string fault = writeAs(folder, "calibration", korvel::drawCalibration(size));
   if (fault.empty() && korvel::hasRoomForSampler(size)) {
     fault = writeAs(folder, "halftones", korvel::drawSampler(size));
@@ -25,6 +25,8 @@ std::string drawAll(const korvel::SheetSize& size, const std::string& folder) {
   if (!fault.empty()) return fault;
   return size.stencil ? writeAs(folder, "test-stencil", korvel::drawTestStencil(size))
                       : writeAs(folder, "test-label", korvel::drawTestLabel(size));
+} catch (const std::runtime_error& error) {
+  return error.what();
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "sheets/halftoned.h"
-#include "sheets/scene.h"
+#include "sheets/pictures.h"
 #include "sheets/sheets.h"
 #include "tools/description/halftone_names.h"
 
@@ -65,16 +65,22 @@ SheetPage::Lettering fitting(const SheetPage& page, SheetPage::Lettering letteri
   return lettering;
 }
 
-// In the cells that are left over.
-void drawAdvice(SheetPage* page, const Grid& grid, double wide) {
-  constexpr const char* kLines[] = {"Text: Threshold", "Text, greys: Ordered", "Pictures: Burkes",
-                                    "Drawings: Stencil"};
-  if (kHalftoneNames.size() % static_cast<size_t>(grid.columns) == 0) return;
+// In the cells that are left over, by the values of the option.
+void drawAdvice(SheetPage* page, const Grid& grid) {
+  constexpr const char* kLines[] = {
+      "HalftoneType=None runs a threshold:", "text and barcodes only",
+      "HalftoneType=Ordered runs Burkes:",   "labels with pictures",
+      "HalftoneType=Tattoo runs Stencil:",   "drawings for a stencil"};
+  const size_t columns = static_cast<size_t>(grid.columns);
+  const size_t used = kHalftoneNames.size() % columns;
+  if (used == 0) return;
+  const auto cells = static_cast<double>(columns - used);
+  const double wide = cells * grid.pictureWidth + (cells - 1) * kGap;
   const SheetPage::Lettering lettering =
-      fitting(*page, {1.9, 1.1}, wide, kLines, [](const char* line) { return line; });
+      fitting(*page, {2.4, 1.2}, wide, kLines, [](const char* line) { return line; });
   Point at = cellOf(grid, kHalftoneNames.size());
-  at.y += page->text(at, "Which one?", {2.2, 1.6, 255, wide}) + 2;
-  for (const char* line : kLines) at.y += page->text(at, line, lettering) + 1.4;
+  at.y += page->text(at, "Which one?", {2.8, 1.6, 255, wide}) + 2;
+  for (const char* line : kLines) at.y += page->text(at, line, lettering) + 1.5;
 }
 
 }  // namespace
@@ -115,16 +121,16 @@ SheetPage drawSampler(const SheetSize& size) {
   page.fill({kMargin, kMargin + 5.6, page.widthMm() - 2 * kMargin, 0.4});
   const double wide = patches.width / page.exactDots(1);
   const SheetPage::Lettering names = fitting(page, {2.2, 1.6}, wide, kHalftoneNames,
-                                             [](const HalftoneName& name) { return name.method; });
+                                             [](const HalftoneName& name) { return name.setting; });
   for (size_t i = 0; i < kHalftoneNames.size(); ++i) {
     const Point cell = cellOf(grid, i);
-    page.text(cell, kHalftoneNames[i].method, names);
-    page.text({cell.x, cell.y + 3.3}, kHalftoneNames[i].setting, {1.5, 1.1, 255, wide});
+    page.text(cell, kHalftoneNames[i].setting, names);
+    page.text({cell.x, cell.y + 3.2}, kHalftoneNames[i].method, {1.7, 1.1, 255, wide});
     page.canvas()->paste(halftoned(picture, i), patches.left[i], patches.top[i]);
   }
-  drawAdvice(&page, grid, wide);
+  drawAdvice(&page, grid);
   page.text({kMargin, page.heightMm() - kMargin - 1.8},
-            "First what runs, below it the HalftoneType to ask for.",
+            "The names are values of HalftoneType; what runs is below.",
             {1.7, 1.1, 255, page.widthMm() - 2 * kMargin});
   return page;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "drawing/dot_canvas.h"
+#include "sheets/barcode.h"
 
 namespace korvel {
 
@@ -36,6 +37,16 @@ struct Box {
   double height;
   double right() const { return left + width; }
   double bottom() const { return top + height; }
+};
+
+// A barcode on a sheet: the rectangle in dots, its quiet zone included.
+struct SheetCode {
+  Symbology symbology;
+  std::string text;
+  int left;
+  int top;
+  int width;
+  int height;
 };
 
 class SheetPage {
@@ -68,12 +79,23 @@ class SheetPage {
   double textRight(Point topRightMm, const std::string& text, const Lettering& lettering);
   double widthOf(const std::string& text, const Lettering& lettering) const;
 
+  // Draws a barcode of `module` dots per module. The quiet zone's upper left corner is at dots
+  // `left`, `top`; `barHeight`, in dots, is the height of a linear code and unused for others.
+  struct CodeSize {
+    int module;
+    int barHeight = 0;
+  };
+  void barcode(int left, int top, Symbology symbology, const std::string& text,
+               const CodeSize& size);
+  const std::vector<SheetCode>& codes() const { return codes_; }
+
  private:
   TextStyle styleOf(const std::string& text, const Lettering& lettering) const;
 
   SheetSize size_;
   double dotsPerMm_;
   DotCanvas canvas_;
+  std::vector<SheetCode> codes_;
 };
 
 }  // namespace korvel

@@ -5,14 +5,13 @@
 #include <string>
 
 #include "sheets/barcode.h"
-#include "sheets/scene.h"
+#include "sheets/pictures.h"
 #include "sheets/sheets.h"
 
 namespace korvel {
 namespace {
 
 constexpr double kEdge = 1.5;
-constexpr int kQuietModules = 10;
 
 std::string upper(std::string text) {
   for (char& c : text) {
@@ -40,20 +39,34 @@ double drawHead(SheetPage* page, const Box& room) {
   return high;
 }
 
-// Bars as wide as they may be, two dots a module at the least; nothing where they do not fit.
-double drawBars(SheetPage* page, const Box& room, double high) {
+// Dots per module: about half a millimetre, or the most that fit; 0 when two do not.
+int moduleOf(const SheetPage& page, const Barcode& barcode, int width) {
+  const int module = std::min(width / barcode.extent(1, 0).width, std::max(2, page.dots(0.5)));
+  return module < 2 ? 0 : module;
+}
+
+// Returns the height that it takes, 0 where there is no room.
+double drawCentred(SheetPage* page, const Box& room, Symbology symbology, int width, double bars) {
   const std::string text = upper(page->size().text);
-  const std::string modules = code128(text);
-  const auto all = static_cast<int>(modules.size()) + 2 * kQuietModules;
-  const int module = std::min(page->dots(room.width) / all, std::max(2, page->dots(0.5)));
-  if (module < 2) return 0;
-  const int left = page->dots(room.left) +
-                   (page->dots(room.width) - module * static_cast<int>(modules.size())) / 2;
-  for (size_t i = 0; i < modules.size(); ++i) {
-    if (modules[i] != '#') continue;
-    page->canvas()->fill(left + static_cast<int>(i) * module, page->dots(room.top), module,
-                         page->dots(high));
-  }
+  const Barcode barcode = encode(symbology, text);
+  const int module = moduleOf(*page, barcode, width);
+  if (module == 0) return 0;
+  const Extent extent = barcode.extent(module, page->dots(bars));
+  const int left = page->dots(room.left) + (page->dots(room.width) - extent.width) / 2;
+  page->barcode(left, page->dots(room.top), symbology, text, {module, page->dots(bars)});
+  return extent.height / page->exactDots(1);
+}
+
+// A square code, for labels that are too narrow for a linear one.
+double drawSquareCode(SheetPage* page, const Box& room) {
+  const int side = page->dots(std::min(room.width, room.height));
+  return drawCentred(page, room, Symbology::kDataMatrix, side, 0);
+}
+
+double drawLinearCode(SheetPage* page, const Box& room, double high) {
+  const double taken = drawCentred(page, room, Symbology::kCode128, page->dots(room.width), high);
+  if (taken == 0) return 0;
+  const std::string text = upper(page->size().text);
   const double cap = std::clamp(high * 0.16, 1.6, 3.2);
   page->textCentred({room.left + room.width / 2, room.top + high + 1}, text, {cap, 1.3});
   return high + 1 + cap;
@@ -88,10 +101,9 @@ SheetPage drawTestLabel(const SheetSize& size) {
          2);
   }
   const double bars = std::clamp(room.height * 0.32, 5.0, 24.0);
-  if (room.height > bars + 3) {
-    const double taken = drawBars(&page, room, bars);
-    if (taken > 0) take(taken + 2.5);
-  }
+  double taken = room.height > bars + 3 ? drawLinearCode(&page, room, bars) : 0;
+  if (taken == 0) taken = drawSquareCode(&page, room);
+  if (taken > 0) take(taken + 2.5);
   drawPicture(&page, room);
   return page;
 }

@@ -4,8 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "sheets/flower.h"
-#include "sheets/scene.h"
+#include "sheets/pictures.h"
 #include "sheets/sheets.h"
 
 namespace korvel {
@@ -50,7 +49,7 @@ SheetPage drawTestStencil(const SheetSize& size) {
   const double bottom = page.heightMm() - kMargin - kScales;
   const double radius = std::min(wide, bottom - top - 4) / 2;
   const Point middle = {page.exactDots(page.widthMm() / 2), page.exactDots((top + bottom - 4) / 2)};
-  paintFlower(page.canvas(), middle, page.exactDots(radius), page.exactDots(0.3));
+  paintFlower(page.canvas(), middle, page.exactDots(radius));
   page.fill({kMargin, bottom, wide, 0.3});
   const double half = (wide - 6) / 2;
   drawWeights(&page, {kMargin, bottom + 3, half, kScales - 3});

@@ -19,7 +19,7 @@
 #include <mutex>
 #include <thread>
 
-#include "tools/common/child_process.h"
+#include "tools/common/process.h"
 #include "tools/common/translation.h"
 
 namespace korvel {
@@ -301,10 +301,10 @@ MHD_Result HttpServer::Daemon::begin(MHD_Connection* connection, const char* url
       (length.size() > 15 || std::stoull(length) > request.mostBody)) {
     refused = handler_->tooLarge();
   }
-  if (!refused && !request.bodyFile.empty() &&
-      !exchange->file.adopt(open(request.bodyFile.c_str(),
-                                 O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600))) {
-    exchange->failed = true;
+  if (!refused && !request.bodyFile.empty()) {
+    exchange->file.reset(
+        open(request.bodyFile.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    exchange->failed = !exchange->file.isOpen();
   }
   *state = exchange.release();
   return refused ? send(connection, *refused) : MHD_YES;

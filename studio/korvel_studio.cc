@@ -26,7 +26,8 @@ namespace {
 using korvel::Failure;
 using korvel::filled;
 using korvel::Result;
-using korvel::translated;
+
+constexpr char kProgram[] = "korvel-studio";
 
 // Uploads and pages, gone with the program. Only this process and its children may look into it.
 class PrivateFolder {
@@ -56,16 +57,11 @@ class PrivateFolder {
 
 bool isProgram(const std::string& path) { return access(path.c_str(), X_OK) == 0; }
 
-std::string firstProgram(const std::string& chosen, const std::string& beside,
-                         const std::string& installed) {
-  if (!chosen.empty()) return chosen;
-  return isProgram(beside) ? beside : installed;
-}
-
-std::string workerPath(const korvel::StudioArguments& arguments) {
+// Beside this program in a build, in a folder of its own when installed.
+std::string workerPath() {
   const std::string own = korvel::programFolder();
-  return firstProgram(arguments.worker, own + "/korvel-studio-worker",
-                      own + "/" KORVEL_WAY_TO_WORKER "/korvel-studio-worker");
+  const std::string beside = own + "/korvel-studio-worker";
+  return isProgram(beside) ? beside : own + "/" KORVEL_WAY_TO_WORKER "/korvel-studio-worker";
 }
 
 std::string filterPath(const korvel::StudioArguments& arguments) {
@@ -122,7 +118,7 @@ sigset_t endSignals() {
 }
 
 Result<void> serve(const korvel::StudioArguments& arguments) {
-  const std::string worker = workerPath(arguments);
+  const std::string worker = workerPath();
   const std::string filter = filterPath(arguments);
   for (const std::string& program : {worker, filter}) {
     if (isProgram(program)) continue;
@@ -158,14 +154,12 @@ Result<void> serve(const korvel::StudioArguments& arguments) {
 
 int main(int argc, char** argv) {
   korvel::startTranslation();
-  korvel::Arguments words(argc, argv, "korvel-studio", korvel::studioUsage());
+  korvel::Arguments words(argc, argv, kProgram, korvel::kStudioHelp);
   const korvel::StudioArguments arguments = korvel::parseStudioArguments(&words);
   const sigset_t signals = endSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   signal(SIGPIPE, SIG_IGN);
   umask(077);
   const Result<void> served = serve(arguments);
-  if (served) return 0;
-  std::fprintf(stderr, "korvel-studio: %s\n", served.sentence().c_str());
-  return 1;
+  return served ? 0 : korvel::reportFailure(kProgram, served.sentence());
 }

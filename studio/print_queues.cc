@@ -236,7 +236,7 @@ Result<Queue> PrintQueues::keep(const std::string& name, const std::string& path
   if (!driver) return driver.failure();
   const std::string version = std::to_string(++fileNumber_);
   const std::string copy = folder_ + "/queue-" + version + ".ppd";
-  if (!copyDescription(path, copy, true).empty()) return Failure{kDiskFull.english};
+  if (!copyDescription(path, copy, true)) return Failure{kDiskFull.english};
   known_[name] = {modified, {name, *driver, copy, version}};
   return known_[name].queue;
 }

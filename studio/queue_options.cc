@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <regex>
 #include <sstream>
 #include <utility>
 
@@ -14,6 +15,8 @@
 
 namespace korvel {
 namespace {
+
+constexpr char kCustomChoice[] = "Custom";
 
 double mm(double points) { return std::max(0.0, points) / kPointsPerMm; }
 
@@ -35,6 +38,13 @@ std::map<std::string, std::string> collectTexts(const std::string& text) {
     if (isText) texts[line.substr(1, slash - 1)] = line.substr(slash + 1, colon - slash - 1);
   }
   return texts;
+}
+
+// "Custom.50x80mm" and the like: two numbers and perhaps a unit.
+bool isCustomSize(const std::string& value) {
+  static const std::regex kCustomSize(
+      "Custom\\.[0-9]{1,5}(\\.[0-9]{1,4})?x[0-9]{1,5}(\\.[0-9]{1,4})?(pt|in|cm|mm|m|ft)?");
+  return std::regex_match(value, kCustomSize);
 }
 
 bool offers(const ppd_file_t& ppd, ppd_option_t* option, const std::string& value) {
@@ -65,7 +75,7 @@ nlohmann::json describeSize(const ppd_size_t& size) {
 
 Result<std::shared_ptr<const QueueDriver>> QueueDriver::open(const std::string& text) {
   auto driver = std::make_shared<QueueDriver>();
-  driver->ppd_.reset(openDescription(text));
+  driver->ppd_ = openDescription(text);
   if (!driver->ppd_) return Failure{kNoQueue.english};
   driver->text_ = text;
   driver->texts_ = collectTexts(text);
@@ -133,7 +143,7 @@ nlohmann::json QueueDriver::describe(const std::string& language) const {
 
 // Marks are kept in the description itself, so a check opens one of its own.
 Result<Choices> QueueDriver::complete(const Choices& chosen) const {
-  const std::unique_ptr<ppd_file_t, Closer> ppd(openDescription(text_));
+  const Ppd ppd = openDescription(text_);
   if (!ppd) return Failure{kNoQueue.english};
   ppdMarkDefaults(ppd.get());
   for (const auto& [name, value] : chosen) {
@@ -154,7 +164,7 @@ Result<Choices> QueueDriver::complete(const Choices& chosen) const {
 }
 
 PageGeometry QueueDriver::geometry(const std::string& pageSize) const {
-  const std::unique_ptr<ppd_file_t, Closer> ppd(openDescription(text_));
+  const Ppd ppd = openDescription(text_);
   PageGeometry page;
   const ppd_size_t* size = ppd ? ppdPageSize(ppd.get(), pageSize.c_str()) : nullptr;
   if (size == nullptr) return page;

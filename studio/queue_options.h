@@ -12,6 +12,7 @@
 
 #include "studio/placement.h"
 #include "tools/common/result.h"
+#include "tools/description/description_text.h"
 
 namespace korvel {
 
@@ -36,9 +37,6 @@ class QueueDriver {
   unsigned dpi() const;
 
  private:
-  struct Closer {
-    void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
-  };
   std::string translated(const std::string& language, const std::string& keyword,
                          const std::string& english) const;
   nlohmann::json describeOption(const ppd_option_t& option, const std::string& language) const;
@@ -46,7 +44,7 @@ class QueueDriver {
 
   std::string text_;
   std::map<std::string, std::string> texts_;  // "de.PageSize 4x6" -> text
-  std::unique_ptr<ppd_file_t, Closer> ppd_;
+  Ppd ppd_;
 };
 
 // "PageSize=4x6 Darkness=Dark", in the options' order.

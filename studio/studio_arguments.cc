@@ -27,41 +27,39 @@ bool isAddress(const std::string& text) {
 
 }  // namespace
 
-const char* studioUsage() {
-  return translated(
-      "Usage: korvel-studio [OPTION]...\n"
-      "Shows in the browser every dot of a stencil or label, and prints it.\n"
-      "\n"
-      "  --listen ADDRESS:PORT  where to listen, 127.0.0.1:8631 by default; other\n"
-      "                         addresses than this machine's own need a token\n"
-      "  --queue NAME           offer this queue only; may be repeated\n"
-      "  --name HOST            answer under this host name too; may be repeated\n"
-      "  --token-file FILE      read the token from FILE instead of making a new one\n"
-      "  --filter FILE          use this rastertokorvel\n"
-      "  --help, --version      show this help or the version and exit\n");
-}
+const Help kStudioHelp = {
+    later("Usage: korvel-studio [OPTION]..."),
+    later("Shows every dot of a stencil or label in the browser, and prints it."),
+    {later("--listen ADDRESS:PORT\tWhere to listen (127.0.0.1:8631). Other addresses than this "
+           "computer's own require a token."),
+     later("--queue QUEUE\tOffer only this queue; may be repeated."),
+     later("--name HOST\tAlso answer under this host name; may be repeated."),
+     later("--token-file FILE\tRead the token from this file."),
+     later("--filter PATH\tUse this filter instead of the installed one."),
+     later("--page DIR\tServe the page from this folder instead of the installed one.")},
+    nullptr,
+    {},
+    later("Exit status: 0 after a signal ended it, 1 it cannot be started, 2 wrong usage.")};
 
-StudioArguments parseStudioArguments(Arguments* words) {
+StudioArguments parseStudioArguments(Arguments* arguments) {
   StudioArguments parsed;
-  while (words->next()) {
-    if (words->is("--listen")) {
-      if (!splitListen(words->text(), &parsed.address, &parsed.port)) {
-        words->wrong(translated("--listen needs an address and a port, such as 0.0.0.0:8631"));
+  while (arguments->next()) {
+    if (arguments->is("--listen")) {
+      if (!splitListen(arguments->nonEmptyValue(), &parsed.address, &parsed.port)) {
+        arguments->wrong(translated("--listen needs an address and a port, such as 0.0.0.0:8631"));
       }
-    } else if (words->is("--queue")) {
-      parsed.queues.push_back(words->text());
-    } else if (words->is("--name")) {
-      parsed.names.push_back(words->text());
-    } else if (words->is("--token-file")) {
-      parsed.tokenFile = words->text();
-    } else if (words->is("--filter")) {
-      parsed.filter = words->text();
-    } else if (words->is("--page")) {
-      parsed.page = words->text();
-    } else if (words->is("--worker")) {
-      parsed.worker = words->text();
+    } else if (arguments->is("--queue")) {
+      parsed.queues.push_back(arguments->nonEmptyValue());
+    } else if (arguments->is("--name")) {
+      parsed.names.push_back(arguments->nonEmptyValue());
+    } else if (arguments->is("--token-file")) {
+      parsed.tokenFile = arguments->nonEmptyValue();
+    } else if (arguments->is("--filter")) {
+      parsed.filter = arguments->nonEmptyValue();
+    } else if (arguments->is("--page")) {
+      parsed.page = arguments->nonEmptyValue();
     } else {
-      words->unknown();
+      arguments->unknown();
     }
   }
   return parsed;

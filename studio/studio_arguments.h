@@ -18,13 +18,12 @@ struct StudioArguments {
   std::string tokenFile;              // empty: a new token at every start
   std::string filter;                 // empty: the installed one
   std::string page;                   // folder; empty: the installed one
-  std::string worker;                 // program; empty: the installed one
 };
 
-const char* studioUsage();
+extern const Help kStudioHelp;
 
 // Ends the program where --help, --version or a mistake does.
-StudioArguments parseStudioArguments(Arguments* words);
+StudioArguments parseStudioArguments(Arguments* arguments);
 
 // Splits "ADDRESS:PORT" or "[ADDRESS]:PORT". False when it is neither.
 bool splitListen(const std::string& text, std::string* address, int* port);

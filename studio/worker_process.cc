@@ -12,7 +12,7 @@
 #include <csignal>
 
 #include "studio/sentences.h"
-#include "tools/common/child_process.h"
+#include "tools/common/process.h"
 
 namespace korvel {
 
@@ -61,7 +61,7 @@ bool RunningWorker::start(const std::string& program, const std::vector<std::str
   if (!openPipe(&output_, &theirs)) return false;
   std::vector<std::string> all = {program};
   all.insert(all.end(), words.begin(), words.end());
-  const std::vector<char*> arguments = execWords(all);
+  const std::vector<char*> arguments = execPointers(all);
   posix_spawn_file_actions_t actions;
   posix_spawnattr_t attributes;
   sigset_t none;

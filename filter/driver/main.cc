@@ -15,8 +15,10 @@
 #include <memory>
 #include <new>
 
+#include "driver/inherited_state.h"
 #include "driver/page_sequence.h"
 #include "driver/settings_reader.h"
+#include "driver/waiting_stream.h"
 #include "printer/log.h"
 #include "printer/own_file.h"
 #include "printer/text.h"
@@ -94,6 +96,7 @@ void installTerminationHandler() {
 // The spooler's processes share standard error: a line leaves whole, or it gets torn.
 void bufferMessagesByLine() {
   static char buffer[16384];
+  stderr = openWaitingStream(stderr);
   std::setvbuf(stderr, buffer, _IOLBF, sizeof buffer);
 }
 
@@ -101,6 +104,7 @@ void bufferMessagesByLine() {
 // flushes.
 void bufferPackets() {
   static char buffer[65536];
+  stdout = openWaitingStream(stdout);
   std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
 }
 
@@ -142,15 +146,17 @@ bool hasPaperSize(const Settings& settings) {
   return true;
 }
 
-// Leaves the page's measures where a person in need finds them.
+// Leaves the page's measures where a person in need finds them. A failure is ignored.
 void notePageSize(const cups_page_header2_t& header) {
-  FILE* file = pellamOpenOwnFile("/tmp/xxxxx.log");
-  if (file == nullptr) return;
-  std::fprintf(file, "cupsWidth:%d, cupsHeight:%d, cupsBytesPerLine:%d, cupsBitsPerPixel:%d\n",
-               static_cast<int>(header.cupsWidth), static_cast<int>(header.cupsHeight),
-               static_cast<int>(header.cupsBytesPerLine),
-               static_cast<int>(header.cupsBitsPerPixel));
-  std::fclose(file);
+  constexpr const char* kPath = "/tmp/xxxxx.log";
+  if (!pellamDumpsAreOn()) return;
+  OwnFile file = pellamOpenOwnFile(kPath, DiskReserve::kNone);
+  if (file.state != OwnFileState::kOpen) return;
+  std::fprintf(
+      file.stream, "cupsWidth:%d, cupsHeight:%d, cupsBytesPerLine:%d, cupsBitsPerPixel:%d\n",
+      static_cast<int>(header.cupsWidth), static_cast<int>(header.cupsHeight),
+      static_cast<int>(header.cupsBytesPerLine), static_cast<int>(header.cupsBitsPerPixel));
+  pellamCloseOwnFile(&file, kPath);
 }
 
 // Makes room for the page's pixels. Returns false for a page that cannot be held.
@@ -249,7 +255,7 @@ bool runJob(Job& job, int argc, char** argv) {
   }
   job.printer = std::make_unique<KorvelPrinter>();
   sPrinter = job.printer.get();
-  parseSettings(&job.settings, argv[5]);
+  if (!parseSettings(&job.settings, argv[5])) return false;
   openCopyFile(job);
   if (!hasPaperSize(job.settings)) return false;
   job.raster.reset(cupsRasterOpen(job.input.descriptor(), CUPS_RASTER_READ));
@@ -264,10 +270,11 @@ bool runJob(Job& job, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  installTerminationHandler();
+  installTerminationHandler();  // first: what comes earlier ends the process by the signal itself
+  restoreInheritedState();
+  reserveDescriptors();
   bufferMessagesByLine();
   bufferPackets();
-  reserveDescriptors();
   try {
     Job job;
     return runJob(job, argc, argv) ? 0 : 1;

@@ -5,6 +5,7 @@
 
 #include <cups/cups.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -98,6 +99,9 @@ void logSettings(const Settings* settings) {
   pellamLogCommon(0, "settings->Contrast:%d", settings->Contrast);
 }
 
+// Whether an error is about what the process may use, not about the file.
+bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
+
 }  // namespace
 
 void getPageWidthPageHeight(ppd_file_t* ppd, Settings* settings) {
@@ -121,11 +125,18 @@ void getPageWidthPageHeight(ppd_file_t* ppd, Settings* settings) {
                   static_cast<double>(settings->pageHeight));
 }
 
-void parseSettings(Settings* settings, const char* options) {
+bool parseSettings(Settings* settings, const char* options) {
+  errno = 0;
   ppd_file_t* ppd = ppdOpenFile(std::getenv("PPD"));  // null yields the defaults
+  const int error = errno;
+  if (ppd == nullptr && isShortage(error)) {
+    pellamLogCommon(3, "Unable to open the PPD file : %s!", std::strerror(error));
+    return false;
+  }
   markOptions(ppd, options);
   *settings = {};
   readSettings(ppd, settings);
   logSettings(settings);
   ppdClose(ppd);
+  return true;
 }

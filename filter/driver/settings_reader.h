@@ -11,7 +11,9 @@
 void getPageWidthPageHeight(ppd_file_t* ppd, Settings* settings);
 
 // Fills the whole record from the PPD that the environment variable PPD names, with the job's
-// options marked over its defaults, and logs it. Never fails: a missing option gets its default.
-void parseSettings(Settings* settings, const char* options);
+// options marked over its defaults, and logs it. A missing option gets its default, and so does
+// everything without a PPD. Returns false, with one ERROR line, only when the process has too few
+// descriptors or too little memory to open it.
+bool parseSettings(Settings* settings, const char* options);
 
 #endif

@@ -14,7 +14,7 @@
 // 6 Stevenson-Arce, 7 Bayer; every other number is Floyd-Steinberg.
 using DitherMethod = int64_t;
 
-struct DiffusionMethod;  // image/diffusion_rows.h
+struct DiffusionMethod;  // image/diffusion/diffusion_dispatch.h
 struct ThresholdTable;
 
 // Bitmap header with the layout of the published BITMAPINFOHEADER.
@@ -50,6 +50,10 @@ class CxImage {
   // to the next. Returns the block, which the image owns, or null with GetLastError set; the old
   // block is gone either way. `type` is carried along and never interpreted.
   uint8_t* Create(uint32_t width, uint32_t height, uint32_t bpp, uint32_t type);
+
+  // Builds an 8-bit image with the grey palette. The caller writes every pixel; the bytes after the
+  // last pixel of each row are zero. Returns false when the image cannot be created.
+  bool CreateGrey(uint32_t width, uint32_t height);
 
   // Frees the block and returns true. Width, height and stride keep their last values.
   bool Destroy();
@@ -136,9 +140,13 @@ class CxImage {
   // 1 bit per pixel is left alone. Returns false without a block or when memory is short.
   bool Dither(DitherMethod method);
 
- private:
-  friend struct CxImageLiteral;  // the plain forms (image/cximage_literal.h)
+  // Builds the image that CreateFromArray of 8-bit rows, Dither and IncreaseBpp(8) would leave,
+  // with fewer passes over the page. `bytesPerLine` is at least `width`. Returns false on a null
+  // array or a failed Create.
+  bool CreateHalftone(const uint8_t* array, uint32_t width, uint32_t height, uint32_t bytesPerLine,
+                      DitherMethod method);
 
+ private:
   struct Info {
     uint32_t effWidth;  // bytes between stored rows
     uint8_t* bits;      // first pixel row, inside the block
@@ -171,6 +179,8 @@ class CxImage {
   void CopyPixelsTo(CxImage& larger, int64_t left, int64_t bottom) const;
   void CompareInto(CxImage& target, const ThresholdTable& thresholds) const;
   bool DiffuseInto(CxImage& target, const DiffusionMethod& method) const;
+  void CompareRows(const uint8_t* rows, uint32_t stride, const ThresholdTable& thresholds);
+  bool DiffuseRows(const uint8_t* rows, uint32_t stride, const DiffusionMethod& method);
 
   DibHeader header{};
   Info info{};

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "image/cximage.h"
-#include "image/rows.h"
+#include "image/image_kernels.h"
 
 void CxImage::GetPixelIndices(int64_t x, int64_t y, size_t count, uint8_t* to) const {
   if (count != 0 && dib != nullptr && IsInside(x, y)) {
@@ -16,7 +16,7 @@ void CxImage::GetPixelIndices(int64_t x, int64_t y, size_t count, uint8_t* to) c
       std::memcpy(to, PixelRow(y) + x, copied);
     } else if (header.biBitCount == 1 && x % 8 == 0) {
       copied = inside;
-      imageRows().bytesOfBits(PixelRow(y) + x / 8, copied, to);
+      imageKernels().bytesOfBits(PixelRow(y) + x / 8, copied, to);
     }
     x += static_cast<int64_t>(copied);
     to += copied;

@@ -5,14 +5,14 @@
 #include <cstring>
 
 #include "image/cximage.h"
-#include "image/diffusion/diffusion_rows.h"
+#include "image/diffusion/diffusion_dispatch.h"
 #include "image/dither_tables.h"
-#include "image/rows.h"
+#include "image/image_kernels.h"
 
 namespace {
 
 const DiffusionMethod& diffusionMethod(DitherMethod method) {
-  const DiffusionRows& rows = diffusionRows();
+  const DiffusionKernels& rows = diffusionKernels();
   switch (method) {
     case 2:
       return rows.burkes;
@@ -98,6 +98,29 @@ constexpr ThresholdTable bayerThresholds() {
 
 constexpr ThresholdTable kBayerThresholds = bayerThresholds();
 
+// The table of a method that compares each pixel with a threshold; null for error diffusion.
+const ThresholdTable* thresholdTable(DitherMethod method) {
+  switch (method) {
+    case 0:
+      return &kFixedThresholds;
+    case 1:
+      return &kOrderedThresholds;
+    case 7:
+      return &kBayerThresholds;
+    default:
+      return nullptr;
+  }
+}
+
+// Halftones a page to bits. Returns false without memory for the errors.
+bool diffuse(const DiffusionPage& page, const DiffusionMethod& method) {
+  auto* scratch = static_cast<uint8_t*>(std::malloc(method.scratchBytes(page.width)));
+  if (scratch == nullptr) return false;
+  method.halftone(page, scratch);
+  std::free(scratch);
+  return true;
+}
+
 }  // namespace
 
 bool CxImage::Dither(DitherMethod method) {
@@ -106,22 +129,11 @@ bool CxImage::Dither(DitherMethod method) {
   CxImage target;
   if (!target.CreateLike(*this, GetWidth(), GetHeight(), 1)) return TakeErrorFrom(target);
 
-  switch (method) {
-    case 0:
-      CompareInto(target, kFixedThresholds);
-      break;
-    case 1:
-      CompareInto(target, kOrderedThresholds);
-      break;
-    case 7:
-      CompareInto(target, kBayerThresholds);
-      break;
-    default:
-      if (!DiffuseInto(target, diffusionMethod(method))) {
-        target.Destroy();
-        return TakeErrorFrom(target);
-      }
-      break;
+  if (const ThresholdTable* thresholds = thresholdTable(method)) {
+    CompareInto(target, *thresholds);
+  } else if (!DiffuseInto(target, diffusionMethod(method))) {
+    target.Destroy();
+    return TakeErrorFrom(target);
   }
   target.SetPaletteColor(0, 0, 0, 0, 0);
   target.SetPaletteColor(1, 255, 255, 255, 0);
@@ -129,37 +141,68 @@ bool CxImage::Dither(DitherMethod method) {
 }
 
 void CxImage::CompareInto(CxImage& target, const ThresholdTable& thresholds) const {
+  static_assert(kRunPixels % 8 == 0, "each run's bits start on a byte");
   uint8_t scratch[kRunPixels];
   for (int64_t y = 0; y < Height(); ++y) {
     for (int64_t x = 0; x < Width();) {
       const IndexRun run = RunAt(x, y, scratch);
-      imageRows().bitsAbove(run.indices, run.count, thresholds.at[y % 4],
-                            target.PixelRow(y) + x / 8);
+      imageKernels().bitsAbove(run.indices, run.count, thresholds.at[y % 4],
+                               target.PixelRow(y) + x / 8);
       x += static_cast<int64_t>(run.count);
     }
   }
 }
 
-// Each pixel's error is shared out among those after it; sums are held within 0..255 after every
-// addition, so shares are lost at black and white. What falls outside is lost too.
+// Each pixel's error is distributed among the pixels after it. Sums are clamped to 0..255 after
+// every addition, so shares are lost at black and white, and so are those outside the page.
 bool CxImage::DiffuseInto(CxImage& target, const DiffusionMethod& method) const {
   if (header.biBitCount != 8) {  // greys of four bits stay below white, colours read as 0
     std::memset(target.info.bits, 0, target.header.biSizeImage);
     return true;
   }
-  const auto width = static_cast<size_t>(Width());
-  auto* scratch = static_cast<uint8_t*>(std::malloc(method.scratchBytes(width)));
-  if (scratch == nullptr) {
-    std::strcpy(target.info.lastError, "CxImage::Create can't allocate memory");
-    return false;
-  }
   const DiffusionPage page = {info.bits,
                               info.effWidth,
                               target.info.bits,
                               target.info.effWidth,
-                              width,
+                              static_cast<size_t>(Width()),
                               static_cast<size_t>(Height())};
-  method.halftone(page, scratch);
-  std::free(scratch);
+  if (diffuse(page, method)) return true;
+  std::strcpy(target.info.lastError, "CxImage::Create can't allocate memory");
+  return false;
+}
+
+bool CxImage::CreateHalftone(const uint8_t* array, uint32_t width, uint32_t height,
+                             uint32_t bytesPerLine, DitherMethod method) {
+  if (array == nullptr) return false;
+  if (!CreateUnwritten(width, height, 8, 0)) return false;
+  if (const ThresholdTable* thresholds = thresholdTable(method)) {
+    CompareRows(array, bytesPerLine, *thresholds);
+  } else if (!DiffuseRows(array, bytesPerLine, diffusionMethod(method))) {
+    return CreateFromArray(array, width, height, 8, bytesPerLine, false);  // Dither leaves it grey
+  }
+  ClearRowsFrom(width);
+  SetPaletteColor(0, 0, 0, 0, 0);
+  SetPaletteColor(1, 255, 255, 255, 0);
+  return true;
+}
+
+// Writes the indices 0 and 1 of a page of this image's size, whose rows are `stride` bytes apart.
+void CxImage::CompareRows(const uint8_t* rows, uint32_t stride, const ThresholdTable& thresholds) {
+  for (int64_t y = 0; y < Height(); ++y) {
+    imageKernels().bytesAbove(rows + y * int64_t{stride}, GetWidth(), thresholds.at[y % 4],
+                              PixelRow(y));
+  }
+}
+
+// Does so by error diffusion: the bits of each row go to its end and are spread from there.
+bool CxImage::DiffuseRows(const uint8_t* rows, uint32_t stride, const DiffusionMethod& method) {
+  const auto width = static_cast<size_t>(Width());
+  const size_t place = info.effWidth - (width + 7) / 8;
+  const DiffusionPage page = {rows,          stride, info.bits + place,
+                              info.effWidth, width,  static_cast<size_t>(Height())};
+  if (!diffuse(page, method)) return false;
+  for (int64_t y = 0; y < Height(); ++y) {
+    imageKernels().bytesOfBits(PixelRow(y) + place, width, PixelRow(y));
+  }
   return true;
 }

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "image/cximage.h"
-#include "image/rows.h"
+#include "image/image_kernels.h"
 
 bool CxImage::Rotate180(CxImage* destination) {
   if (dib == nullptr) return false;
@@ -18,7 +18,7 @@ bool CxImage::Rotate180(CxImage* destination) {
       for (int64_t x = 0; x < Width();) {
         const IndexRun run = RunAt(x, y, scratch);
         to -= run.count;
-        imageRows().reverse(run.indices, run.count, to);
+        imageKernels().reverse(run.indices, run.count, to);
         x += static_cast<int64_t>(run.count);
       }
     }
@@ -33,7 +33,7 @@ void CxImage::Mirror() {
   if (mirrored.CreateLike(*this, GetWidth(), GetHeight(), 8)) {
     mirrored.SetPalette(GetPalette(), header.biClrUsed);
     for (int64_t y = 0; y < Height(); ++y) {
-      imageRows().reverse(PixelRow(y), GetWidth(), mirrored.PixelRow(y));
+      imageKernels().reverse(PixelRow(y), GetWidth(), mirrored.PixelRow(y));
     }
   }
   Transfer(mirrored);  // without memory for it the page has no image any more

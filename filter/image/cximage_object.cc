@@ -80,6 +80,13 @@ bool CxImage::CreateUnwritten(uint32_t width, uint32_t height, uint32_t bpp, uin
   return true;
 }
 
+bool CxImage::CreateGrey(uint32_t width, uint32_t height) {
+  if (!CreateUnwritten(width, height, 8, 0)) return false;
+  SetGrayPalette();
+  ClearRowsFrom(width);
+  return true;
+}
+
 // Clears every row from this byte on.
 void CxImage::ClearRowsFrom(uint64_t byte) {
   if (byte >= info.effWidth) return;

@@ -4,11 +4,11 @@
 #include <algorithm>
 
 #include "image/cximage.h"
-#include "image/rows.h"
+#include "image/image_kernels.h"
 
 void CxImage::Negative() {
   if (dib == nullptr) return;
-  imageRows().complement(info.bits, header.biSizeImage);
+  imageKernels().complement(info.bits, header.biSizeImage);
 }
 
 bool CxImage::Light(int32_t brightness, int32_t contrast) {
@@ -28,7 +28,7 @@ bool CxImage::Lut(const uint8_t* table) {
   if (dib == nullptr || table == nullptr) return false;
   for (int64_t y = 0; y < Height(); ++y) {
     if (header.biBitCount == 8) {
-      imageRows().lookUp(PixelRow(y), GetWidth(), table);
+      imageKernels().lookUp(PixelRow(y), GetWidth(), table);
       continue;
     }
     for (int64_t x = 0; x < Width(); ++x) {

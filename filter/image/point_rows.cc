@@ -1,9 +1,9 @@
-// Row kernels whose pixels do not depend on each other.
-// A vector at a time: a comparison makes lanes of all ones or zero, of which the bits are kept.
-// The cost is a few instructions a vector, so memory sets the pace. What is left of a row, and all
-// of a narrow one, goes through one more vector that is filled up with zeros.
+// Row kernels in which no pixel depends on another one.
+// They work vector by vector; a comparison gives lanes of all ones or zero, of which the bits are
+// kept. A vector costs a few instructions, so memory sets the pace. The rest of a row, or a whole
+// narrow row, is copied to one more vector that is padded with zeros.
 // SPDX-License-Identifier: Apache-2.0
-#include "image/rows.h"
+#include "image/image_kernels.h"
 #include "lanes/lanes.h"
 
 namespace KORVEL_TARGET {
@@ -33,7 +33,7 @@ KORVEL_INLINE void storePartBits(uint8_t* to, Bytes mask, size_t count) {
   __builtin_memcpy(to, bits, bytesFor(count));
 }
 
-// Stores the bits of `test`, a mask for a vector of pixels that is zero for zeros.
+// Stores the bits of `test`, which gives a mask for a vector of pixels, and zero for zeros.
 template <class Test>
 KORVEL_INLINE void storeBitsOf(Test test, const uint8_t* from, size_t count, uint8_t* to) {
   size_t x = 0;
@@ -46,15 +46,31 @@ KORVEL_INLINE void storeBitsOf(Test test, const uint8_t* from, size_t count, uin
   if (x != count) storePartBits(to + x / 8, test(loadPart(from + x, count - x)), count - x);
 }
 
-void bitsAbove(const uint8_t* from, size_t count, const uint8_t* thresholds, uint8_t* to) {
+// Compares bytes with a threshold for each column, four in turn. Processors compare signed bytes;
+// with the top bit inverted the order is the same.
+struct IsAbove {
+  SignedBytes limits;
+
+  KORVEL_INLINE Bytes operator()(Bytes pixels) const {
+    return as<Bytes>(as<SignedBytes>(pixels ^ 0x80) > limits);
+  }
+};
+
+KORVEL_INLINE IsAbove above(const uint8_t* thresholds) {
   int32_t four = 0;
   __builtin_memcpy(&four, thresholds, sizeof four);
-  // Machines compare signed bytes: half of the range away, the order is the same.
-  const auto limits = as<SignedBytes>(as<Bytes>(splat<Ints>(four)) ^ 0x80);
-  const auto isAbove = [limits](Bytes pixels) {
-    return as<Bytes>(as<SignedBytes>(pixels ^ 0x80) > limits);
-  };
-  storeBitsOf(isAbove, from, count, to);
+  return IsAbove{as<SignedBytes>(as<Bytes>(splat<Ints>(four)) ^ 0x80)};
+}
+
+void bitsAbove(const uint8_t* from, size_t count, const uint8_t* thresholds, uint8_t* to) {
+  storeBitsOf(above(thresholds), from, count, to);
+}
+
+void bytesAbove(const uint8_t* from, size_t count, const uint8_t* thresholds, uint8_t* to) {
+  const IsAbove isAbove = above(thresholds);
+  size_t x = 0;
+  for (; x + kLanes <= count; x += kLanes) store(to + x, isAbove(load<Bytes>(from + x)) & 1);
+  if (x != count) storePart(to + x, isAbove(loadPart(from + x, count - x)) & 1, count - x);
 }
 
 void bitsOfInk(const uint8_t* from, size_t count, uint8_t* to) {
@@ -70,7 +86,7 @@ void bytesOfBits(const uint8_t* from, size_t count, uint8_t* to) {
   storePart(to + x, loadBits(bits) & 1, count - x);
 }
 
-// Replaces each vector of bytes by what `change` makes of it.
+// Applies `change` to each vector of bytes.
 template <class Change>
 KORVEL_INLINE void changeBytes(Change change, uint8_t* bytes, size_t count) {
   size_t x = 0;
@@ -106,7 +122,7 @@ void reverseRow(const uint8_t* from, size_t count, uint8_t* to) {
   }
   if (x == count) return;
   if (count >= kLanes) {
-    store(to, reverse(load<Bytes>(from + count - kLanes)));  // some pixels once more
+    store(to, reverse(load<Bytes>(from + count - kLanes)));  // some pixels a second time
     return;
   }
   for (; x < count; ++x) to[count - 1 - x] = from[x];
@@ -114,9 +130,9 @@ void reverseRow(const uint8_t* from, size_t count, uint8_t* to) {
 
 }  // namespace
 
-extern const ImageRows kImageRows;
-const ImageRows kImageRows = {
-    bitsAbove, bitsOfInk, bytesOfBits, raiseOnes, complement, lookUp, reverseRow,
+extern const ImageKernels kImageKernels;
+const ImageKernels kImageKernels = {
+    bitsAbove, bytesAbove, bitsOfInk, bytesOfBits, raiseOnes, complement, lookUp, reverseRow,
 };
 
 }  // namespace KORVEL_TARGET

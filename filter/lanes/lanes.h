@@ -46,15 +46,15 @@ template <class Vector>
 constexpr size_t kLanesOf = sizeof(Vector) / sizeof(Vector{}[0]);
 
 template <class Value>
-struct Plain {
+struct Unreferenced {
   using Type = Value;
 };
 
 template <class Value>
-struct Plain<Value&> : Plain<Value> {};
+struct Unreferenced<Value&> : Unreferenced<Value> {};
 
 template <class Vector>
-using LaneOf = typename Plain<decltype(Vector{}[0])>::Type;
+using LaneOf = typename Unreferenced<decltype(Vector{}[0])>::Type;
 
 // Any address, aligned or not.
 template <class Vector>

@@ -1,7 +1,7 @@
 // Packs a page's bytes to the bits that the printer burns.
 // In place: the page buffer is sent from where it lies.
 // SPDX-License-Identifier: Apache-2.0
-#include "image/rows.h"
+#include "image/image_kernels.h"
 #include "printer/log.h"
 #include "printer/pellam_printer.h"
 
@@ -17,7 +17,7 @@ int PellamPrinter::GrayToMono(int bytesPerLine, int height, unsigned char* buffe
   const unsigned char* row = buffer;
   unsigned char* packed = buffer;
   for (int y = 0; y < height; ++y) {
-    imageRows().bitsOfInk(row, pixels, packed);
+    imageKernels().bitsOfInk(row, pixels, packed);
     row += bytesPerLine;
     packed += (pixels + 7) / 8;
   }

@@ -97,7 +97,7 @@ void PellamPrinter::printImage(const unsigned char* data, size_t bytesPerLine, s
           0, "printImage: Memory for processing result allocated successfully, size: %zu bytes",
           size);
       PageProcess(halftoneType_, data, static_cast<int>(bytesPerLine), static_cast<int>(width),
-                  static_cast<int>(height), result);
+                  static_cast<int>(height), nullptr);  // prints from the image itself
       logTrimmedSize(edges, result, bytesPerLine, height, width);
       dumpAndPrintResult();
     }

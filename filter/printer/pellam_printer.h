@@ -89,16 +89,17 @@ class PellamPrinter {
   // read. Measures, dumps, processes and hands over; failures end in the log.
   void printImage(const unsigned char* data, size_t bytesPerLine, size_t height, size_t width);
 
-  // Turns a page into its result image, `pimage`, and copies that to `dst`, which holds twice
-  // `height` rows of `stride` bytes and gets no more. Returns height times the result's stride,
-  // or 0 on failure, with `pimage` as it was.
+  // Turns a page into its result image, `pimage`, and copies that to `dst`, which has room for
+  // twice `height` rows of `stride` bytes and is never written beyond them. `dst` may be null when
+  // nobody reads the copy. Returns height times the result's stride, or 0 on failure, with `pimage`
+  // as it was.
   int PageProcess(DitherType type, const unsigned char* src, int stride, int width, int height,
                   unsigned char* dst);
 
   // Copies the indices of the image's first `width` by `height` pixels to rows of `stride` bytes.
   void copyPixels(CxImage& image, unsigned char* dst, int width, int height, int stride);
 
-  // The same for a halftone: index 1 becomes 255, and negative printing complements each byte.
+  // Copies a halftone likewise: index 1 becomes 255, and negative printing complements each byte.
   // Bytes from `capacity` on are not written.
   void copyProcessedPixels(CxImage* image, unsigned char* dst, int width, int height, int stride,
                            size_t capacity = std::numeric_limits<size_t>::max());
@@ -112,7 +113,9 @@ class PellamPrinter {
   int GrayToMono(int bytesPerLine, int height, unsigned char* buffer);
 
   // Writes a BMP named by `bmpPathFormat_`, the time and the dump number: 8 bits per pixel as the
-  // buffer lies in memory, any other depth as 1 bit per pixel, last row first.
+  // buffer lies in memory, any other depth as 1 bit per pixel, last row first. Writes nothing when
+  // dumps are off, beyond 256 MiB per job, on a disk that is almost full, or over a file that
+  // another job is writing.
   void saveImage(const unsigned char* data, size_t bytesPerLine, size_t height, size_t width,
                  unsigned short bitsPerPixel);
 
@@ -144,8 +147,19 @@ class PellamPrinter {
   UserData* userData_ = nullptr;
 
  private:
+  // Why a dump is not written; each is logged once per job.
+  enum DumpRefusal { kDumpsOff, kDumpsTooLarge, kDumpBusy, kDiskAlmostFull, kDumpIncomplete };
+
   void dumpAndPrintResult();
-  bool halftoneForStencil(unsigned char* dst, int width, int height, int stride);
+  void refuseDump(DumpRefusal reason, const char* path);
+  bool changesGrey() const;
+  void changeGrey();
+  bool halftoneForStencil(int width, int height, int stride);
+  void ditherForStencil(int width, int height, int stride);
+  int copyResult(int stride, int height, unsigned char* dst);
+
+  uint64_t dumpedBytes_ = 0;
+  uint32_t loggedRefusals_ = 0;  // one bit per DumpRefusal
 };
 
 #endif

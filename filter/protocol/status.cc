@@ -45,9 +45,15 @@ int64_t readBackChannel(unsigned char* buffer) {
   return total;
 }
 
+// The job's standard output is a stream of its own, which fileno() does not know.
+int descriptorOf(FILE* stream) {
+  if (stream == nullptr) return -1;
+  return stream == stdout ? STDOUT_FILENO : fileno(stream);
+}
+
 // Whether nobody reads a stream's pipe or socket any more.
 bool isReaderGone(FILE* stream) {
-  struct pollfd watched = {stream != nullptr ? fileno(stream) : -1, 0, 0};
+  struct pollfd watched = {descriptorOf(stream), 0, 0};
   return poll(&watched, 1, 0) > 0 && (watched.revents & POLLERR) != 0;
 }
 

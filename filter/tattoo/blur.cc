@@ -1,5 +1,5 @@
 // The whole-number estimate of a blur, its bound, and the ring of rows that both passes share.
-// Rows of the first pass are made when the second first reaches for them.
+// Rows of the first pass are computed when the second one first needs them.
 // SPDX-License-Identifier: Apache-2.0
 #include "tattoo/blur.h"
 
@@ -9,7 +9,8 @@
 namespace {
 
 constexpr double kLargestStep = 32767.0;
-constexpr int kLargestShift = 22;  // sums of 255 * 2^22 leave room in 31 bits
+constexpr int kLargestShift = 22;
+static_assert((int64_t{256} << kLargestShift) < INT32_MAX / 3 * 2, "sums, with a margin, fit");
 
 }  // namespace
 
@@ -17,8 +18,8 @@ BlurKernel::BlurKernel(const double* taps, int size) : taps_(taps, taps + (size 
   if (isSmooth()) makeSteps();
 }
 
-// With a sum hardly above 1 the plain form's level is within 0..255. Comparisons that are false for
-// what is not a number come out as not smooth.
+// With a sum of hardly more than 1, the reference implementation's level is within 0..255. Taps
+// that are not numbers fail every comparison, so they are not smooth.
 bool BlurKernel::isSmooth() const {
   const size_t count = taps_.size();
   double sum = 0.0;
@@ -31,12 +32,12 @@ bool BlurKernel::isSmooth() const {
 
 // Each tap w becomes a whole step q, nearest to w * 2^shift. With d = q / 2^shift - w the estimate
 // of a sum S over levels v misses it by the sum of d * v: at most 255 * the sum of the positive d
-// upwards, and 255 * that of the negative ones downwards. The plain form itself is not S: a
+// upwards, and 255 * that of the negative ones downwards. The reference value itself is not S: a
 // thousand additions in double move it by less than 2^-30, the narrowing to float and the addition
 // of a half by 2^-17 each, all below 256. Both together are the bound.
 //
-// Now let u be the estimate, a half and the bound, in steps. Whatever the plain form's value before
-// truncation, it lies within two bounds below u. So unless the remainder of u is below two bounds,
+// Now let u be the estimate, a half and the bound, in steps. Whatever the reference value before
+// truncation, it is at most two bounds below u. So unless the remainder of u is below two bounds,
 // both have the same whole part.
 void BlurKernel::makeSteps() {
   const double largest = *std::max_element(taps_.begin(), taps_.end());
@@ -50,10 +51,10 @@ void BlurKernel::makeSteps() {
     above += std::max(miss, 0.0);
     below += std::max(-miss, 0.0);
   }
-  const double plainMiss = std::ldexp(1.0, shift_ - 15);
-  bound_ = static_cast<int32_t>(std::ceil(255.0 * std::max(above, below) + plainMiss));
+  const double ownMiss = std::ldexp(1.0, shift_ - 15);
+  bound_ = static_cast<int32_t>(std::ceil(255.0 * std::max(above, below) + ownMiss));
 
-  // Up to the middle one, and a zero where that leaves one without a partner.
+  // Up to the middle one, and a zero where that one has no partner.
   steps_.assign(static_cast<size_t>(half() + 2) / 2 * 2, 0);
   for (size_t k = 0; k <= static_cast<size_t>(half()); ++k) {
     steps_[k] = static_cast<int16_t>(std::round(std::ldexp(taps_[k], shift_)));
@@ -66,15 +67,13 @@ BlurWeights BlurKernel::weights() const {
           shift_,       rounding,     2 * bound_};
 }
 
-BlurredRows::BlurredRows(const QMImage& grey, const BlurKernel& across, const BlurKernel& down,
+BlurredRows::BlurredRows(const GreyRows& grey, const BlurKernel& across, const BlurKernel& down,
                          const uint8_t* tone)
-    : pixels_(grey.data),
-      width_(grey.width),
-      height_(grey.height),
+    : grey_(grey),
       across_(across),
       down_(down),
       tone_(tone),
-      stride_((static_cast<size_t>(width_) + kWordsAtOnce - 1) / kWordsAtOnce * kWordsAtOnce),
+      stride_((static_cast<size_t>(grey.width) + kWordsAtOnce - 1) / kWordsAtOnce * kWordsAtOnce),
       ownStride_(stride_ + 2 * static_cast<size_t>(across.half())),
       slots_(2 * static_cast<size_t>(down.half()) + 1),
       own_(slots_ * ownStride_),
@@ -85,33 +84,29 @@ BlurredRows::BlurredRows(const QMImage& grey, const BlurKernel& across, const Bl
 
 // Reads row y, replaces its levels, repeats its ends and blurs it across.
 void BlurredRows::take(int y) {
-  const auto width = static_cast<size_t>(width_);
+  const auto width = static_cast<size_t>(grey_.width);
   const auto half = static_cast<size_t>(across_.half());
-  const unsigned char* from = pixels_ + static_cast<size_t>(y) * width;
   uint16_t* own = ownRow(y);
-  if (tone_ == nullptr) {
-    tattooRows().widen(from, width, own);
-  } else {
-    for (size_t x = 0; x < width; ++x) own[x] = tone_[from[x]];
-  }
+  tattooKernels().tone(grey_.row(y), width, tone_, own);
   std::fill_n(own - half, half, own[0]);
   std::fill_n(own + width, half, own[width - 1]);
 
   for (size_t k = 0; k < 2 * half + 1; ++k) taps_[k] = own - half + k;
   taps_[2 * half + 1] = blank_.data();
-  tattooRows().blur(across_.weights(), taps_.data(), width, acrossRow(y));
+  tattooKernels().blur(across_.weights(), taps_.data(), width, acrossRow(y));
 }
 
 BlurredRow BlurredRows::next() {
   const int y = given_++;
   const int half = down_.half();
-  while (taken_ < height_ && taken_ <= y + half) take(taken_++);
+  while (taken_ < grey_.height && taken_ <= y + half) take(taken_++);
 
   size_t tap = 0;
   for (int row = y - half; row <= y + half; ++row) {
-    taps_[tap++] = acrossRow(std::clamp(row, 0, height_ - 1));
+    taps_[tap++] = acrossRow(std::clamp(row, 0, grey_.height - 1));
   }
   taps_[tap] = blank_.data();
-  tattooRows().blur(down_.weights(), taps_.data(), static_cast<size_t>(width_), blurred_.data());
+  tattooKernels().blur(down_.weights(), taps_.data(), static_cast<size_t>(grey_.width),
+                       blurred_.data());
   return {ownRow(y), blurred_.data()};
 }

@@ -1,5 +1,5 @@
-// A separable blur row by row: nothing larger than the rows that a pixel's taps reach is kept.
-// A page comes out as from two whole passes with an 8-bit image between them.
+// A separable blur, row by row: it keeps only the rows that a pixel's taps reach.
+// The result is that of two passes over the whole page with an 8-bit image between them.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TATTOO_BLUR_H
 #define KORVEL_TATTOO_BLUR_H
@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "tattoo/qm_image.h"
-#include "tattoo/rows.h"
+#include "tattoo/tattoo_kernels.h"
 
-// The weights of one pass and what a row kernel wants to know of them.
+// The weights of one pass, and the figures that a kernel derives its estimate from.
 class BlurKernel {
  public:
-  // Copies the taps; `size` is odd, as everywhere. Any weights will do, but only those of a smooth
-  // kernel are fast: symmetric, none negative, sum about 1.
+  // Copies the taps; `size` is odd. All weights are correct, but only those of a smooth kernel are
+  // fast: symmetric, none negative, sum about 1.
   BlurKernel(const double* taps, int size);
 
   int half() const { return static_cast<int>(taps_.size() / 2); }
@@ -25,26 +25,27 @@ class BlurKernel {
   void makeSteps();
 
   std::vector<double> taps_;
-  std::vector<int16_t> steps_;  // empty when there is no estimate
+  std::vector<int16_t> steps_;  // empty when the kernel is not smooth
   int shift_ = 0;
   int32_t bound_ = 0;  // of the estimate, times 2^shift_
 };
 
-// Levels as words; see TattooRows for how many may be read.
+// Levels as words; TattooKernels states how many of them may be read.
 struct BlurredRow {
   const uint16_t* own;
   const uint16_t* blurred;
 };
 
-// Reads an image's rows once, top to bottom, `across` for each row, then `down`; what lies beyond
-// the border is the pixel at it.
+// Reads a page's rows once, top to bottom, and filters each with `across`, then `down`. Beyond the
+// border the pixel at the border counts.
 class BlurredRows {
  public:
-  // The pixels are borrowed. `tone`, when given, has 256 levels that replace theirs first.
-  BlurredRows(const QMImage& grey, const BlurKernel& across, const BlurKernel& down,
-              const uint8_t* tone = nullptr);
+  // Nothing is copied: pixels, kernels and `tone`, 256 levels that first replace the page's own,
+  // outlive this object.
+  BlurredRows(const GreyRows& grey, const BlurKernel& across, const BlurKernel& down,
+              const uint8_t* tone);
 
-  // The next row, valid until the next call; at most as many calls as rows.
+  // Returns the next row, valid until the next call. To be called at most once per row.
   BlurredRow next();
 
  private:
@@ -53,15 +54,13 @@ class BlurredRows {
   size_t slot(int y) const { return static_cast<size_t>(y) % slots_; }
   void take(int y);
 
-  const unsigned char* pixels_;
-  int width_;
-  int height_;
+  GreyRows grey_;
   const BlurKernel& across_;
   const BlurKernel& down_;
   const uint8_t* tone_;
 
-  size_t stride_;     // words of a row, width rounded up
-  size_t ownStride_;  // the same with the pixels beyond both borders
+  size_t stride_;     // words per row, the width rounded up
+  size_t ownStride_;  // words per row, with the pixels beyond both borders
   size_t slots_;      // rows kept
   std::vector<uint16_t> own_;
   std::vector<uint16_t> passed_;  // blurred across

@@ -1,22 +1,22 @@
-// Rows of a separable blur, and of the weighted sum that makes an unsharp mask of it.
-// An estimate in whole numbers settles nearly every pixel; the double sum settles the rest.
+// The kernels of the unsharp mask: tone curve, separable blur, weighted sum.
+// An estimate in whole numbers decides nearly every pixel of a blur, a sum of doubles the rest.
 // SPDX-License-Identifier: Apache-2.0
 //
-// The plain form sums doubles in the order of the taps. What reaches the page is that sum's whole
-// part only, so an estimate with a known bound gives the same level unless a rounding boundary lies
-// within the bound; then, and only then, the sum is made as the plain form makes it. The bound is
+// The reference implementation sums doubles in the order of the taps. Only the whole part of that
+// sum reaches the page, so an estimate with a known bound gives the same level unless a rounding
+// boundary is within the bound. Only then the doubles are summed as in the reference. The bound is
 // derived in tattoo/blur.cc.
 //
-// A kernel is the same from both ends, so levels are added in pairs first. Two pairs go into one
-// multiplication of 16-bit lanes that adds their products to 32 bits: the mask's eleven taps take
-// three. Across, tap k is the same row k pixels on; down, it is another row. One loop does both.
+// A kernel is symmetric, so levels are added in pairs first. One multiplication of 16-bit lanes
+// takes two pairs and adds their products in 32 bits: the mask's eleven taps need three. Across,
+// tap k is the same row k pixels further on; down, it is another row. One loop does both.
 //
-// A pass takes about 3 instructions a pixel with 8 ints a vector, 9 with 4. Of noise one pixel in
-// 120 is summed again, which adds two; of flat paper and the inside of strokes none. Rows are
-// padded: a narrow page costs 32 pixels a row.
+// A pass takes about 3 instructions per pixel with 8 ints per vector, 9 with 4. In noise, one pixel
+// in 120 is summed again, which adds two; on flat paper and inside strokes none is. Rows are
+// padded, so a narrow page costs 32 pixels per row.
 #include "lanes/lanes.h"
 #include "tattoo/numeric.h"
-#include "tattoo/rows.h"
+#include "tattoo/tattoo_kernels.h"
 
 namespace KORVEL_TARGET {
 
@@ -24,7 +24,10 @@ namespace {
 
 constexpr size_t kWords = kLanesOf<Words>;
 
-// As the plain form sums and rounds it.
+static_assert(kWordsAtOnce % (2 * kWords) == 0, "blurRow reads and writes whole steps of words");
+static_assert(kWordsAtOnce % kLanes == 0, "weighRow reads whole vectors of bytes");
+
+// The reference implementation's sum and rounding.
 uint16_t exactLevel(const BlurWeights& weights, const uint16_t* const* rows, size_t x) {
   double acc = 0.0;
   for (size_t k = 0; k < weights.count; ++k) {
@@ -33,7 +36,7 @@ uint16_t exactLevel(const BlurWeights& weights, const uint16_t* const* rows, siz
   return static_cast<uint8_t>(my_round(static_cast<float>(acc)));  // low 8 bits, no clamp
 }
 
-// Sums anew the levels of the words that the mask marks. They are few and far between.
+// Sums the levels that the mask marks with the exact weights. There are few of them.
 [[gnu::noinline]] void settle(const BlurWeights& weights, const uint16_t* const* rows, size_t x,
                               SignedWords open, uint16_t* to) {
   constexpr size_t kFew = sizeof(uint64_t) / sizeof(uint16_t);
@@ -49,7 +52,7 @@ uint16_t exactLevel(const BlurWeights& weights, const uint16_t* const* rows, siz
   }
 }
 
-// Taps k and its mirror image; the middle one, and what fills up its pair, have none.
+// Tap k and its mirror image, which neither the middle tap nor the one that completes its pair has.
 KORVEL_INLINE SignedWords pairSum(const uint16_t* const* rows, size_t count, size_t k, size_t x) {
   const size_t middle = count / 2;
   const auto first = load<SignedWords>((k <= middle ? rows[k] : rows[count]) + x);
@@ -63,7 +66,7 @@ KORVEL_INLINE SignedWords twoSteps(const BlurWeights& weights, size_t k) {
   return as<SignedWords>(splat<Ints>(both));
 }
 
-// Two words' worth of lanes, `kLanes` pixels. A count known when compiled unrolls the taps.
+// Two vectors of words at a time. A tap count that is known at compile time unrolls the loop.
 template <size_t kCount>
 KORVEL_INLINE void blurRow(const BlurWeights& given, const uint16_t* const* rows, size_t count,
                            uint16_t* to) {
@@ -96,10 +99,9 @@ KORVEL_INLINE void blurRow(const BlurWeights& given, const uint16_t* const* rows
   }
 }
 
-constexpr size_t kMaskTaps = 11;  // of the stencil halftones' mask
-
-// A sum of whole multiples is a whole number that float holds, so words do.
+// Up to this factor, a sum of whole multiples of levels fits in words and is exact in float too.
 constexpr float kMostInWords = 64.0f;
+static_assert(2 * 255 * kMostInWords <= 32767.0f);
 
 bool fitsInWords(float factor) {
   if (!(factor >= -kMostInWords && factor <= kMostInWords)) return false;
@@ -176,12 +178,23 @@ void weigh(const uint16_t* own, const uint16_t* blurred, size_t count, float alp
   }
 }
 
-void widen(const uint8_t* from, size_t count, uint16_t* to) {
-  for (size_t x = 0; x < count; ++x) to[x] = from[x];
-}
-
-void narrow(const uint16_t* from, size_t count, uint8_t* to) {
-  for (size_t x = 0; x < count; ++x) to[x] = static_cast<uint8_t>(from[x]);
+// Pixels equal to their neighbours, such as paper, are looked up eight at a time.
+void tone(const uint8_t* from, size_t count, const uint8_t* levels, uint16_t* to) {
+  constexpr size_t kAtOnce = sizeof(uint64_t);
+  constexpr uint64_t kEachByte = 0x0101010101010101;
+  size_t x = 0;
+  for (; x + kAtOnce <= count; x += kAtOnce) {
+    uint64_t eight;
+    __builtin_memcpy(&eight, from + x, kAtOnce);
+    if (eight == kEachByte * (eight & 0xFF)) {
+      const uint64_t four = 0x0001000100010001 * uint64_t{levels[eight & 0xFF]};
+      __builtin_memcpy(to + x, &four, sizeof four);
+      __builtin_memcpy(to + x + kAtOnce / 2, &four, sizeof four);
+      continue;
+    }
+    for (size_t i = 0; i < kAtOnce; ++i) to[x + i] = levels[from[x + i]];
+  }
+  for (; x < count; ++x) to[x] = levels[from[x]];
 }
 
 }  // namespace KORVEL_TARGET

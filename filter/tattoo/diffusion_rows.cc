@@ -1,24 +1,25 @@
-// The stencil quantiser, many rows at a time.
-// Lanes are rows: each a few columns behind the one above, so that all it needs is there.
+// The kernel of the stencil quantiser: many rows side by side.
+// Lanes are rows, each a few columns behind the row above, on which it depends.
 // SPDX-License-Identifier: Apache-2.0
 //
-// A row is one chain: a pixel waits for its left neighbour's error, some 14 cycles, while the
-// machine could do ten times as much. Rows depend on each other only by what is handed down, and
-// that reaches two columns ahead. So two vectors of rows run side by side, lane r at column t - 8r
-// in step t; their chains overlap, and every pixel still adds what the plain form adds, in its
-// order: the shares from the row above by ascending column, then from two to the left, then from
-// the left, then its level. A share is weight * error, rounded, then added, as when it is pushed;
-// leaving out the zero that the plain form starts from changes no bit, for a level is never -0.
+// A row is one chain: a pixel waits for its left neighbour's error, some 14 cycles, in which the
+// processor could do ten times as much. Rows depend on each other only through the shares that are
+// handed down, which reach two columns ahead. So two vectors of rows run side by side, lane r at
+// column t - 8r in step t, and their chains overlap. Every pixel still adds the same terms in the
+// same order as in the reference implementation: the shares from the row above by ascending column,
+// then from two to the left, then from the left, then its level. A share is weight * error,
+// rounded, then added, as when it is pushed. Leaving out the zero that the reference starts with
+// changes no bit, because a level is never -0.
 //
-// A lag of 8 columns makes a block: 8 steps in which each lane goes over 8 aligned bytes of its
-// row. Levels come in and pixels go out as blocks; within one nothing is looked up. What the last
-// lane hands down waits in a row of floats for the next stripe's first lane.
+// The lag of 8 columns is also a block: 8 steps in which each lane passes over 8 aligned bytes of
+// its row. Levels are loaded and pixels stored in blocks; nothing is looked up within one. The
+// shares of the last lane wait in a row of floats for the first lane of the next stripe.
 //
-// About 6.5 instructions a pixel with 8 lanes a vector, 17 with 4. Narrow pages take the same road,
-// though most of their lanes idle: beside the page errors are held at zero, and rows below it are
-// written nowhere.
+// The kernel takes about 6.5 instructions per pixel with 8 lanes per vector, 17 with 4. Narrow
+// pages are processed in the same way, although most of their lanes are idle: beside the page,
+// errors are held at zero, and rows below it are written to a row that nobody reads.
 #include "lanes/lanes.h"
-#include "tattoo/rows.h"
+#include "tattoo/tattoo_kernels.h"
 
 namespace KORVEL_TARGET {
 
@@ -30,7 +31,12 @@ constexpr size_t kVectors = 2;  // as many chains as registers hold
 constexpr int kRows = static_cast<int>(kVectors * kFloats);
 constexpr int kLeader = kLag * (kRows - 1);  // columns from the last lane to the first
 
-// Shares of an error, named by where the error comes from.
+static_assert(kStencilRows % kRows == 0, "a stripe in the middle of a page fills all lanes");
+// The first lane reaches 2 columns beyond the page, rounded up to a block, plus kLeader; shares are
+// stored kLag elements further on.
+static_assert(kLag + 2 + (kLag - 1) + kLeader <= kColumnsBeside, "shares and whites have room");
+
+// Shares of an error, by the neighbour that it comes from.
 constexpr float kFromAboveLeft = -0.111078f;
 constexpr float kFromAbove = 0.243191f;
 constexpr float kFromAboveRight = 0.128835f;
@@ -38,14 +44,15 @@ constexpr float kFromAboveFarRight = 0.226194f;
 constexpr float kFromFarLeft = -0.052926f;
 constexpr float kFromLeft = 0.505786f;
 
-// What a white pixel lacks of 255 for a black neighbour; for two it is exactly twice as much.
+// How much a white pixel falls short of 255 for one black neighbour; for two, exactly twice as
+// much.
 constexpr float kBlackNeighbourShare = 0.1427f;
 constexpr float kLack = 255.0f - 255.0f * (1.0f - kBlackNeighbourShare);
 static_assert(255.0f - kLack == 255.0f * (1.0f - kBlackNeighbourShare));
 static_assert(255.0f - kLack - kLack ==
               255.0f * (1.0f - (kBlackNeighbourShare + kBlackNeighbourShare)));
 
-// What some of the lanes know from step to step.
+// The state that one vector of lanes keeps from step to step.
 struct Lanes {
   Ints offset;  // columns behind lane 0, negative
   Ints lack;    // the bits of kLack, or of 0 in the page's first and last row
@@ -53,7 +60,7 @@ struct Lanes {
   Floats error2{};
   Floats error3{};
   Ints left{};       // whether the pixel before is white
-  Ints above{};      // black or white above: a bit for each column of the block
+  Ints above{};      // white pixels of the row above, one bit for each column of the block
   Ints bits{};       // white pixels of the block so far, the last one lowest
   Ints levels[2]{};  // four bytes each, in their order
 };
@@ -66,7 +73,7 @@ struct Stripe {
   uint8_t* to[kRows];
 };
 
-// How far up the byte at this place stands in an int.
+// The shift that brings the byte at this place of an int to its low end.
 constexpr int bitsBefore(size_t place) {
   return static_cast<int>(__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__ ? 3 - place : place) * 8;
 }
@@ -75,7 +82,7 @@ KORVEL_INLINE Ints within(Ints mask, Ints x, int first, int end) {
   return mask & as<Ints>(x >= first) & as<Ints>(x < end);
 }
 
-// Column `t` of lane 0 and the columns of the others. The block's step `k` is known when compiled.
+// Column `t` of lane 0 and the columns of the others. `k` is the step within the block.
 template <bool kAtEdge>
 KORVEL_INLINE void step(Stripe& stripe, size_t v, size_t k, const StencilStripe& page, int t) {
   Lanes& lanes = stripe.lanes[v];
@@ -99,7 +106,7 @@ KORVEL_INLINE void step(Stripe& stripe, size_t v, size_t k, const StencilStripe&
     error = as<Floats>(within(as<Ints>(error), lanes.offset + t, 0, page.width));
   }
 
-  // For the column two to the left, whose last source this is.
+  // For the column two to the left, of which this is the last source.
   Floats share = lanes.error3 * kFromAboveLeft;
   share = share + lanes.error2 * kFromAbove;
   share = share + lanes.error1 * kFromAboveRight;
@@ -184,8 +191,8 @@ KORVEL_INLINE void runBlock(Stripe& stripe, const StencilStripe& page, int colum
   putPixels<kAtEdge>(stripe, column, page.width);
 }
 
-// White pixels of the block before become those above of the next lane; the last lanes come first,
-// for the others' are cleared.
+// The white pixels of the previous block become those above the next lane. The last lanes come
+// first, because this clears their own.
 KORVEL_INLINE void handBitsDown(Stripe& stripe, int whitesAbove) {
   for (size_t v = kVectors; v-- > 0;) {
     const Ints before = v == 0 ? splat<Ints>(whitesAbove) : stripe.lanes[v == 0 ? 0 : v - 1].bits;
@@ -194,8 +201,8 @@ KORVEL_INLINE void handBitsDown(Stripe& stripe, int whitesAbove) {
   }
 }
 
-// Keeps what the last lane leaves for the next stripe. The last two columns of a block are known
-// only in the next block.
+// Stores the last lane's shares and white pixels for the next stripe. The shares of a block's last
+// two columns are complete only in the next block.
 KORVEL_INLINE void keepLastRow(const Stripe& stripe, const StencilStripe& page, int column) {
   float* shares = page.shares + kLag + column;
   for (int k = 0; k < kLag; ++k) {
@@ -225,7 +232,7 @@ KORVEL_INLINE void begin(Stripe& stripe, const StencilStripe& page) {
 KORVEL_INLINE void diffuseTogether(const StencilStripe& page) {
   Stripe stripe;
   begin(stripe, page);
-  // Two columns beyond the last one, for what they still hand down.
+  // Two columns beyond the last one, because shares are completed two columns later.
   const int end = (page.width + 2 + kLag - 1) / kLag * kLag + kLeader;
   for (int column = 0; column < end; column += kLag) {
     handBitsDown(stripe, page.whites[column / kLag]);

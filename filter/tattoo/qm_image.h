@@ -32,4 +32,20 @@ class QMImage {
   unsigned char* data = nullptr;
 };
 
+// The grey pixels of a page, top row first, in memory that is not owned and outlives this object.
+struct GreyRows {
+  GreyRows(const unsigned char* first, size_t bytesBetweenRows, int pixelsPerRow, int rows)
+      : pixels(first), stride(bytesBetweenRows), width(pixelsPerRow), height(rows) {}
+  // An image with one byte per pixel. Implicit, so that a filter takes either.
+  GreyRows(const QMImage& image)
+      : GreyRows(image.data, static_cast<size_t>(image.width), image.width, image.height) {}
+
+  const unsigned char* row(int y) const { return pixels + static_cast<size_t>(y) * stride; }
+
+  const unsigned char* pixels;
+  size_t stride;  // bytes between rows
+  int width;
+  int height;
+};
+
 #endif

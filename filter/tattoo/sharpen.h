@@ -1,4 +1,4 @@
-// The rows of an unsharp mask, one after another, for those who need no whole image of them.
+// The unsharp mask of a page, row by row.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TATTOO_SHARPEN_H
 #define KORVEL_TATTOO_SHARPEN_H
@@ -7,15 +7,15 @@
 #include <vector>
 
 #include "tattoo/blur.h"
-#include "tattoo/qm_image.h"
 
-// Gives what enh_unsharp_mask makes of an image, whose levels `tone` has replaced first when it is
-// given: 256 of them, borrowed like the pixels. The image has one byte a pixel and some area.
+// Adds `amount` percent of the detail above a Gaussian of sigma 3 with `size` taps to each pixel.
+// `tone` has 256 levels that first replace the page's own. The page, which is not empty, and `tone`
+// are not copied: they outlive this object.
 class SharpRows {
  public:
-  SharpRows(const QMImage& grey, float amount, int size, const uint8_t* tone = nullptr);
+  SharpRows(const GreyRows& grey, float amount, int size, const uint8_t* tone);
 
-  // Writes the next row, `width` bytes; at most as many calls as rows.
+  // Writes the next row, `width` bytes. To be called at most once per row.
   void next(uint8_t* to);
 
  private:

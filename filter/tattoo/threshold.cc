@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "tattoo/filters.h"
-#include "tattoo/moments.h"
 #include "tattoo/numeric.h"
 
 namespace {
@@ -16,23 +15,31 @@ constexpr int kFallbackThreshold = 128;
 constexpr size_t kAtOnce = 8;
 constexpr uint64_t kEachByte = 0x0101010101010101;
 
-// Eight equal pixels count at once: most of a page is paper. Others go to eight counters a level,
-// so that one need not wait until its neighbour has been counted.
-void countLevels(const uint8_t* levels, size_t count, int* histogram) {
+// Eight counters per level, so that a pixel need not wait until its neighbour has been counted.
+using Counters = int[kAtOnce][kLevels];
+
+// Eight equal pixels are counted at once: most of a page is paper.
+void countRow(const uint8_t* levels, size_t count, Counters& counters) {
   static_assert(kAtOnce == sizeof(uint64_t));
-  int counts[kAtOnce][kLevels] = {};
   for (; count >= kAtOnce; count -= kAtOnce, levels += kAtOnce) {
     uint64_t eight;
     std::memcpy(&eight, levels, sizeof eight);
-    if (eight == kEachByte * levels[0]) {
-      counts[0][levels[0]] += int{kAtOnce};
+    if (eight == kEachByte * (eight & 0xFF)) {
+      counters[0][eight & 0xFF] += int{kAtOnce};
       continue;
     }
-    for (size_t i = 0; i < kAtOnce; ++i) ++counts[i][levels[i]];
+    for (size_t i = 0; i < kAtOnce; ++i) ++counters[i][eight >> 8 * i & 0xFF];
   }
-  for (size_t i = 0; i < count; ++i) ++counts[0][levels[i]];
+  for (size_t i = 0; i < count; ++i) ++counters[0][levels[i]];
+}
+
+void countLevels(const GreyRows& grey, int* histogram) {
+  Counters counters = {};
+  for (int y = 0; y < grey.height; ++y) {
+    countRow(grey.row(y), static_cast<size_t>(grey.width), counters);
+  }
   for (int level = 0; level < kLevels; ++level) {
-    for (const auto& counter : counts) histogram[level] += counter[level];
+    for (const auto& counter : counters) histogram[level] += counter[level];
   }
 }
 
@@ -54,9 +61,9 @@ int levelAbove(float fraction, const float* share) {
 
 }  // namespace
 
-int thresh_global_moments(const QMImage& grey) {
+int thresh_global_moments(const GreyRows& grey) {
   int histogram[kLevels] = {};
-  countLevels(grey.data, grey.size(), histogram);
+  countLevels(grey, histogram);
   return momentThreshold(histogram, grey.width * grey.height);
 }
 

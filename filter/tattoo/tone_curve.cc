@@ -1,9 +1,8 @@
 // The two-segment tone curve: one exponent below a knee, another from it on.
-// Built as a table of 256 levels, then applied to every pixel.
+// Built as a table of 256 levels.
 // SPDX-License-Identifier: Apache-2.0
 #include "tattoo/tone_curve.h"
 
-#include "tattoo/filters.h"
 #include "tattoo/numeric.h"
 
 namespace {
@@ -30,11 +29,4 @@ ToneTable toneTable(int threshold, float gammaLow, float gammaHigh) {
     table.levels[v] = bentLevel(v, threshold, gammaLow, gammaHigh);
   }
   return table;
-}
-
-void enh_piecewise_gamma(QMImage& grey, int threshold, float gammaLow, float gammaHigh) {
-  const ToneTable table = toneTable(threshold, gammaLow, gammaHigh);
-  unsigned char* levels = grey.data;
-  const size_t count = grey.size();
-  for (size_t i = 0; i < count; ++i) levels[i] = table.levels[levels[i]];
 }

@@ -1,11 +1,8 @@
-// Starts zbarimg and reads the few elements of its XML that matter here.
+// Runs zbarimg and reads the few elements of its XML that matter here.
 // SPDX-License-Identifier: Apache-2.0
 #include "studio/worker/barcode_reader.h"
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <climits>
@@ -15,13 +12,12 @@
 #include <vector>
 
 #include "studio/worker/page_dots.h"
-#include "tools/common/child_process.h"
+#include "tools/common/process.h"
 
 namespace korvel {
 namespace {
 
 constexpr int kNothingFound = 4;
-constexpr size_t kMostAnswer = 1 << 20;
 constexpr size_t kMostText = 400;  // bytes of a code that are shown
 
 struct Box {
@@ -33,30 +29,13 @@ struct Box {
 
 // Runs the decoder; false when it is not installed.
 bool runDecoder(const std::string& png, std::string* output) {
-  Descriptor ours;
-  Descriptor theirs;
-  if (!openPipe(&ours, &theirs)) return false;
-  std::vector<std::string> words = {"zbarimg", "--quiet", "--xml", "--nodbus", png};
-  const std::vector<char*> arguments = execWords(words);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, theirs.get(), STDOUT_FILENO);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  pid_t pid = -1;
-  const int fault =
-      posix_spawnp(&pid, words[0].c_str(), &actions, nullptr, arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  theirs.reset();
-  if (fault != 0) return false;
-  Child child;
-  child.start(pid);
-  char bytes[4096];
-  for (ssize_t count = 0; (count = read(ours.get(), bytes, sizeof bytes)) > 0;) {
-    if (output->size() < kMostAnswer) output->append(bytes, static_cast<size_t>(count));
-  }
-  int status = 0;
-  child.wait(&status);
-  return WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == kNothingFound);
+  Program program;
+  program.arguments = {"zbarimg", "--quiet", "--xml", "--nodbus", png};
+  Result<ProgramOutput> ran = runProgram(program, kNullDevice);
+  if (!ran) return false;
+  *output = ran->text;
+  return WIFEXITED(ran->waitStatus) &&
+         (WEXITSTATUS(ran->waitStatus) == 0 || WEXITSTATUS(ran->waitStatus) == kNothingFound);
 }
 
 // "+12,34 +56,78"

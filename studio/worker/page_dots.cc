@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "studio/sentences.h"
-#include "tools/common/child_process.h"
+#include "tools/common/process.h"
 #include "tools/host/emulated_spooler.h"
 #include "tools/preview/document.h"
 #include "tools/stream/page_picture.h"
@@ -26,8 +26,8 @@ constexpr double kFilterSeconds = 60;
 constexpr char kLaidOutPdf[] = "application/vnd.cups-pdf";
 
 Result<RasterSize> readSize(const std::string& path) {
-  Descriptor file;
-  if (!file.adopt(open(path.c_str(), O_RDONLY | O_CLOEXEC))) return Failure{kNoRaster.english};
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.isOpen()) return Failure{kNoRaster.english};
   cups_raster_t* raster = cupsRasterOpen(file.get(), CUPS_RASTER_READ);
   cups_page_header2_t header = {};
   const bool read = raster != nullptr && cupsRasterReadHeader2(raster, &header) != 0;
@@ -38,11 +38,10 @@ Result<RasterSize> readSize(const std::string& path) {
 
 // For the server's log: the user gets the sentence only.
 void logReason(const char* what, const std::string& reason) {
-  if (!reason.empty()) std::fprintf(stderr, "korvel-studio: %s: %s\n", what, reason.c_str());
+  std::fprintf(stderr, "korvel-studio: %s: %s\n", what, reason.c_str());
 }
 
 std::string reasonOf(const SpoolerOutcome& outcome, const StreamDecoder& decoder) {
-  if (!outcome.fault.empty()) return outcome.fault;
   if (outcome.timedOut) return "time limit";
   if (outcome.signal != 0) return "signal " + std::to_string(outcome.signal);
   if (outcome.status != 0) return "status " + std::to_string(outcome.status);
@@ -77,19 +76,23 @@ Result<RasterSize> rasterisePage(const std::string& page, const std::string& ppd
   job.options = options;
   job.log = target + ".log";
   Rasteriser rasteriser;
-  const std::string started = rasteriser.start(job);
-  std::string kept;
-  if (started.empty()) kept = keepFirstPage(rasteriser.output()->get(), target);
-  const std::string finished = started.empty() ? rasteriser.finish() : started;
-  logReason("rasteriser", finished.empty() ? kept : finished);
+  Result<void> done = rasteriser.start(job);
+  if (done) {
+    const Result<void> kept = keepFirstPage(rasteriser.output()->get(), target);
+    done = rasteriser.finish();
+    if (done) done = kept;
+  }
   std::remove(job.log.c_str());
-  if (!finished.empty() || !kept.empty()) return Failure{kNoRaster.english};
+  if (!done) {
+    logReason("rasteriser", done.sentence());
+    return Failure{kNoRaster.english};
+  }
   return readSize(target);
 }
 
 bool writeGrey(const std::string& raster, const std::string& target) {
-  Descriptor file;
-  if (!file.adopt(open(raster.c_str(), O_RDONLY | O_CLOEXEC))) return false;
+  const Descriptor file(open(raster.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.isOpen()) return false;
   cups_raster_t* pages = cupsRasterOpen(file.get(), CUPS_RASTER_READ);
   cups_page_header2_t header = {};
   std::ofstream out(target, std::ios::binary);
@@ -117,18 +120,16 @@ Result<DotsSize> makeDots(const DotsJob& job) {
     if (item.kind == ItemKind::kImage) page.add(item);
   });
   SpoolerJob run = spoolerJob(job);
-  std::string messages;
   run.output = [&](const char* bytes, size_t count) {
     decoder.push(reinterpret_cast<const uint8_t*>(bytes), count);
   };
   run.messages = [](const char*, size_t) {};
-  const SpoolerOutcome outcome = runSpoolerJob(run);
+  const Result<SpoolerOutcome> outcome = runSpoolerJob(run);
   decoder.finish();
-  const std::string reason = reasonOf(outcome, decoder);
-  logReason("filter", reason);
-  if (!reason.empty() || pages != 1 || !page.checkShape().empty()) return Failure{kNoDots.english};
-  const std::string written = page.writePng(job.target, 0);
-  if (!written.empty()) return Failure{kDiskFull.english};
+  const std::string reason = outcome ? reasonOf(outcome.value(), decoder) : outcome.sentence();
+  if (!reason.empty()) logReason("filter", reason);
+  if (!reason.empty() || pages != 1 || !page.checkShape()) return Failure{kNoDots.english};
+  if (!page.writePng(job.target, 0)) return Failure{kDiskFull.english};
   return DotsSize{page.width(), page.height(), countDots(page)};
 }
 

@@ -1,4 +1,4 @@
-// Every error kernel on every target against its plain form: the bits of whole pages.
+// Every error kernel on every target against the reference implementation: the bits of whole pages.
 // Pages are as tight as they can be, and results stand between bytes that nobody may touch.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
@@ -8,8 +8,8 @@
 #include <random>
 #include <vector>
 
-#include "image/cximage_literal.h"
-#include "image/diffusion/diffusion_rows.h"
+#include "image/cximage_reference.h"
+#include "image/diffusion/diffusion_dispatch.h"
 #include "image/dither_tables.h"
 
 namespace {
@@ -20,16 +20,16 @@ struct Kernel {
   const char* name;
   DitherMethod number;
   const DiffusionKernel& taps;
-  DiffusionMethod DiffusionRows::*method;
+  DiffusionMethod DiffusionKernels::*method;
 };
 
 const Kernel kKernels[] = {
-    {"Floyd-Steinberg", -1, kFloydSteinberg, &DiffusionRows::floydSteinberg},
-    {"Burkes", 2, kBurkes, &DiffusionRows::burkes},
-    {"Stucki", 3, kStucki, &DiffusionRows::stucki},
-    {"Jarvis-Judice-Ninke", 4, kJarvisJudiceNinke, &DiffusionRows::jarvisJudiceNinke},
-    {"Sierra", 5, kSierra, &DiffusionRows::sierra},
-    {"Stevenson-Arce", 6, kStevensonArce, &DiffusionRows::stevensonArce},
+    {"Floyd-Steinberg", -1, kFloydSteinberg, &DiffusionKernels::floydSteinberg},
+    {"Burkes", 2, kBurkes, &DiffusionKernels::burkes},
+    {"Stucki", 3, kStucki, &DiffusionKernels::stucki},
+    {"Jarvis-Judice-Ninke", 4, kJarvisJudiceNinke, &DiffusionKernels::jarvisJudiceNinke},
+    {"Sierra", 5, kSierra, &DiffusionKernels::sierra},
+    {"Stevenson-Arce", 6, kStevensonArce, &DiffusionKernels::stevensonArce},
 };
 
 // Rows `stride` bytes apart; nothing stands behind the last pixel.
@@ -59,14 +59,14 @@ Bytes fencedRows(size_t width, size_t height, const std::function<const uint8_t*
   return rows;
 }
 
-Bytes plainBits(const GreyPage& page, const Kernel& kernel) {
+Bytes referenceBits(const GreyPage& page, const Kernel& kernel) {
   CxImage image;
   image.Create(static_cast<uint32_t>(page.width), static_cast<uint32_t>(page.height), 8, 0);
   for (size_t y = 0; y < page.height; ++y) {
     std::copy_n(page.grey.data() + y * page.stride, page.width,
                 image.GetBits(static_cast<uint32_t>(y)));
   }
-  CxImageLiteral::Dither(image, kernel.number);
+  reference::Dither(image, kernel.number);
   Bytes bits = fencedRows(page.width, page.height,
                           [&](size_t y) { return image.GetBits(static_cast<uint32_t>(y)); });
   image.Destroy();
@@ -83,9 +83,9 @@ Bytes fastBits(const GreyPage& page, const DiffusionMethod& method) {
 }
 
 void expectAgreement(const GreyPage& page, const Kernel& kernel, const std::string& what) {
-  const Bytes want = plainBits(page, kernel);
+  const Bytes want = referenceBits(page, kernel);
   for (const Target target : availableTargets()) {
-    const Bytes have = fastBits(page, diffusionRows(target).*kernel.method);
+    const Bytes have = fastBits(page, diffusionKernels(target).*kernel.method);
     const auto [differs, wanted] = std::mismatch(have.begin(), have.end(), want.begin());
     if (differs == have.end()) continue;
     const auto at = static_cast<size_t>(differs - have.begin());

@@ -1,5 +1,5 @@
-// The palette image's and the printer's operations against their plain forms, padding included.
-// The kernels are those that KORVEL_TARGET names, so the program runs once a target.
+// The palette image's and the printer's operations against the reference implementation, padding
+// included. KORVEL_TARGET chooses the kernels, so this program runs once for each SIMD target.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "image/cximage.h"
-#include "image/cximage_literal.h"
-#include "printer/page_literal.h"
+#include "image/cximage_reference.h"
+#include "printer/page_reference.h"
 #include "printer/pellam_printer.h"
 #include "tests/support/captured_stderr.h"
 
@@ -63,21 +63,21 @@ struct Operation {
   const char* name;
   std::vector<uint32_t> depths;
   std::function<void(CxImage&)> fast;
-  std::function<void(CxImage&)> plain;
+  std::function<void(CxImage&)> reference;
 };
 
 Operation dither(const char* name, DitherMethod method) {
   return {name,
           {1, 4, 8, 24},
           [method](CxImage& image) { image.Dither(method); },
-          [method](CxImage& image) { CxImageLiteral::Dither(image, method); }};
+          [method](CxImage& image) { reference::Dither(image, method); }};
 }
 
 Operation increase(const char* name, uint32_t depth) {
   return {name,
           {1, 4, 8, 24},
           [depth](CxImage& image) { image.IncreaseBpp(depth); },
-          [depth](CxImage& image) { CxImageLiteral::IncreaseBpp(image, depth); }};
+          [depth](CxImage& image) { reference::IncreaseBpp(image, depth); }};
 }
 
 const uint8_t* someTable() {
@@ -106,38 +106,59 @@ std::vector<Operation> operations() {
       {"look-up",
        {1, 4, 8, 24},
        [](CxImage& image) { image.Lut(someTable()); },
-       [](CxImage& image) { CxImageLiteral::Lut(image, someTable()); }},
+       [](CxImage& image) { reference::Lut(image, someTable()); }},
       {"negative",
        {1, 4, 8, 24},
        [](CxImage& image) { image.Negative(); },
-       [](CxImage& image) { CxImageLiteral::Negative(image); }},
+       [](CxImage& image) { reference::Negative(image); }},
       {"turn",
        {1, 4, 8, 24},
        [](CxImage& image) { image.Rotate180(); },
-       [](CxImage& image) { CxImageLiteral::Rotate180(image); }},
+       [](CxImage& image) { reference::Rotate180(image); }},
       {"mirror",
        {1, 4, 8, 24},
        [](CxImage& image) { image.Mirror(); },
-       [](CxImage& image) { CxImageLiteral::Mirror(image); }},
+       [](CxImage& image) { reference::Mirror(image); }},
   };
 }
 
-TEST(ImageOperations, AgreeWithTheirPlainForms) {
+TEST(ImageOperations, AgreeWithTheReference) {
   unsigned int seed = std::random_device{}();
   for (const Operation& operation : operations()) {
     for (const uint32_t depth : operation.depths) {
       for (const Size& size : sizes()) {
         ++seed;
         OwnedImage fast;
-        OwnedImage plain;
+        OwnedImage want;
         paint(fast, size, depth, seed);
-        paint(plain, size, depth, seed);
+        paint(want, size, depth, seed);
         operation.fast(fast);
-        operation.plain(plain);
-        ASSERT_EQ(blockOf(fast), blockOf(plain))
+        operation.reference(want);
+        ASSERT_EQ(blockOf(fast), blockOf(want))
             << operation.name << " from " << depth << " bits, " << size.width << " x "
             << size.height << ", seed " << seed;
       }
+    }
+  }
+}
+
+// With rows of every length, and what the bytes after the last pixel become.
+TEST(ImageOperations, HalftoneAnArrayAsInThreeSteps) {
+  unsigned int seed = std::random_device{}();
+  for (const DitherMethod method : {0, 1, 2, 3, 4, 5, 6, 7, 8}) {
+    for (const Size& size : sizes()) {
+      std::mt19937 random(++seed);
+      const uint32_t distance = size.width + static_cast<uint32_t>(random() % 7);
+      Bytes array(size_t{distance} * size.height);
+      for (uint8_t& byte : array) byte = static_cast<uint8_t>(random());
+      OwnedImage have;
+      OwnedImage want;
+      ASSERT_TRUE(have.CreateHalftone(array.data(), size.width, size.height, distance, method));
+      want.CreateFromArray(array.data(), size.width, size.height, 8, distance, false);
+      reference::Dither(want, method);
+      reference::IncreaseBpp(want, 8);
+      ASSERT_EQ(blockOf(have), blockOf(want))
+          << "method " << method << ", " << size.width << " x " << size.height << ", seed " << seed;
     }
   }
 }
@@ -148,12 +169,12 @@ TEST(ImageOperations, CompareEveryLevelOnEveryPlace) {
   for (size_t i = 0; i < levels.size(); ++i) levels[i] = static_cast<uint8_t>(i % 1024 / 4);
   for (const DitherMethod method : {0, 1, 7}) {
     OwnedImage fast;
-    OwnedImage plain;
+    OwnedImage want;
     fast.CreateFromArray(levels.data(), 1024, 4, 8, 1024, false);
-    plain.CreateFromArray(levels.data(), 1024, 4, 8, 1024, false);
+    want.CreateFromArray(levels.data(), 1024, 4, 8, 1024, false);
     fast.Dither(method);
-    CxImageLiteral::Dither(plain, method);
-    EXPECT_EQ(blockOf(fast), blockOf(plain)) << "method " << method;
+    reference::Dither(want, method);
+    EXPECT_EQ(blockOf(fast), blockOf(want)) << "method " << method;
   }
 }
 
@@ -202,7 +223,7 @@ TEST(ImageOperations, ReadArraysWithAnyDistanceOfRows) {
   }
 }
 
-class PlainPrinter : public PellamPrinter {
+class QuietPrinter : public PellamPrinter {
  public:
   void doPrintImage(const unsigned char*, size_t, size_t, size_t) override {}
 };
@@ -214,7 +235,7 @@ Bytes sparseBytes(size_t count, std::mt19937& random) {
   return bytes;
 }
 
-TEST(PagePacking, AgreesWithItsPlainForm) {
+TEST(PagePacking, AgreesWithTheReference) {
   const unsigned int seed = std::random_device{}();
   std::mt19937 random(seed);
   CapturedStderr quiet;
@@ -225,23 +246,23 @@ TEST(PagePacking, AgreesWithItsPlainForm) {
         const int pixels = stride * height;
         const Bytes page = sparseBytes(static_cast<size_t>(pixels) + 3, random);
         Bytes fast = page;
-        Bytes plain = page;
-        PlainPrinter printer;
+        Bytes want = page;
+        QuietPrinter printer;
         printer.setSkipRightPixels(static_cast<uint64_t>(skip));
         const int have = printer.GrayToMono(stride, height, fast.data());
-        const int want =
-            PageLiteral::GrayToMono(stride, height, static_cast<uint64_t>(skip), plain.data());
-        ASSERT_EQ(have, want);
-        ASSERT_EQ(fast, plain) << stride << " x " << height << ", skip " << skip << ", seed "
-                               << seed;
+        const int packed =
+            reference::GrayToMono(stride, height, static_cast<uint64_t>(skip), want.data());
+        ASSERT_EQ(have, packed);
+        ASSERT_EQ(fast, want) << stride << " x " << height << ", skip " << skip << ", seed "
+                              << seed;
       }
     }
   }
 }
 
-TEST(PageCopies, AgreeWithTheirPlainForms) {
+TEST(PageCopies, AgreeWithTheReference) {
   unsigned int seed = std::random_device{}();
-  PlainPrinter printer;
+  QuietPrinter printer;
   for (const uint32_t depth : {1u, 4u, 8u, 24u}) {
     for (const Size& size : sizes()) {
       OwnedImage image;
@@ -252,19 +273,19 @@ TEST(PageCopies, AgreeWithTheirPlainForms) {
         const int needed = stride * height + width;
         const auto bytes = static_cast<size_t>(needed);
         Bytes fast(bytes, 0xA5);
-        Bytes plain(bytes, 0xA5);
+        Bytes want(bytes, 0xA5);
         printer.copyPixels(image, fast.data(), width, height, stride);
-        PageLiteral::copyPixels(image, plain.data(), width, height, stride);
-        ASSERT_EQ(fast, plain) << depth << " bits, " << width << " x " << height << ", seed "
-                               << seed;
+        reference::copyPixels(image, want.data(), width, height, stride);
+        ASSERT_EQ(fast, want) << depth << " bits, " << width << " x " << height << ", seed "
+                              << seed;
         for (const bool negative : {false, true}) {
           printer.setNegativePrint(negative);
           for (const size_t capacity : {size_t{0}, bytes / 2, bytes}) {
             printer.copyProcessedPixels(&image, fast.data(), width, height, stride, capacity);
-            PageLiteral::copyProcessedPixels(&image, plain.data(), width, height, stride, negative,
-                                             capacity);
-            ASSERT_EQ(fast, plain) << depth << " bits, " << width << " x " << height
-                                   << ", capacity " << capacity << ", seed " << seed;
+            reference::copyProcessedPixels(&image, want.data(), width, height, stride, negative,
+                                           capacity);
+            ASSERT_EQ(fast, want) << depth << " bits, " << width << " x " << height << ", capacity "
+                                  << capacity << ", seed " << seed;
           }
         }
       }
@@ -274,15 +295,15 @@ TEST(PageCopies, AgreeWithTheirPlainForms) {
 
 // Neither an image without a block nor pixels beside the image may stop a copy.
 TEST(PageCopies, AgreeOutsideTheImage) {
-  PlainPrinter printer;
+  QuietPrinter printer;
   OwnedImage image;
   for (const bool painted : {false, true}) {
     if (painted) paint(image, {9, 3}, 8, 1);
     Bytes fast(16 * 5, 0xA5);
-    Bytes plain(16 * 5, 0xA5);
+    Bytes want(16 * 5, 0xA5);
     printer.copyPixels(image, fast.data(), 13, 5, 16);
-    PageLiteral::copyPixels(image, plain.data(), 13, 5, 16);
-    EXPECT_EQ(fast, plain) << painted;
+    reference::copyPixels(image, want.data(), 13, 5, 16);
+    EXPECT_EQ(fast, want) << painted;
   }
 }
 

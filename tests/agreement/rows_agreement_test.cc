@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "image/rows.h"
+#include "image/image_kernels.h"
 
 namespace {
 
@@ -58,8 +58,8 @@ struct Kernel {
   const char* name;
   bool readsBits;
   bool inPlace;
-  std::function<void(const ImageRows&, const uint8_t* from, size_t count, uint8_t* to)> run;
-  std::function<Bytes(const Bytes& from, size_t count)> plain;
+  std::function<void(const ImageKernels&, const uint8_t* from, size_t count, uint8_t* to)> run;
+  std::function<Bytes(const Bytes& from, size_t count)> want;
 };
 
 constexpr uint8_t kLimits[][4] = {
@@ -71,10 +71,20 @@ std::vector<Kernel> kernels() {
   std::vector<Kernel> all;
   for (const auto& limits : kLimits) {
     all.push_back({"bitsAbove", false, false,
-                   [&limits](const ImageRows& rows, const uint8_t* from, size_t count,
+                   [&limits](const ImageKernels& rows, const uint8_t* from, size_t count,
                              uint8_t* to) { rows.bitsAbove(from, count, limits, to); },
                    [&limits](const Bytes& from, size_t count) {
                      return packed(count, [&](size_t x) { return from[x] > limits[x % 4]; });
+                   }});
+  }
+  for (const auto& limits : kLimits) {
+    all.push_back({"bytesAbove", false, false,
+                   [&limits](const ImageKernels& rows, const uint8_t* from, size_t count,
+                             uint8_t* to) { rows.bytesAbove(from, count, limits, to); },
+                   [&limits](const Bytes& from, size_t count) {
+                     Bytes bytes(count);
+                     for (size_t x = 0; x < count; ++x) bytes[x] = from[x] > limits[x % 4] ? 1 : 0;
+                     return bytes;
                    }});
   }
   const auto ink = [](const Bytes& from, size_t count) {
@@ -82,13 +92,13 @@ std::vector<Kernel> kernels() {
   };
   for (const bool inPlace : {false, true}) {
     all.push_back({"bitsOfInk", false, inPlace,
-                   [](const ImageRows& rows, const uint8_t* from, size_t count, uint8_t* to) {
+                   [](const ImageKernels& rows, const uint8_t* from, size_t count, uint8_t* to) {
                      rows.bitsOfInk(from, count, to);
                    },
                    ink});
   }
   all.push_back({"bytesOfBits", true, false,
-                 [](const ImageRows& rows, const uint8_t* from, size_t count, uint8_t* to) {
+                 [](const ImageKernels& rows, const uint8_t* from, size_t count, uint8_t* to) {
                    rows.bytesOfBits(from, count, to);
                  },
                  [](const Bytes& from, size_t count) {
@@ -98,7 +108,7 @@ std::vector<Kernel> kernels() {
                  }});
   for (const bool complemented : {false, true}) {
     all.push_back({"raiseOnes", false, true,
-                   [complemented](const ImageRows& rows, const uint8_t*, size_t count,
+                   [complemented](const ImageKernels& rows, const uint8_t*, size_t count,
                                   uint8_t* to) { rows.raiseOnes(to, count, complemented); },
                    [complemented](const Bytes& from, size_t count) {
                      Bytes bytes(from.begin(), from.begin() + static_cast<ptrdiff_t>(count));
@@ -110,7 +120,7 @@ std::vector<Kernel> kernels() {
                    }});
   }
   all.push_back({"complement", false, true,
-                 [](const ImageRows& rows, const uint8_t*, size_t count, uint8_t* to) {
+                 [](const ImageKernels& rows, const uint8_t*, size_t count, uint8_t* to) {
                    rows.complement(to, count);
                  },
                  [](const Bytes& from, size_t count) {
@@ -120,7 +130,7 @@ std::vector<Kernel> kernels() {
                    return bytes;
                  }});
   all.push_back({"lookUp", false, true,
-                 [](const ImageRows& rows, const uint8_t*, size_t count, uint8_t* to) {
+                 [](const ImageKernels& rows, const uint8_t*, size_t count, uint8_t* to) {
                    uint8_t table[256];
                    for (size_t v = 0; v < 256; ++v) table[v] = scattered(v);
                    rows.lookUp(to, count, table);
@@ -131,7 +141,7 @@ std::vector<Kernel> kernels() {
                    return bytes;
                  }});
   all.push_back({"reverse", false, false,
-                 [](const ImageRows& rows, const uint8_t* from, size_t count, uint8_t* to) {
+                 [](const ImageKernels& rows, const uint8_t* from, size_t count, uint8_t* to) {
                    rows.reverse(from, count, to);
                  },
                  [](const Bytes& from, size_t count) {
@@ -141,7 +151,7 @@ std::vector<Kernel> kernels() {
 }
 
 // Runs the kernel `start` bytes into a buffer and compares all of the buffer.
-bool agrees(const Kernel& kernel, const ImageRows& rows, const Bytes& row, size_t count,
+bool agrees(const Kernel& kernel, const ImageKernels& rows, const Bytes& row, size_t count,
             size_t start) {
   Bytes want(kFence + start + count + kFence, 0xA5);
   Bytes have = want;
@@ -150,8 +160,8 @@ bool agrees(const Kernel& kernel, const ImageRows& rows, const Bytes& row, size_
     std::copy(row.begin(), row.end(), want.begin() + at);
     std::copy(row.begin(), row.end(), have.begin() + at);
   }
-  const Bytes plain = kernel.plain(row, count);
-  std::copy(plain.begin(), plain.end(), want.begin() + at);
+  const Bytes result = kernel.want(row, count);
+  std::copy(result.begin(), result.end(), want.begin() + at);
 
   Bytes source(start);
   source.insert(source.end(), row.begin(), row.end());
@@ -173,7 +183,7 @@ TEST(PointRows, AgreeWithOneByteAtATime) {
         const Bytes source(row.begin(), row.begin() + static_cast<ptrdiff_t>(bytes));
         for (const Target target : availableTargets()) {
           for (const size_t start : kStarts) {
-            ASSERT_TRUE(agrees(kernel, imageRows(target), source, width, start))
+            ASSERT_TRUE(agrees(kernel, imageKernels(target), source, width, start))
                 << kernel.name << " on " << nameOf(target) << ", width " << width << ", start "
                 << start << ", seed " << seed;
           }
@@ -199,10 +209,27 @@ TEST(PointRows, PackAPageOntoItself) {
       Bytes have = page;
       const size_t packedStride = (stride + 7) / 8;
       for (size_t y = 0; y < height; ++y) {
-        imageRows(target).bitsOfInk(&have[y * stride], stride, &have[y * packedStride]);
+        imageKernels(target).bitsOfInk(&have[y * stride], stride, &have[y * packedStride]);
       }
       have.resize(want.size());
       ASSERT_EQ(have, want) << nameOf(target) << ", stride " << stride << ", seed " << seed;
+    }
+  }
+}
+
+// The bits may be the last bytes of the row that the bytes fill.
+TEST(PointRows, SpreadTheBitsAtTheEndOfARow) {
+  const unsigned int seed = std::random_device{}();
+  std::mt19937 random(seed);
+  for (const size_t width : widths()) {
+    const Bytes bits = noise((width + 7) / 8, random);
+    Bytes want(width);
+    for (size_t x = 0; x < width; ++x) want[x] = bits[x / 8] >> (7 - x % 8) & 1;
+    for (const Target target : availableTargets()) {
+      Bytes row(width);
+      std::copy(bits.begin(), bits.end(), row.end() - static_cast<ptrdiff_t>(bits.size()));
+      imageKernels(target).bytesOfBits(row.data() + width - bits.size(), width, row.data());
+      ASSERT_EQ(row, want) << nameOf(target) << ", width " << width << ", seed " << seed;
     }
   }
 }
@@ -216,7 +243,7 @@ TEST(PointRows, CompareAllLevelsWithAllThresholds) {
       const auto each = static_cast<uint8_t>(limit);
       const uint8_t limits[4] = {each, each, each, each};
       Bytes bits(32);
-      imageRows(target).bitsAbove(levels.data(), 256, limits, bits.data());
+      imageKernels(target).bitsAbove(levels.data(), 256, limits, bits.data());
       ASSERT_EQ(bits, packed(256, [limit](size_t v) { return v > limit; }))
           << nameOf(target) << ", threshold " << limit;
     }

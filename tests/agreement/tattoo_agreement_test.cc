@@ -1,5 +1,5 @@
-// The stencil halftones and their filters against the plain forms, byte for byte.
-// The kernels are those that KORVEL_TARGET names, so the program runs once a target.
+// The stencil halftones and their filters against the reference implementation, byte for byte.
+// KORVEL_TARGET chooses the kernels, so this program runs once for each SIMD target.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -9,17 +9,17 @@
 #include <vector>
 
 #include "tattoo/blur.h"
-#include "tattoo/diffusion.h"
 #include "tattoo/filters.h"
-#include "tattoo/literal.h"
 #include "tattoo/pipelines.h"
-#include "tattoo/rows.h"
+#include "tattoo/tattoo_kernels.h"
+#include "tattoo/tattoo_reference.h"
 #include "tests/agreement/tattoo_pages.h"
+#include "tests/filter/tattoo/whole_images.h"
 
 namespace {
 
-// A test's random numbers. The seed is new in every run unless KORVEL_SEED gives one, and is told
-// with every failure.
+// A test's random numbers. The seed differs in every run unless KORVEL_SEED gives one, and every
+// failure reports it.
 class TattooAgreement : public testing::Test {
  protected:
   static unsigned int chosenSeed() {
@@ -50,7 +50,7 @@ TEST_F(TattooAgreement, DiffusesEverySmallPage) {
       const Look look = kLooks[random_() % std::size(kLooks)];
       const int threshold = static_cast<int>(random_() % 257) - 1;
       const QMImage page = pageOf(look, width, height, random_);
-      ASSERT_EQ(difference(edf_cus(page, threshold), literal::edf_cus(page, threshold)), "")
+      ASSERT_EQ(difference(diffused(page, threshold), reference::edf_cus(page, threshold)), "")
           << "threshold " << threshold << ", look " << static_cast<int>(look);
     }
   }
@@ -60,13 +60,13 @@ TEST_F(TattooAgreement, DiffusesAtEveryThreshold) {
   for (int threshold = -1; threshold <= 255; ++threshold) {
     for (const Look look : {Look::kNoise, Look::kRamp, Look::kNearFlat}) {
       const QMImage page = pageOf(look, 133, 21, random_);
-      ASSERT_EQ(difference(edf_cus(page, threshold), literal::edf_cus(page, threshold)), "")
+      ASSERT_EQ(difference(diffused(page, threshold), reference::edf_cus(page, threshold)), "")
           << "threshold " << threshold << ", look " << static_cast<int>(look);
     }
   }
 }
 
-// Every kernel that a blur may be asked for, fast or not.
+// Every kind of kernel that a blur may have, fast or not.
 std::vector<std::vector<double>> kernels() {
   std::vector<std::vector<double>> all;
   for (int size = 1; size <= 31; size += 2) {
@@ -98,8 +98,8 @@ TEST_F(TattooAgreement, ConvolvesWithEveryKernel) {
       const int height = 1 + static_cast<int>(random_() % 40);
       const QMImage page = pageOf(look, width, height, random_);
       for (const bool across : {true, false}) {
-        ASSERT_EQ(difference(convolve1D(page, kernel.data(), size, across),
-                             literal::convolve1D(page, kernel.data(), size, across)),
+        ASSERT_EQ(difference(convolved(page, kernel, across),
+                             reference::convolve1D(page, kernel.data(), size, across)),
                   "")
             << size << " taps, middle " << kernel[kernel.size() / 2] << ", across " << across;
       }
@@ -121,8 +121,8 @@ TEST_F(TattooAgreement, ConvolvesEveryTriple) {
     }
     for (const std::vector<double>& kernel : kernels()) {
       if (kernel.size() != 3) continue;
-      ASSERT_EQ(difference(convolve1D(page, kernel.data(), 3, false),
-                           literal::convolve1D(page, kernel.data(), 3, false)),
+      ASSERT_EQ(difference(convolved(page, kernel, false),
+                           reference::convolve1D(page, kernel.data(), 3, false)),
                 "")
           << "middle " << kernel[1] << ", kind " << kind;
     }
@@ -159,13 +159,13 @@ TEST_F(TattooAgreement, ConvolvesSumsNextToAHalf) {
   for (const std::vector<double>& kernel : kernels()) {
     if (kernel.size() < 5 || kernel.size() > 31) continue;
     const int size = static_cast<int>(kernel.size());
-    QMImage page(size, 40, QM_IMG_GRAY);  // a window a row; the middle column sees all of it
+    QMImage page(size, 40, QM_IMG_GRAY);  // one window per row; the middle column sees all of it
     for (int y = 0; y < page.height; ++y) {
       const std::vector<uint8_t> window = nearlyHalf(kernel, random_);
       std::copy(window.begin(), window.end(), page.data + y * size);
     }
-    ASSERT_EQ(difference(convolve1D(page, kernel.data(), size, true),
-                         literal::convolve1D(page, kernel.data(), size, true)),
+    ASSERT_EQ(difference(convolved(page, kernel, true),
+                         reference::convolve1D(page, kernel.data(), size, true)),
               "")
         << size << " taps, middle " << kernel[kernel.size() / 2];
   }
@@ -224,12 +224,15 @@ TEST_F(TattooAgreement, SharpensEverySmallPage) {
       const QMImage page = pageOf(look, width, height, random_);
       const int size = width % 4 == 0 ? 1 + 2 * static_cast<int>(random_() % 16) : 11;
       const float amount = width % 3 == 0 ? static_cast<float>(random_() % 1000) - 250.5f : 300.0f;
-      ASSERT_EQ(difference(enh_unsharp_mask(page, amount, size),
-                           literal::enh_unsharp_mask(page, amount, size)),
+      ASSERT_EQ(difference(sharpened(page, amount, size),
+                           reference::enh_unsharp_mask(page, amount, size)),
                 "")
           << size << " taps, " << amount << " percent, look " << static_cast<int>(look);
-      ASSERT_EQ(difference(enh_gaussian_filter_fast(page, size, 2.0),
-                           literal::enh_gaussian_filter_fast(page, size, 2.0)),
+      std::vector<double> taps(static_cast<size_t>(size));
+      generateGaussianKernel1D(size, 2.0, taps.data());
+      const BlurKernel kernel(taps.data(), size);
+      ASSERT_EQ(difference(blurred(page, kernel, kernel),
+                           reference::enh_gaussian_filter_fast(page, size, 2.0)),
                 "")
           << size << " taps, look " << static_cast<int>(look);
     }
@@ -238,27 +241,41 @@ TEST_F(TattooAgreement, SharpensEverySmallPage) {
 
 TEST_F(TattooAgreement, WeighsEveryPairOfLevels) {
   QMImage own(256, 256, QM_IMG_GRAY);
-  QMImage blurred(256, 256, QM_IMG_GRAY);
+  QMImage blur(256, 256, QM_IMG_GRAY);
   for (size_t i = 0; i < own.size(); ++i) {
     own.data[i] = static_cast<uint8_t>(i / 256);
-    blurred.data[i] = static_cast<uint8_t>(i % 256);
+    blur.data[i] = static_cast<uint8_t>(i % 256);
   }
   for (const float amount : {3.0f, 0.0f, 1.0f, -1.0f, -2.0f, 0.1f, 0.33f, 0.5f, -0.5f, 2.5f, 62.0f,
                              63.0f, 64.0f, -64.0f, -65.0f, 300.0f, 1e-30f, 12345.678f, 4e6f}) {
-    EXPECT_EQ(
-        difference(add_Weighted(own, blurred, amount), literal::add_Weighted(own, blurred, amount)),
-        "")
+    EXPECT_EQ(difference(weighed(own, blur, amount), reference::add_Weighted(own, blur, amount)),
+              "")
         << amount;
+  }
+}
+
+TEST_F(TattooAgreement, TonesEveryLength) {
+  uint8_t levels[256];
+  for (uint8_t& level : levels) level = static_cast<uint8_t>(random_());
+  for (int width = 1; width <= 140; ++width) {
+    for (const Look look : kLooks) {
+      const QMImage row = pageOf(look, width, 1, random_);
+      std::vector<uint16_t> want(static_cast<size_t>(width) + 1, 0xA5A5);
+      std::vector<uint16_t> have = want;
+      std::transform(row.data, row.data + width, want.begin(),
+                     [&](uint8_t level) { return levels[level]; });
+      tattooKernels().tone(row.data, static_cast<size_t>(width), levels, have.data());
+      ASSERT_EQ(have, want) << width << " pixels, look " << static_cast<int>(look);
+    }
   }
 }
 
 TEST_F(TattooAgreement, WeighsEveryLength) {
   for (int width = 0; width <= 140; ++width) {
     const QMImage own = pageOf(Look::kNoise, width, 9, random_);
-    const QMImage blurred = pageOf(Look::kNoise, width, 9, random_);
+    const QMImage blur = pageOf(Look::kNoise, width, 9, random_);
     for (const float amount : {3.0f, 0.7f}) {
-      ASSERT_EQ(difference(add_Weighted(own, blurred, amount),
-                           literal::add_Weighted(own, blurred, amount)),
+      ASSERT_EQ(difference(weighed(own, blur, amount), reference::add_Weighted(own, blur, amount)),
                 "")
           << amount;
     }
@@ -271,27 +288,15 @@ TEST_F(TattooAgreement, FindsTheThresholdOfEveryKindOfPage) {
     const int width = 1 + static_cast<int>(random_() % 140);
     const int height = 1 + static_cast<int>(random_() % 40);
     const QMImage page = pageOf(look, width, height, random_);
-    ASSERT_EQ(thresh_global_moments(page), literal::thresh_global_moments(page))
+    ASSERT_EQ(thresh_global_moments(page), reference::thresh_global_moments(page))
         << width << " x " << height << ", look " << static_cast<int>(look);
   }
 }
 
-// Filters take one byte a pixel and leave what else such an image has.
-TEST_F(TattooAgreement, FiltersKeepTheRestOfAColourImage) {
-  QMImage page(37, 13, QM_IMG_RGB);
-  std::generate_n(page.data, page.size(), [&] { return static_cast<uint8_t>(random_()); });
-  EXPECT_EQ(difference(enh_gaussian_filter_fast(page, 7, 1.0),
-                       literal::enh_gaussian_filter_fast(page, 7, 1.0)),
-            "");
-  EXPECT_EQ(difference(enh_unsharp_mask(page, 300, 11), literal::enh_unsharp_mask(page, 300, 11)),
-            "");
-  EXPECT_EQ(difference(edf_cus(page, 100), literal::edf_cus(page, 100)), "");
-}
-
 void expectSameStencils(const QMImage& page, Look look) {
-  ASSERT_EQ(difference(qmTattooDithering(page), literal::qmTattooDithering(page)), "")
+  ASSERT_EQ(difference(qmTattooDithering(page), reference::qmTattooDithering(page)), "")
       << "look " << static_cast<int>(look);
-  ASSERT_EQ(difference(qmTattooDitheringZ4(page), literal::qmTattooDitheringZ4(page)), "")
+  ASSERT_EQ(difference(qmTattooDitheringZ4(page), reference::qmTattooDitheringZ4(page)), "")
       << "Z4, look " << static_cast<int>(look);
 }
 

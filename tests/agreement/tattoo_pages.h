@@ -1,5 +1,5 @@
-// Pages to hold the stencil halftones to their plain forms, and a comparison that tells where two
-// results part.
+// Pages on which the stencil halftones are compared with the reference implementation, and a
+// comparison that reports the first difference.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_AGREEMENT_TATTOO_PAGES_H
 #define KORVEL_TESTS_AGREEMENT_TATTOO_PAGES_H
@@ -47,17 +47,17 @@ inline QMImage pageOf(Look look, int width, int height, std::mt19937& random) {
 }
 
 // Empty when both are the same image; else the first difference in words.
-inline std::string difference(const QMImage& fast, const QMImage& plain) {
+inline std::string difference(const QMImage& have, const QMImage& want) {
   std::ostringstream text;
-  if (fast.width != plain.width || fast.height != plain.height || fast.color != plain.color ||
-      fast.channels != plain.channels) {
+  if (have.width != want.width || have.height != want.height || have.color != want.color ||
+      have.channels != want.channels) {
     text << "an image of another shape";
     return text.str();
   }
-  for (size_t i = 0; i < plain.size(); ++i) {
-    if (fast.data[i] == plain.data[i]) continue;
-    text << plain.width << " x " << plain.height << ", byte " << i << ": have " << int{fast.data[i]}
-         << ", want " << int{plain.data[i]};
+  for (size_t i = 0; i < want.size(); ++i) {
+    if (have.data[i] == want.data[i]) continue;
+    text << want.width << " x " << want.height << ", byte " << i << ": have " << int{have.data[i]}
+         << ", want " << int{want.data[i]};
     return text.str();
   }
   return {};

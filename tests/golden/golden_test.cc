@@ -1,10 +1,10 @@
-// Runs every job of the golden folder through the real filter and compares all that comes out:
-// stream, messages, exit status and the dots of each page. Comparing never changes a golden job.
+// Runs every golden job through the real filter and compares everything that it produces:
+// stream, messages, exit status and the dots of each page. A comparison never changes a golden job.
 //
-//   golden_test --raster CASE   the job's raster stream, on standard output
-//   golden_test --write CASE    writes what this filter makes of one job: look at the pictures and
-//                               hold stream and messages against what the printer is to do before
-//                               they are kept
+//   golden_test --raster CASE   writes the job's raster stream to standard output
+//   golden_test --write CASE    writes the results of one job: look at the pictures and compare
+//                               stream and messages with what the printer is expected to do
+//                               before you commit them
 // SPDX-License-Identifier: Apache-2.0
 #include <cups/cups.h>
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 struct GoldenJob {
   JobPlan plan;
   int status = 0;
-  std::string fault;  // what the description says wrongly
+  std::string fault;  // what is wrong in job.txt
 };
 
 std::string readFile(const fs::path& path) {
@@ -50,7 +50,7 @@ StatusAnswer parseAnswer(const std::string& words) {
   return answer;
 }
 
-// A line is a keyword and its words; # begins a remark.
+// A line is a keyword and its values; # starts a comment.
 GoldenJob readJob(const std::string& name) {
   GoldenJob job;
   std::string ppd;
@@ -87,7 +87,8 @@ GoldenJob readJob(const std::string& name) {
 }
 
 std::string sha256Of(const std::string& bytes) {
-  if (bytes.empty()) return "nothing\n";  // the library has no checksum for that
+  // The library computes no checksum of nothing.
+  if (bytes.empty()) return "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
   unsigned char hash[32];
   if (cupsHashData("sha2-256", bytes.data(), bytes.size(), hash, sizeof hash) != 32) return "";
   std::string text;
@@ -96,15 +97,33 @@ std::string sha256Of(const std::string& bytes) {
     std::snprintf(pair, sizeof pair, "%02x", byte);
     text += pair;
   }
-  return text + "\n";
+  return text;
 }
 
-// What a job leaves, as the files of its folder.
+// SHA256SUMS by case, in the form of sha256sum: "<checksum>  <case>/stream.bin".
+std::map<std::string, std::string> readChecksums() {
+  std::map<std::string, std::string> checksums;
+  for (const std::string& line : linesOf(readFile(folderOf("SHA256SUMS")))) {
+    const size_t blank = line.find("  ");
+    const size_t slash = line.find("/stream.bin");
+    if (blank == std::string::npos || slash == std::string::npos) continue;
+    checksums[line.substr(blank + 2, slash - blank - 2)] = line.substr(0, blank);
+  }
+  return checksums;
+}
+
+void writeChecksums(const std::map<std::string, std::string>& checksums) {
+  std::ofstream out(folderOf("SHA256SUMS"), std::ios::binary);
+  for (const auto& [name, checksum] : checksums) {
+    out << checksum << "  " << name << "/stream.bin\n";
+  }
+}
+
+// The results of a job, as the files of its folder.
 std::map<std::string, std::string> filesOf(const JobResult& result) {
   const StreamText stream = readStream(result.output);
   std::map<std::string, std::string> files;
   files["stream.txt"] = stream.text() + (stream.fault.empty() ? "" : stream.fault + "\n");
-  files["stream.sha256"] = sha256Of(result.output);
   files["messages.txt"] = maskAddresses(result.messages);
   for (size_t i = 0; i < stream.pictures.size(); ++i) {
     files["page-" + std::to_string(i + 1) + ".pbm"] = stream.pictures[i].pbm();
@@ -142,10 +161,11 @@ TEST_P(GoldenJobs, PrintAsTheyAlwaysDid) {
   const JobResult result = runJob(job.plan);
   EXPECT_FALSE(result.timedOut);
   EXPECT_EQ(result.exitStatus, job.status);
+  EXPECT_EQ(sha256Of(result.output), readChecksums()[name]) << "the stream's SHA-256";
 
   std::map<std::string, std::string> have = filesOf(result);
   for (const auto& entry : fs::directory_iterator(folderOf(name))) {
-    have.try_emplace(entry.path().filename().string(), "");  // told below as missing
+    have.try_emplace(entry.path().filename().string(), "");  // reported below as missing
   }
   have.erase("job.txt");
   for (const auto& [file, bytes] : have) {
@@ -169,8 +189,14 @@ std::vector<std::string> goldenNames() {
 INSTANTIATE_TEST_SUITE_P(Folder, GoldenJobs, testing::ValuesIn(goldenNames()),
                          [](const auto& folder) { return folder.param; });
 
-// Somebody may lose the folder, or half of it.
+// Detects that the folder, or half of it, is missing.
 TEST(GoldenFolder, HoldsAtLeastFortyJobs) { EXPECT_GE(goldenNames().size(), 40u); }
+
+TEST(GoldenFolder, HasOneChecksumForEachJob) {
+  std::vector<std::string> names;
+  for (const auto& [name, checksum] : readChecksums()) names.push_back(name);
+  EXPECT_EQ(names, goldenNames());
+}
 
 int writeRaster(const std::string& name) {
   const GoldenJob job = readJob(name);
@@ -193,6 +219,9 @@ int writeCase(const std::string& name) {
     std::ofstream(folderOf(name) / file, std::ios::binary) << bytes;
     std::printf("wrote %s/%s\n", name.c_str(), file.c_str());
   }
+  std::map<std::string, std::string> checksums = readChecksums();
+  checksums[name] = sha256Of(result.output);
+  writeChecksums(checksums);
   std::printf("exit status %d, job.txt says %d\n", result.exitStatus, job.status);
   std::printf("Now look at every picture, and read stream.txt and messages.txt.\n");
   return 0;

@@ -1,26 +1,22 @@
-// Links, pictures, options, sheets and messages of the guide: each exists, and no error of the
-// filter is left out.
+// The guide as it was built: its structure, and links, pictures, options, sheets and messages that
+// exist. Every error message of the filter is explained.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <map>
 #include <regex>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tests/guide/guide_pages.h"
 #include "tests/spooler/picture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string textOf(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 
 std::vector<fs::path> filesBelow(const fs::path& folder, const std::set<std::string>& endings) {
   std::vector<fs::path> files;
@@ -32,16 +28,6 @@ std::vector<fs::path> filesBelow(const fs::path& folder, const std::set<std::str
 
 std::vector<fs::path> pages() { return filesBelow(KORVEL_GUIDE_DIR, {".html"}); }
 
-// The first group of every match.
-std::set<std::string> found(const std::string& text, const char* pattern) {
-  std::set<std::string> all;
-  const std::regex regex(pattern);
-  for (std::sregex_iterator at(text.begin(), text.end(), regex), end; at != end; ++at) {
-    all.insert((*at)[1]);
-  }
-  return all;
-}
-
 std::string plain(std::string text) {
   const std::pair<const char*, const char*> kEntities[] = {
       {"&quot;", "\""}, {"&lt;", "<"}, {"&gt;", ">"}, {"&amp;", "&"}};
@@ -51,7 +37,7 @@ std::string plain(std::string text) {
   return text;
 }
 
-// Sources with the parts of a literal joined, so that a message is found whole.
+// Sources with the parts of each literal joined, so that a message is found as a whole.
 std::string sourcesOf(const std::vector<const char*>& folders) {
   static const std::regex kSeam("\"\\s*\n\\s*\"");
   std::string text;
@@ -65,51 +51,212 @@ std::string sourcesOf(const std::vector<const char*>& folders) {
 
 std::set<std::string> explainedMessages() {
   std::set<std::string> messages;
-  const std::string page = textOf(fs::path(KORVEL_GUIDE_DIR) / "troubleshooting.html");
-  for (const std::string& each : found(page, "<h3><code>([^<]*)</code></h3>")) {
+  const std::string page = textOf(guideFile("messages.html"));
+  for (const std::string& each : found(page, "<h3 id=\"[^\"]*\"><code>([^<]*)</code>")) {
     messages.insert(plain(each));
   }
   return messages;
 }
 
-TEST(Guide, HasAllItsPages) {
-  EXPECT_EQ(pages().size(), 8u);
-  EXPECT_TRUE(fs::exists(fs::path(KORVEL_GUIDE_DIR) / "index.html"));
+// The text between two marks, or nothing.
+std::string between(const std::string& text, const std::string& from, const std::string& to) {
+  const size_t begin = text.find(from);
+  if (begin == std::string::npos) return "";
+  return text.substr(begin + from.size(), text.find(to, begin) - begin - from.size());
 }
 
-TEST(Guide, EveryLinkLeadsToAPageOfItsOwn) {
+// ---- Structure ----
+
+TEST(Guide, HasExactlyTheListedPages) {
+  std::set<std::string> listed, built;
+  for (const std::string& name : pageNames()) listed.insert(name + ".html");
+  for (const fs::path& page : pages()) built.insert(page.filename());
+  EXPECT_EQ(built, listed);
+  EXPECT_GE(built.size(), 14u);
+  EXPECT_TRUE(built.contains("index.html"));
+}
+
+TEST(Guide, NavigationOfEveryPageHasAllPagesInOrder) {
+  std::vector<std::string> want;
+  for (const std::string& name : pageNames()) want.push_back(name + ".html");
   for (const fs::path& page : pages()) {
-    const std::set<std::string> links = found(textOf(page), "href=\"([^\"]*)\"");
-    EXPECT_GE(links.size(), 9u) << page;
-    for (const std::string& link : links) {
-      EXPECT_TRUE(fs::is_regular_file(page.parent_path() / link)) << page << " to " << link;
+    const std::string navigation = between(textOf(page), "<nav class=\"pages\"", "</nav>");
+    EXPECT_EQ(allFound(navigation, "href=\"([^\"]*)\""), want) << page;
+    const std::string here = "href=\"" + page.filename().string() + "\" aria-current=\"page\"";
+    EXPECT_NE(navigation.find(here), std::string::npos) << page;
+  }
+}
+
+TEST(Guide, PreviousAndNextLeadThroughAllPages) {
+  const std::vector<std::string> names = pageNames();
+  for (size_t i = 0; i < names.size(); ++i) {
+    const std::string page = textOf(guideFile(names[i] + ".html"));
+    const std::vector<std::string> before = allFound(page, "class=\"prev\" href=\"([^\"]*)\"");
+    const std::vector<std::string> after = allFound(page, "class=\"next\" href=\"([^\"]*)\"");
+    const std::vector<std::string> none;
+    EXPECT_EQ(before, i == 0 ? none : std::vector{names[i - 1] + ".html"}) << names[i];
+    EXPECT_EQ(after, i + 1 == names.size() ? none : std::vector{names[i + 1] + ".html"})
+        << names[i];
+  }
+}
+
+TEST(Guide, TitlesAreUniqueAndNameTheProduct) {
+  std::set<std::string> titles;
+  for (const fs::path& page : pages()) {
+    const std::string title = between(textOf(page), "<title>", "</title>");
+    EXPECT_TRUE(title.ends_with("Korvel Printer Guide")) << page << " " << title;
+    EXPECT_TRUE(titles.insert(title).second) << page << " " << title;
+  }
+}
+
+TEST(Guide, IdsAreUniqueOnTheirPage) {
+  for (const fs::path& page : pages()) {
+    std::set<std::string> ids;
+    for (const std::string& id : allFound(textOf(page), " id=\"([^\"]*)\"")) {
+      EXPECT_TRUE(ids.insert(id).second) << page << " " << id;
+    }
+    EXPECT_GE(ids.size(), 5u) << page;
+  }
+}
+
+TEST(Guide, HeadingsHaveIdsAndSkipNoLevel) {
+  for (const fs::path& page : pages()) {
+    const std::string article = between(textOf(page), "<article>", "</article>");
+    const std::string text =
+        std::regex_replace(article, std::regex("<nav class=\"contents\"[^]*?</nav>"), "");
+    int last = 0;
+    for (const std::string& heading : allFound(text, "<h([1-6][^>]*)>")) {
+      const int level = heading[0] - '0';
+      EXPECT_NE(heading.find(" id=\""), std::string::npos) << page << " h" << heading;
+      EXPECT_LE(level, last + 1) << page << " h" << heading;
+      EXPECT_EQ(level == 1, last == 0) << page << " h" << heading;
+      last = level;
     }
   }
 }
 
-TEST(Guide, EveryPictureIsThereAndHasDots) {
+TEST(Guide, ContentsListEverySectionOfAPage) {
+  size_t withContents = 0;
+  for (const fs::path& page : pages()) {
+    const std::string text = textOf(page);
+    const std::string contents = between(text, "<nav class=\"contents\"", "</nav>");
+    if (contents.empty()) continue;
+    ++withContents;
+    EXPECT_EQ(allFound(contents, "href=\"#([^\"]*)\""), allFound(text, "<h2 id=\"([^\"]*)\""))
+        << page;
+  }
+  EXPECT_GE(withContents, 12u);
+}
+
+TEST(Guide, EveryLinkLeadsToAFileAndASectionOfTheGuide) {
+  std::map<std::string, std::set<std::string>> ids;
+  for (const fs::path& page : pages())
+    ids[page.filename()] = found(textOf(page), " id=\"([^\"]*)\"");
+  for (const fs::path& page : pages()) {
+    for (const std::string& link : found(textOf(page), "(?:href|src)=\"([^\"]*)\"")) {
+      const size_t hash = std::min(link.find('#'), link.size());
+      const std::string file = hash == 0 ? page.filename().string() : link.substr(0, hash);
+      EXPECT_TRUE(fs::is_regular_file(guideFile(file))) << page << " to " << link;
+      if (hash < link.size()) {
+        EXPECT_TRUE(ids[file].contains(link.substr(hash + 1))) << page << " to " << link;
+      }
+    }
+  }
+}
+
+// An entry is a line: ["page.html#id","title","heading","text"],
+TEST(Guide, SearchFindsEverySection) {
+  const std::string index = textOf(guideFile("search-index.js"));
+  EXPECT_TRUE(index.starts_with("window.guideIndex = [\n"));
+  EXPECT_TRUE(index.ends_with("\n];\n"));
+  size_t sections = 0;
+  for (const fs::path& page : pages()) {
+    const std::string name = page.filename();
+    for (const std::string& id : allFound(textOf(page), "<h[1-6] id=\"([^\"]*)\"")) {
+      ++sections;
+      EXPECT_NE(index.find("\n[\"" + name + "#" + id + "\",\""), std::string::npos)
+          << name << "#" << id;
+    }
+  }
+  EXPECT_EQ(static_cast<size_t>(std::count(index.begin(), index.end(), '\n')), sections + 2);
+}
+
+// One text from a paragraph, a table, a list, a code block and the end of a page.
+TEST(Guide, SearchHoldsTheTextOfEveryKindOfBlock) {
+  const std::string index = textOf(guideFile("search-index.js"));
+  const struct {
+    const char* kind;
+    const char* page;
+    const char* text;
+  } kCases[] = {
+      {"paragraph", "darkness.html", "Darkness is the heat of the print head."},
+      {"table", "halftones.html", "pictures with a coarse grain, for poor paper"},
+      {"list", "media.html", "Insert one sheet, straight and in the middle"},
+      {"code", "queue-state.html", "cupsctl 'PageLogFormat=\\\"%p %u %j %T %P %C\\\"'"},
+      {"last paragraph", "darkness.html", "For other causes see Barcodes that scan."},
+  };
+  for (const auto& c : kCases) {
+    const size_t at = index.find(c.text);
+    ASSERT_NE(at, std::string::npos) << c.kind;
+    const size_t line = index.rfind('\n', at) + 1;
+    EXPECT_TRUE(index.substr(line).starts_with(std::string("[\"") + c.page)) << c.kind;
+  }
+}
+
+// ---- Pictures ----
+
+TEST(Guide, EveryPictureIsShownAndHasDots) {
   std::set<std::string> shown;
   for (const fs::path& page : pages()) {
-    for (const std::string& name : found(textOf(page), "src=\"([^\"]*)\"")) shown.insert(name);
+    for (const std::string& name : found(textOf(page), "<img src=\"([^\"]*)\"")) shown.insert(name);
     EXPECT_EQ(textOf(page).find("alt=\"\""), std::string::npos) << page;
   }
-  EXPECT_GE(shown.size(), 10u);
+  EXPECT_GE(shown.size(), 16u);
   std::set<std::string> made;
   for (const fs::path& file : filesBelow(KORVEL_GUIDE_DIR, {".png"})) {
     made.insert("pictures/" + file.filename().string());
     EXPECT_GT(readPicture(file).printed(), 1000u) << file;
   }
+  for (const fs::path& file : filesBelow(guideFile("drawings"), {".svg"})) {
+    made.insert("drawings/" + file.filename().string());
+  }
   EXPECT_EQ(shown, made);
 }
 
-TEST(Guide, EveryOptionHasThatChoiceInADescription) {
-  std::string descriptions;
-  for (const fs::path& file : filesBelow(KORVEL_PPD_DIR, {".ppd"})) descriptions += textOf(file);
+// A scaled picture of dots shows patterns that do not exist: it is shown as it is, or cropped.
+TEST(Guide, NoPictureOfDotsIsScaled) {
+  const std::regex picture(
+      "<figure class=\"dots( cropped)?\"><a href=\"([^\"]*)\"[^>]*><img src=\"([^\"]*)\" "
+      "alt=\"[^\"]*\" width=\"([0-9]+)\" height=\"([0-9]+)\">");
+  size_t inFigures = 0, all = 0;
+  for (const fs::path& page : pages()) {
+    const std::string text = textOf(page);
+    for (std::sregex_iterator at(text.begin(), text.end(), picture), end; at != end; ++at) {
+      ++inFigures;
+      const Picture whole = readPicture(guideFile((*at)[3]));
+      const size_t width = std::stoul((*at)[4]), height = std::stoul((*at)[5]);
+      EXPECT_EQ((*at)[2], (*at)[3]) << page << ": a click must show the whole picture";
+      EXPECT_TRUE((*at)[1].matched ? width <= whole.width && height <= whole.height
+                                   : width == whole.width && height == whole.height)
+          << page << " " << (*at)[3];
+    }
+    all += allFound(text, "<img src=\"(pictures/[^\"]*)\"").size();
+  }
+  EXPECT_EQ(inFigures, all) << "a picture outside a figure";
+  EXPECT_GE(all, 12u);
+}
+
+// ---- Facts ----
+
+TEST(Guide, EveryOptionHasThatChoiceInADriver) {
+  std::string drivers;
+  for (const fs::path& file : filesBelow(KORVEL_PPD_DIR, {".ppd"})) drivers += textOf(file);
   for (const fs::path& page : pages()) {
     for (const std::string& option : found(textOf(page), "-o ([A-Z][A-Za-z]+=[A-Za-z0-9_.-]+)")) {
       const size_t at = option.find('=');
-      const std::string line = "\n*" + option.substr(0, at) + " " + option.substr(at + 1) + "/";
-      EXPECT_NE(descriptions.find(line), std::string::npos) << page << " " << option;
+      std::string line = "\n*" + option.substr(0, at) + " " + option.substr(at + 1) + "/";
+      if (option.starts_with("PageSize=Custom.")) line = "\n*CustomPageSize True:";
+      EXPECT_NE(drivers.find(line), std::string::npos) << page << " " << option;
     }
   }
 }
@@ -126,7 +273,7 @@ TEST(Guide, EverySheetIsInstalled) {
   EXPECT_GE(named, 4u);
 }
 
-TEST(Guide, EveryMessageStandsInTheSources) {
+TEST(Guide, EveryExplainedMessageIsInTheSources) {
   const std::string sources = sourcesOf({"filter", "tools"});
   EXPECT_GE(explainedMessages().size(), 20u);
   for (const std::string& message : explainedMessages()) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <random>
+#include <thread>
 
 #include "tests/hardening/hard_job.h"
 
@@ -115,6 +116,58 @@ double terminate(int jobs) {
   testing::Test::RecordProperty("slowest", std::to_string(slowest));
   std::printf("the slowest of %d ended after %.1f ms\n", jobs, slowest * 1000);
   return slowest;
+}
+
+// Until the first statement of main has run, while libraries are loaded, the signal itself ends the
+// process; from there on the status is 1. Nothing else may happen, and no job is half begun.
+struct Outcomes {
+  int bySignal = 0;
+  int byStatus = 0;
+};
+
+Outcomes terminateFromExecOn(int jobs, double lastMoment) {
+  Outcomes outcomes;
+  for (int i = 0; i < jobs; ++i) {
+    const double moment = lastMoment * i / jobs;
+    SCOPED_TRACE("after " + std::to_string(moment * 1000) + " ms");
+    JobRunner runner(endless({kSmallPage}));
+    std::this_thread::sleep_for(std::chrono::duration<double>(moment));
+    runner.sendSignal(SIGTERM);
+    const JobResult& job = runner.finish();
+    EXPECT_FALSE(job.timedOut);
+    if (job.signal == SIGTERM) {
+      ++outcomes.bySignal;
+      EXPECT_EQ(job.messages, "");
+      EXPECT_EQ(job.output, "");
+    } else {
+      ++outcomes.byStatus;
+      EXPECT_EQ(job.exitStatus, 1) << "signal " << job.signal;
+    }
+    if (testing::Test::HasFailure()) break;
+  }
+  std::printf("%d ended by the signal, %d by status 1\n", outcomes.bySignal, outcomes.byStatus);
+  return outcomes;
+}
+
+constexpr double kStartSeconds = 0.03;  // loading takes about half of it
+
+TEST(TerminationFromExecOn, HasTwoOutcomes) {
+  terminateFromExecOn(fewUnderMemcheck(100), kStartSeconds * slowness());
+}
+
+TEST(LongTerminationFromExecOn, HasTwoOutcomes) {
+  terminateFromExecOn(2000, kStartSeconds * slowness());
+}
+
+// A signal that is blocked waits for main, however early it comes.
+TEST(TerminationFromExecOn, HasOneOutcomeUnderAHostThatBlocksTheSignal) {
+  JobPlan plan = endless({kSmallPage});
+  plan.blockedSignals = {SIGTERM};
+  plan.pendingSignal = SIGTERM;
+  const JobResult job = runJob(plan);
+  EXPECT_EQ(job.exitStatus, 1) << "signal " << job.signal;
+  EXPECT_EQ(job.messages, "");
+  EXPECT_EQ(job.output, "");
 }
 
 TEST(TerminationAtAnyMoment, AHundredTimes) { terminate(fewUnderMemcheck(100)); }

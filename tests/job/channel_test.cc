@@ -1,5 +1,5 @@
-// Printers that report their status, over real side and back channels and in real time: an
-// attempt costs a second or two, so each script is short and each test stands alone.
+// Printers that report their status, over real side and back channels and in real time. An
+// attempt takes one or two seconds, so each script is short and no test depends on another.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -50,7 +50,7 @@ const char kStarts[] =
 const char kEmpty[] = "STATE: +media-empty-warning\nINFO: Paper out.\nSTATE: -cover-open-warning\n";
 const char kAfter[] = "DEBUG: Enter jobEnd\nDEBUG: Exit jobEnd\nSTATE: -media-empty-warning\n";
 
-// The sheet leaves at once: what follows the page in every ordinary script.
+// The sheet is out at once: the answer after the page in every ordinary script.
 std::string sheetLeaves() { return attempt({13, -1}, kPaperOut) + kEmpty + kAfter; }
 
 void expectJob(const JobPlan& plan, const std::string& messages, const std::string& wantShape) {
@@ -85,7 +85,7 @@ TEST(StatusWait, RequestsAreSentAsTheyAre) {
   const JobResult job = runJob(reportingJob("Z4", {answer({kReady}), answer({kPaperOut})}));
   const std::string request = bytesOf("64 10 40 00 00 00 00 00 00 9B");
   EXPECT_EQ(countOf(job.output, request), 2u);
-  // Behind 64 NUL bytes and 33 bytes of setup.
+  // After 64 NUL bytes and 33 bytes of setup.
   EXPECT_EQ(hexText(job.output.substr(97, 10)), hexText(request));
 }
 
@@ -98,7 +98,7 @@ TEST(StatusWait, WaitsForPaperAlthoughThePrinterIsReady) {
             "S(d)sss(I)s()");
 }
 
-TEST(StatusWait, TellsAnOpenCover) {
+TEST(StatusWait, ReportsAnOpenCover) {
   expectJob(reportingJob("M6", {answer({kCoverOpen}), answer({kReady}), answer({kPaperOut})}),
             kBefore + attempt({13, -1}, kCoverOpen) +
                 "STATE: -media-empty-warning\nINFO: Printing\nSTATE: +cover-open-warning\n" +
@@ -113,7 +113,7 @@ TEST(StatusWait, TheSheetIsOutWhateverTheReadyBitSays) {
             "S(d)s(I)s()");
 }
 
-TEST(StatusWait, AReplyOfZeroSaysNothing) {
+TEST(StatusWait, AReplyOfZeroReportsNothing) {
   const char kNothing[] = "64 FF 00 00 00 00 00 00 00 00 00 00 00";
   expectJob(reportingJob("R57", {answer({kNothing}), answer({kReady}), answer({kPaperOut})}),
             kBefore + attempt({13, -1}, kNothing) + attempt({13, -1}, kReady) + kPrinting +
@@ -129,14 +129,14 @@ TEST(StatusWait, GarbageIsShownAndIgnored) {
             "S(d)ss(I)s()");
 }
 
-TEST(StatusWait, ASplitReplyIsPutTogether) {
+TEST(StatusWait, ASplitReplyIsReassembled) {
   expectJob(reportingJob("Z4", {answer({"64", "FF 01 08 00", "00 00 80 00 00 00 00 00"}),
                                 answer({kPaperOut})}),
             kBefore + attempt({1, 4, 8, -1}, kReady) + kPrinting + kStarts + sheetLeaves(),
             "S(d)s(I)s()");
 }
 
-TEST(StatusWait, OfTwoRepliesGluedTogetherTheFirstCounts) {
+TEST(StatusWait, OfTwoConcatenatedRepliesTheFirstCounts) {
   const std::string both = std::string(kReady) + " " + kPaperOut;
   expectJob(reportingJob("M6", {answer({both}), answer({kPaperOut})}),
             kBefore + attempt({26, -1}, both) + kPrinting + kStarts + sheetLeaves(), "S(d)s(I)s()");
@@ -158,7 +158,7 @@ TEST(StatusWait, OtherDrainResultsCostTheAttempt) {
 }
 
 TEST(StatusWait, TheRoomForTheAnswerIsNotRenewed) {
-  // The first answer carries nothing and leaves no room: 6 tells that three bytes are too many.
+  // The first answer is empty and leaves no room: status 6 means that three bytes are too many.
   StatusAnswer wordy = answer({});
   wordy.data = "abc";
   expectJob(
@@ -182,11 +182,11 @@ TEST(StatusWait, ASilentPrinterIsAskedUntilTheJobIsEnded) {
   EXPECT_EQ(shape(job.output), "S(d)s");
 }
 
-// Runs for a while what would wait five minutes for a printer that nobody hears.
+// Runs a job for a while that would wait five minutes for a silent printer.
 std::string messagesWithClosed(const std::vector<int>& closed) {
   JobPlan plan = reportingJob("K220", {answer({}), answer({}), answer({}), answer({})});
   plan.byPath = true;  // the file is opened when these descriptors are the lowest free ones
-  plan.input = rasterOf({kPage, kPage});  // something is left to be read while it waits
+  plan.input = rasterOf({kPage, kPage});  // there is more to read while it waits
   plan.closed = closed;
   JobRunner runner(plan);
   EXPECT_TRUE(runner.runUntilMessage("DEBUG: cups_sc_status_t"));
@@ -212,7 +212,7 @@ TEST(StatusWait, WithoutABackChannelItDoesNotReadTheRaster) {
       << messages;
 }
 
-TEST(StatusWait, StateIsToldOnlyWhenItChanges) {
+TEST(StatusWait, StateIsReportedOnlyWhenItChanges) {
   JobPlan plan = reportingJob("Z4", {answer({kReady}), answer({kReady}), answer({kPaperOut}),
                                      answer({kReady}), answer({kPaperOut})});
   plan.input = rasterOf({kPage, kPage});

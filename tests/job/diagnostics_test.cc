@@ -1,5 +1,5 @@
-// The files that a job leaves for people in need: the page's measures, and two pictures a page.
-// They must never harm anybody else's files.
+// The diagnostic files of a job: the page's dimensions, and two page dumps per page.
+// They must never damage files of other users.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -41,7 +41,7 @@ TEST(PageNote, IsWrittenForARefusedPageButNotForAnotherDepth) {
   EXPECT_FALSE(otherDepth.pageNote.has_value());
 }
 
-// What stands in the note's place when the filter comes.
+// What exists at the path of the dimensions file when the filter starts.
 class PageNoteTrap : public testing::Test {
  protected:
   PageNoteTrap() : runner_(waiting()) {}
@@ -113,7 +113,7 @@ TEST(PageDumps, AreNumberedAcrossPagesAndKinds) {
             "origin_2024-5-7_9_3_41_0.bmp\norigin_2024-5-7_9_3_41_2.bmp\n");
 }
 
-// A grey picture: 1078 bytes before the pixels, the palette a ramp.
+// A grey picture: 1078 bytes precede the pixels, and the palette is a ramp.
 void expectDump(const JobResult& job, const std::string& name, const std::string& headerHex,
                 const std::string& pixelHex) {
   SCOPED_TRACE(name);
@@ -130,14 +130,14 @@ void expectDump(const JobResult& job, const std::string& name, const std::string
   EXPECT_EQ(hexText(bytes.substr(1078)), pixelHex);
 }
 
-TEST(PageDumps, HoldThePixelsAsTheyLieInMemory) {
-  // 3 x 2 pixels: rows of 4 in the file's arithmetic (1086 bytes), but six bytes follow.
+TEST(PageDumps, ContainThePixelsAsInMemory) {
+  // 3 x 2 pixels: the header counts rows of 4 (1086 bytes), but only six bytes follow.
   const std::string header =
       "42 4D 3E 04 00 00 00 00 00 00 36 04 00 00 28 00 00 00 03 00 00 00 02 00 00 00 01 00 08 00 "
       "00 00 00 00 08 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00 01 00 00";
   const JobResult plain = runJob(labelJob({"3x2 203dpi picture=checker:1"}));
   expectDump(plain, "origin_2024-5-7_9_3_41_0.bmp", header, "00 FF 00 FF 00 FF");
-  // The result's rows lie four bytes apart, the fourth blank.
+  // The result's rows have a stride of four bytes, the fourth is blank.
   expectDump(plain, "dithered_2024-5-7_9_3_41_1.bmp", header, "00 01 00 00 01 00");
 
   const JobResult padded = runJob(labelJob({"3x2 203dpi pad=2 picture=checker:1"}));
@@ -148,7 +148,7 @@ TEST(PageDumps, HoldThePixelsAsTheyLieInMemory) {
   EXPECT_EQ(stencil.dumps.size(), 2u);
 }
 
-TEST(PageDumps, AFolderThatIsNotThereIsToldAndForgotten) {
+TEST(PageDumps, AMissingFolderIsReportedAndIgnored) {
   JobPlan plan = labelJob({kPage});
   plan.dumpFolder = false;
   const JobResult job = runJob(plan);
@@ -164,7 +164,7 @@ TEST(PageDumps, AFolderThatIsNotThereIsToldAndForgotten) {
   }
 }
 
-TEST(PageDumps, StayAwayWhenAPageIsNotPrinted) {
+TEST(PageDumps, AreNotWrittenWhenAPageIsNotPrinted) {
   const JobResult job = runJob(labelJob({"8x4 203dpi cut=5"}));
   EXPECT_EQ(job.dumps.size(), 0u);
 }

@@ -1,5 +1,5 @@
 // How a job starts and how it fails: arguments, raster file, paper size, descriptors.
-// Every row tells the exit status, the exact messages and what reached the printer.
+// Every test checks the exit status, the exact messages and what reached the printer.
 // SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,10 +13,10 @@
 namespace {
 
 const char kPage[] = "8x4 203dpi picture=checker:2";
-// An empty job: print control before and after nothing.
+// An empty job: only its two print control packets.
 const char kJobEnd[] = "64 0E 40 01 00 00 00 00 00 00 9B 64 0E 40 01 00 01 00 00 00 00 9B";
 
-// The settings as they are logged, from the size's lines on.
+// The log of the settings, starting with the lines on the size.
 std::string settingsLog(const std::string& sizeLines, const std::string& size,
                         const std::string& width, const std::string& height) {
   return sizeLines +
@@ -32,7 +32,7 @@ std::string settingsLog(const std::string& sizeLines, const std::string& size,
          "DEBUG:settings->Contrast:0\n";
 }
 
-TEST(JobEntry, TellsItsUsageWhenArgumentsAreMissing) {
+TEST(JobEntry, PrintsItsUsageWhenArgumentsAreMissing) {
   for (size_t count = 0; count < 5; ++count) {
     JobPlan plan;
     plan.ppd = testPpd("label");
@@ -59,7 +59,7 @@ TEST(JobEntry, ReadsStandardInputOrTheFileArgument) {
   EXPECT_EQ(maskAddresses(fromFile.messages), maskAddresses(fromInput.messages));
 }
 
-TEST(JobEntry, MoreArgumentsThanTheFileAreNotLookedAt) {
+TEST(JobEntry, ArgumentsAfterTheFileAreIgnored) {
   JobPlan plan = labelJob({kPage});
   plan.arguments = {"1", "user", "title", "1", "", "/dev/null", "/no/such/file"};
   const JobResult job = runJob(plan);
@@ -67,7 +67,7 @@ TEST(JobEntry, MoreArgumentsThanTheFileAreNotLookedAt) {
   EXPECT_EQ(hexText(job.output), kJobEnd);
 }
 
-TEST(JobEntry, SaysSoWhenTheRasterFileCannotBeOpened) {
+TEST(JobEntry, ReportsARasterFileThatCannotBeOpened) {
   JobPlan plan = labelJob({kPage});
   plan.arguments = {"1", "user", "title", "1", "", "/no/such/folder/raster"};
   const JobResult job = runJob(plan);
@@ -106,13 +106,13 @@ TEST(JobEntry, RefusesPaperOfOneMillimetreOrLess) {
   }
 }
 
-TEST(JobEntry, TakesPaperJustAboveOneMillimetre) {
+TEST(JobEntry, AcceptsPaperJustAboveOneMillimetre) {
   const JobResult job = runJob(labelJob({kPage}, "PageSize=Over"));
   EXPECT_EQ(job.exitStatus, 0);
   EXPECT_EQ(imageHex(job.output), "33 33 CC CC");
 }
 
-TEST(JobEntry, WithoutADescriptionThereIsNoPaper) {
+TEST(JobEntry, WithoutAPpdThereIsNoPageSize) {
   JobPlan plan = labelJob({kPage});
   plan.ppd.clear();
   const JobResult job = runJob(plan);
@@ -133,7 +133,7 @@ TEST(JobEntry, WithoutADescriptionThereIsNoPaper) {
             "ERROR: Paper size must not less than 1.0 : (0.000000, 0.000000)\n");
 }
 
-TEST(JobEntry, AJobOfNoPagesIsItsEndOnly) {
+TEST(JobEntry, AJobWithoutPagesSendsOnlyItsEnd) {
   struct Case {
     const char* sentence;
     std::string input;
@@ -142,7 +142,7 @@ TEST(JobEntry, AJobOfNoPagesIsItsEndOnly) {
   const Case kCases[] = {{"nothing at all", ""},
                          {"a sync word", page.substr(0, 4)},
                          {"half a header", page.substr(0, 900)},
-                         {"something else", "%PDF-1.4 is no raster stream"}};
+                         {"something else", "%PDF-1.4 is not a raster stream"}};
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.sentence);
     JobPlan plan = labelJob({});
@@ -161,7 +161,7 @@ TEST(JobEntry, AJobOfNoPagesIsItsEndOnly) {
   }
 }
 
-TEST(JobEntry, ClosedDescriptorsDoNotGoToTheRasterFile) {
+TEST(JobEntry, ClosedDescriptorsAreNotReusedForTheRasterFile) {
   struct Case {
     const char* sentence;
     std::vector<int> closed;
@@ -180,7 +180,7 @@ TEST(JobEntry, ClosedDescriptorsDoNotGoToTheRasterFile) {
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.sentence);
     const bool closesMessages = std::find(c.closed.begin(), c.closed.end(), 2) != c.closed.end();
-    if (underMemcheck() && closesMessages) continue;  // the checker needs standard error itself
+    if (underMemcheck() && closesMessages) continue;  // valgrind itself needs standard error
     JobPlan plan = labelJob({kPage});
     plan.closed = c.closed;
     plan.byPath = c.byPath;
@@ -191,7 +191,7 @@ TEST(JobEntry, ClosedDescriptorsDoNotGoToTheRasterFile) {
   }
 }
 
-TEST(JobEntry, AFullDiskBehindStandardOutputIsNoReasonToCrash) {
+TEST(JobEntry, AFullDiskBehindStandardOutputDoesNotCrash) {
   JobPlan plan = labelJob({"400x400 203dpi picture=noise:1", kPage});
   plan.outputPath = "/dev/full";
   const JobResult job = runJob(plan);
@@ -200,21 +200,21 @@ TEST(JobEntry, AFullDiskBehindStandardOutputIsNoReasonToCrash) {
   EXPECT_TRUE(job.messages.ends_with("STATE: -media-empty-warning\n"));
 }
 
-TEST(JobEntry, EveryMessageLeavesAsWholeLines) {
-  // Each write arrives as one packet of the socket: what begins in one must end in it, or the
-  // lines of processes that share the pipe get torn.
+TEST(JobEntry, EveryMessageIsWrittenAsWholeLines) {
+  // Each write arrives as one packet of the socket. A line must begin and end in the same packet,
+  // or lines of processes that share the pipe are split.
   int ends[2];
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
   JobPlan plan = labelJob({kPage, "40x20 203dpi picture=noise:1"});
   plan.messagesDescriptor = ends[1];
-  plan.dumpFolder = false;  // its complaint does not go through the log
+  plan.dumpFolder = false;  // the message about it does not go through the log
   EXPECT_EQ(runJob(plan).exitStatus, 0);
   close(ends[1]);
   size_t lines = 0;
   char bytes[16384];
   for (ssize_t n; (n = read(ends[0], bytes, sizeof bytes)) > 0;) {
     const std::string packet(bytes, static_cast<size_t>(n));
-    EXPECT_EQ(packet.back(), '\n') << "torn: " << packet;
+    EXPECT_EQ(packet.back(), '\n') << "split: " << packet;
     lines += countOf(packet, "\n");
   }
   close(ends[0]);
@@ -248,7 +248,7 @@ TEST(JobEntry, LinesStayWholeWhenProcessesShareAPipe) {
   EXPECT_EQ(have.size(), want.size() * 8);
   for (const std::string& line : have) {
     const bool known = std::find(want.begin(), want.end(), line) != want.end();
-    EXPECT_TRUE(known) << "torn line: " << line;
+    EXPECT_TRUE(known) << "split line: " << line;
   }
 }
 

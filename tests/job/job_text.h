@@ -1,4 +1,4 @@
-// What the job tests share: plans for small jobs, and short forms of streams and messages.
+// Shared by the job tests: plans for small jobs, and short forms of streams and messages.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_JOB_JOB_TEXT_H
 #define KORVEL_TESTS_JOB_JOB_TEXT_H
@@ -18,7 +18,7 @@ inline std::string rasterOf(const std::vector<std::string>& recipes) {
   std::vector<RasterPage> pages;
   for (const std::string& recipe : recipes) {
     RasterPage page;
-    if (!parseRasterPage(recipe, &page)) ADD_FAILURE() << "no recipe: " << recipe;
+    if (!parseRasterPage(recipe, &page)) ADD_FAILURE() << "invalid recipe: " << recipe;
     pages.push_back(page);
   }
   return makeRaster(pages);
@@ -38,8 +38,8 @@ inline JobPlan stencilJob(const std::vector<std::string>& recipes, const std::st
   return plan;
 }
 
-// One letter a packet: S page start, ( and ) control 0 and 1, d density, I area and image, x cut,
-// the digit of a feed's mode. "?" and the fault for a broken stream.
+// One letter per packet: S page start, ( and ) control 0 and 1, d density, I area and image, x cut,
+// a digit for the mode of a feed. An invalid stream is "?" and what is wrong.
 inline std::string shape(const std::string& bytes) {
   const StreamText stream = readStream(bytes);
   std::string text;
@@ -56,7 +56,7 @@ inline std::string shape(const std::string& bytes) {
   return stream.fault.empty() ? text : text + "? " + stream.fault;
 }
 
-// The image data of all pages, as hex text, pages parted by a bar.
+// The image data of all pages as hex text, separated by a vertical bar.
 inline std::string imageHex(const std::string& bytes) {
   std::string text;
   for (const SentPicture& picture : readStream(bytes).pictures) {
@@ -74,7 +74,7 @@ inline std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-// The lines for people and spooler: without those that begin with a bare "DEBUG:".
+// The lines for users and CUPS: without those that begin with a bare "DEBUG:".
 inline std::string plainMessages(const std::string& messages) {
   std::string kept;
   for (const std::string& line : linesOf(messages)) {
@@ -84,7 +84,7 @@ inline std::string plainMessages(const std::string& messages) {
   return kept;
 }
 
-// Puts a word in the place of every run of `digits` that follows `before`.
+// Replaces every run of `digits` that follows `before` with a word.
 inline std::string maskAfter(std::string text, const std::string& before, const char* digits) {
   for (size_t at = text.find(before); at != std::string::npos; at = text.find(before, at)) {
     at += before.size();

@@ -1,5 +1,5 @@
-// What a page's options do to its dots, on pages small enough to write the dots down.
-// Each answer was worked out from the methods' own rules, away from this program.
+// The effect of options on the dots, for pages small enough to write the dots down.
+// Each expected result was derived from the definition of the method, not with this program.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ std::string labelDots(const std::string& page, const std::string& options) {
   return imageHex(job.output);
 }
 
-TEST(PageImage, EachHalftoneMakesItsOwnDots) {
+TEST(PageImage, EachHalftoneProducesItsOwnDots) {
   struct Case {
     const char* name;
     const char* flat;  // 8 x 4 dots of level 100
@@ -52,7 +52,7 @@ TEST(PageImage, BlankPagesStayBlankAndFullOnesFull) {
   }
 }
 
-TEST(PageImage, ATargetThatNobodyHasIsForgotten) {
+TEST(PageImage, AnUnknownTargetIsIgnored) {
   for (const char* target : {"", "portable", "avx2 ", "avx1024", "%n%s"}) {
     JobPlan plan = labelJob({"16x8 203dpi picture=ramp"}, "HalftoneType=Burkes");
     plan.environment = {{"KORVEL_TARGET", target}};
@@ -120,7 +120,7 @@ TEST(PageImage, TurnsAndMirrors) {
 }
 
 TEST(PageImage, TheHalftoneRunsAfterTurnAndMirror) {
-  // The 4 x 4 matrix keeps its place on the paper: column 0 of row 0 fills first.
+  // The 4 x 4 matrix stays fixed on the paper: column 0 of row 0 is filled first.
   for (const char* options : {"HalftoneType=FloydSteinberg",
                               "HalftoneType=FloydSteinberg "
                               "MirrorImage=True",
@@ -139,13 +139,14 @@ TEST(PageImage, NegativePrintingByPath) {
   const Case kCases[] = {
       {"both indices of the default path become dots", "8x2 203dpi picture=checker:1",
        "HalftoneType=None NegativeImage=True", "FF FF"},
-      {"a blank page too", "8x2 203dpi picture=white", "HalftoneType=Burkes NegativeImage=True",
-       "FF FF"},
-      {"the stencil path turns paper and dots", "8x2 203dpi picture=white",
+      {"the dots of a blank page as well", "8x2 203dpi picture=white",
+       "HalftoneType=Burkes NegativeImage=True", "FF FF"},
+      {"the stencil path swaps paper and dots", "8x2 203dpi picture=white",
        "HalftoneType=Tattoo NegativeImage=True", "FF FF"},
-      {"and back", "8x2 203dpi picture=black", "HalftoneType=Tattoo NegativeImage=True", "00 00"},
-      {"every dot of it", "16x8 203dpi picture=ramp", "HalftoneType=Tattoo NegativeImage=True",
-       "FA 40 FA 00 FA A0 F9 00 F8 40 FD 10 F8 80 FD 00"},
+      {"a black stencil page becomes blank", "8x2 203dpi picture=black",
+       "HalftoneType=Tattoo NegativeImage=True", "00 00"},
+      {"every dot of a stencil ramp is swapped", "16x8 203dpi picture=ramp",
+       "HalftoneType=Tattoo NegativeImage=True", "FA 40 FA 00 FA A0 F9 00 F8 40 FD 10 F8 80 FD 00"},
   };
   for (const Case& c : kCases) EXPECT_EQ(labelDots(c.page, c.options), c.dots) << c.sentence;
 }
@@ -175,8 +176,7 @@ TEST(PageImage, TheFrameRunsAlongTheEdgesOfItsSheet) {
        full + "80 " + repeated("80 " + blank + "80 ", 74) + full + "80 "},
       {"level 3", "67x76 16dpi size=Tattoo_A6", "AntiWrinkle=3",
        full + "E0 " + repeated("C0 " + blank + "60 ", 74) + full + "E0 "},
-      {"a sheet it does not know", "65x2 16dpi size=tattoo_a6", "AntiWrinkle=1",
-       repeated("00 ", 18)},
+      {"an unknown sheet", "65x2 16dpi size=tattoo_a6", "AntiWrinkle=1", repeated("00 ", 18)},
   };
   for (const Case& c : kCases) {
     for (const char* halftone : {"None", "Tattoo"}) {
@@ -188,23 +188,23 @@ TEST(PageImage, TheFrameRunsAlongTheEdgesOfItsSheet) {
   }
 }
 
-TEST(PageImage, ALabelNamedLikeASheetIsOverSoon) {
+TEST(PageImage, ALabelNamedLikeASheetIsProcessedQuickly) {
   for (const char* page :
        {"64x64 203dpi size=A4 picture=checker:8", "16x16 16dpi size=Tattoo_A5 picture=checker:8",
         "64x64 300dpi size=Letter picture=checker:8"}) {
     JobPlan plan = labelJob({page});
-    plan.dumpFolder = false;  // its dump would be a quarter of a gigabyte
+    plan.dumpFolder = false;  // its dump would be 256 MiB
     const JobResult job = runJob(plan);
     EXPECT_FALSE(job.timedOut) << page;
-    // Half a second, two without optimisation.
+    // It takes half a second, or two without optimisation.
     EXPECT_LT(job.processorSeconds, 10 * slowness()) << page;
     EXPECT_EQ(job.exitStatus, 0) << page;
     EXPECT_EQ(countOf(job.messages, "EnableAntiWrink: AntiWrinkle level: -1,"), 1u) << page;
   }
 }
 
-TEST(PageImage, BytesBehindTheLastPixelBecomeDotsOnlyWhereTheyAreSaid) {
-  // Nine pixels are stored in twelve: the three behind them are paper, whatever the raster held.
+TEST(PageImage, BytesAfterTheLastPixelDoNotBecomeDots) {
+  // Nine pixels are stored in twelve: the last three are paper, whatever the raster contained.
   for (const char* halftone : {"HalftoneType=None", "HalftoneType=StevensonArce"}) {
     EXPECT_EQ(labelDots("9x2 203dpi pad=7 picture=black", halftone), "FF 80 FF 80") << halftone;
   }

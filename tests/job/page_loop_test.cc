@@ -1,5 +1,5 @@
-// Pages on the printer: the bytes around each of them, feeds and cuts, and pages that end the job.
-// Streams are given byte by byte, or in the one-letter form of their packets.
+// The bytes sent around each page, feeds and cuts, and pages that end the job.
+// Streams are written byte by byte, or with one letter per packet.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -46,12 +46,12 @@ TEST(PageLoop, FramesEveryPageInFull) {
   }
 }
 
-TEST(PageLoop, FeedsAndCutsAsActionOccurrenceAndPaperSay) {
+TEST(PageLoop, FeedsAndCutsAccordingToActionOccurrenceAndPaper) {
   struct Case {
     const char* options;
     const char* shape;
   };
-  // S start, d density, I image, digits feed modes, x cut, brackets print control.
+  // S start, d density, I image, digits feed modes, x cut, parentheses print control.
   const Case kCases[] = {
       {"PostAction=None Occurrence=EveryPage PaperType=LabelGap", "S(d)(I)S(d)(I)()"},
       {"PostAction=None Occurrence=EveryPage PaperType=LabelMark", "S(d)(4I)S(d)(4I)()"},
@@ -121,7 +121,7 @@ TEST(PageLoop, DensityFollowsDarkness) {
   }
 }
 
-TEST(PageLoop, TheAreaIsCentredOnABytesEdge) {
+TEST(PageLoop, TheAreaIsCentredOnAByteBoundary) {
   struct Case {
     const char* page;
     const char* area;
@@ -136,7 +136,7 @@ TEST(PageLoop, TheAreaIsCentredOnABytesEdge) {
       {"1800x4 203dpi", "area offset 0 width 1728"},
       {"2592x4 300dpi", "area offset 0 width 2592"},
       {"3000x4 204dpi", "area offset 0 width 2592"},
-      {"9x4 300dpi", "area offset 1288 width 16"},  // 12 bytes to the row: two bytes of dots
+      {"9x4 300dpi", "area offset 1288 width 16"},  // 12 bytes per row: two bytes of dots
   };
   for (const Case& c : kCases) {
     const JobResult job = runJob(labelJob({c.page}));
@@ -222,7 +222,7 @@ TEST(PageLoop, PagesThatCannotBeHeldAreRefusedAtOnce) {
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.sentence);
     JobPlan plan = labelJob({kPage, c.page});
-    plan.inputStaysOpen = true;  // the header alone must do
+    plan.inputStaysOpen = true;  // the header alone must be enough
     plan.timeout = 10;
     const JobResult job = runJob(plan);
     EXPECT_FALSE(job.timedOut);
@@ -234,16 +234,16 @@ TEST(PageLoop, PagesThatCannotBeHeldAreRefusedAtOnce) {
   }
 }
 
-TEST(PageLoop, TwoHundredAndFiftySixMebibytesAreTaken) {
+TEST(PageLoop, TwoHundredAndFiftySixMebibytesAreAccepted) {
   const JobResult job = runJob(labelJob({"16384x16384 203dpi cut=0"}));
   EXPECT_EQ(job.exitStatus, 0);
   EXPECT_EQ(hexText(job.output), hexText(pageStart() + jobEnd()));
   EXPECT_EQ(countOf(job.messages, "ERROR"), 0u);
 }
 
-TEST(PageLoop, WithoutMemoryForThePixelsTheJobEndsInSilence) {
+TEST(PageLoop, WithoutMemoryForThePixelsTheJobEndsWithoutAMessage) {
   if (underSanitizer() || underMemcheck() || underEmulator()) {
-    GTEST_SKIP() << "the checker or the emulator itself maps more than the limit";
+    GTEST_SKIP() << "valgrind or the emulator itself maps more memory than the limit";
   }
   JobPlan plan = labelJob({kPage, "16384x16000 203dpi cut=0"});
   plan.addressSpace = size_t{160} << 20;

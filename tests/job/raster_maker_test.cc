@@ -1,5 +1,5 @@
-// The recipe of the tests' raster pages: its words, its headers, its pictures.
-// Noise values come from the generator's published constants, worked out elsewhere.
+// The recipes of the tests' raster pages: keywords, headers, pictures.
+// The expected noise was computed separately from the generator's published constants.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/raster_maker.h"
 
@@ -28,7 +28,7 @@ uint32_t wordAt(const std::string& bytes, size_t at) {
   return word;
 }
 
-TEST(RasterMaker, PaintsWhatTheRecipeSays) {
+TEST(RasterMaker, DrawsTheRecipe) {
   struct Case {
     const char* recipe;
     const char* bytes;
@@ -55,7 +55,7 @@ TEST(RasterMaker, PaintsWhatTheRecipeSays) {
   for (const Case& c : kCases) EXPECT_EQ(rowsOf(c.recipe), c.bytes) << c.recipe;
 }
 
-TEST(RasterMaker, RefusesWordsItDoesNotKnow) {
+TEST(RasterMaker, RejectsUnknownKeywords) {
   RasterPage page;
   for (const char* words :
        {"", "4x4", "4 203dpi", "4x4 203", "4x4 dpi", "4x4 203dpi colour=1", "4x4 203dpi pad",
@@ -64,7 +64,7 @@ TEST(RasterMaker, RefusesWordsItDoesNotKnow) {
   }
 }
 
-TEST(RasterMaker, WritesTheHeaderWhereReadersLookForIt) {
+TEST(RasterMaker, WritesTheHeaderFieldsAtTheirOffsets) {
   RasterPage page;
   ASSERT_TRUE(parseRasterPage("5x2 203x300dpi pad=3 copies=2 size=Tattoo_A6", &page));
   const std::string raster = makeRaster({page, page});

@@ -1,4 +1,4 @@
-// A job that is ended from outside: always status 1, soon, and no finished page is lost.
+// A job that is terminated: always status 1, quickly, and no finished page is lost.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -9,14 +9,14 @@ namespace {
 
 const char kPage[] = "8x4 203dpi picture=checker:2";
 
-// The filter itself needs less than a tenth of this; the rest is for a busy machine, on which a
-// signalled process may wait long for its turn.
+// The filter itself needs less than a tenth of this. The rest allows for a busy machine, on which
+// a signalled process may have to wait before it runs.
 constexpr double kSoon = 1.0;
 
-// Everything that one finished small page puts out.
+// The complete output of one finished small page.
 std::string finishedPage() {
   static const std::string whole = runJob(labelJob({kPage})).output;
-  return whole.substr(0, whole.size() - 22);  // without the two packets of the job's end
+  return whole.substr(0, whole.size() - 22);  // without the two packets at the end of the job
 }
 
 void expectEndedSoon(const JobRunner& runner, const JobResult& job) {
@@ -84,7 +84,7 @@ TEST(Termination, WhileComputing) {
   const JobResult& job = runner.finish();
   expectEndedSoon(runner, job);
   EXPECT_EQ(countOf(job.messages, "PageProcess: Applied QM dithering"), 1u)
-      << "the page was done before the signal came";
+      << "the page was finished before the signal arrived";
   EXPECT_EQ(hexText(job.output.substr(0, page.size())), hexText(page));
 }
 

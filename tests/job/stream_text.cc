@@ -1,5 +1,5 @@
-// The printer's language as the tests read it: a run of 64 NUL bytes before each page, and packets
-// of head, command, parameter, length, data, four zero bytes and tail.
+// The printer commands as the tests parse them: 64 NUL bytes before each page, and packets of head,
+// command, parameter, length, data, four zero bytes and tail.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/job/stream_text.h"
 
@@ -27,7 +27,7 @@ struct Packet {
   std::string data;
 };
 
-// Returns an empty text for a packet of the language, else what is wrong with it.
+// Returns an empty string for a valid packet, else what is wrong with it.
 std::string describe(const Packet& packet, std::string* line) {
   struct Form {
     const char* name;
@@ -80,7 +80,7 @@ std::string describe(const Packet& packet, std::string* line) {
   return "";
 }
 
-// Cuts one packet out at `at` and moves `at` behind it. Returns what is wrong, or nothing.
+// Extracts the packet at `at` and moves `at` to its end. Returns what is wrong, or nothing.
 std::string takePacket(const std::string& bytes, size_t* at, Packet* packet) {
   if (bytes.size() - *at < kFrame) return "packet cut short";
   if (byteAt(bytes, *at) != 0x64) return "no head";

@@ -1,5 +1,5 @@
-// Reads a printer stream strictly and tells it in one line a packet; puts each page's image
-// blocks together as a picture. Shares nothing with the filter.
+// Parses a stream of printer commands strictly and shows it with one line per packet; joins each
+// page's image blocks to a picture. Shares no code with the filter.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_JOB_STREAM_TEXT_H
 #define KORVEL_TESTS_JOB_STREAM_TEXT_H
@@ -13,8 +13,8 @@ struct SentPicture {
   uint32_t areaWidth = 0;           // dots, of the print area
   std::vector<std::string> blocks;  // image data, block by block
 
-  // Bytes a row: the area's width where the image set it. An image as wide as the widest media
-  // leaves that to the first of several blocks, which has four rows; a lone block is one row.
+  // Bytes per row: from the area's width if the image set it. For an image as wide as the widest
+  // media, from the first of several blocks, which has four rows; a single block is one row.
   uint32_t bytesPerRow() const;
   // Portable bitmap; plain text up to 80 dots wide. Bytes missing in the last row are blank.
   std::string pbm() const;
@@ -23,16 +23,16 @@ struct SentPicture {
 struct StreamText {
   std::vector<std::string> lines;
   std::vector<SentPicture> pictures;
-  std::string fault;  // where and why the framing breaks; empty for a sound stream
+  std::string fault;  // offset and kind of a framing error; empty for a valid stream
 
-  std::string text() const;  // all lines, each ended
+  std::string text() const;  // all lines, each with a line end
 };
 
 StreamText readStream(const std::string& bytes);
 
 // "64 0E 40": bytes as hex text.
 std::string hexText(const std::string& bytes);
-// The reverse; blanks are skipped.
+// The inverse; blanks are ignored.
 std::string bytesOf(const std::string& hex);
 
 // Polynomial 0xEDB88320, as in zip files.

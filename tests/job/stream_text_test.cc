@@ -1,5 +1,5 @@
-// The tests' own reader of the printer's language, against packets written by hand.
-// It must refuse what a printer would trip over.
+// The tests' own parser of printer commands, checked with packets written by hand.
+// It must reject everything that a printer could not parse.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/job/stream_text.h"
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(StreamText, TellsEachPacketInOneLine) {
+TEST(StreamText, ShowsEachPacketOnOneLine) {
   struct Case {
     const char* hex;
     const char* line;
@@ -29,7 +29,7 @@ TEST(StreamText, TellsEachPacketInOneLine) {
   EXPECT_EQ(readStream(std::string(128, '\0')).text(), "page start\npage start\n");
 }
 
-TEST(StreamText, NamesTheOffsetWhereTheFramingBreaks) {
+TEST(StreamText, ReportsTheOffsetOfAFramingError) {
   struct Case {
     const char* sentence;
     std::string bytes;
@@ -53,14 +53,14 @@ TEST(StreamText, NamesTheOffsetWhereTheFramingBreaks) {
   for (const Case& c : kCases) EXPECT_EQ(readStream(c.bytes).fault, c.fault) << c.sentence;
 }
 
-TEST(StreamText, PutsTheBlocksOfAPageTogether) {
+TEST(StreamText, JoinsTheBlocksOfAPage) {
   struct Case {
     const char* sentence;
     SentPicture picture;
     std::string pbm;
   };
   const Case kCases[] = {
-      {"an area narrower than the media tells the row",
+      {"an area narrower than the media defines the row length",
        {16, {bytesOf("80 01 40 02"), bytesOf("FF 00")}},
        "P1\n16 3\n1000000000000001\n0100000000000010\n1111111100000000\n"},
       {"the first of several blocks has four rows",

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What bash offers behind a begun command line: a table of lines and offers. The print system's
-# answers are written down here, so no spooler is needed.
+# Bash completion: a table of incomplete command lines and the completions that are offered. The
+# answers of the CUPS commands are written here, so no cupsd is needed.
 # Usage: completion_test.sh COMPLETION_FILE FOLDER_OF_PROGRAMS
 # SPDX-License-Identifier: Apache-2.0
 set -u
@@ -22,8 +22,8 @@ lpoptions() {
 }
 
 failed=0
-# check SENTENCE LINE WANT: completing the end of LINE offers WANT. Bash parts words at blanks, and
-# makes words of their own of : and =.
+# check DESCRIPTION LINE WANT: completing the end of LINE offers WANT. Bash splits at blanks and
+# treats : and = as separate words.
 check() {
   local line=$2 want=$3
   read -ra COMP_WORDS <<< "$(sed 's/[:=]/ & /g' <<< "$line")"
@@ -36,22 +36,22 @@ check() {
   fi
 }
 
-check 'options by their beginning' 'korvel-decode --p' '--png --pbm'
-check 'the version too' 'korvel-spool --ver' '--version'
+check 'options by prefix' 'korvel-decode --p' '--png --pbm'
+check '--version' 'korvel-setup --ver' '--version'
 check 'the options of --help' 'korvel-printer --s' '--stdin --speed --scenario'
-check 'what is to be compared' 'korvel-preview --ha' '--halftones'
-check 'queues to look at' 'korvel-preview -P l' 'labels'
-check 'descriptions by name' 'korvel-preview -p korvel-m' 'korvel-m6'
-check 'options of the queue that is looked at' 'korvel-preview -P labels -o Post' \
+check 'the halftone comparison' 'korvel-preview --ha' '--halftones'
+check 'queues to preview' 'korvel-preview -P l' 'labels'
+check 'drivers by name' 'korvel-preview -p korvel-m' 'korvel-m6'
+check 'options of the previewed queue' 'korvel-preview -P labels -o Post' \
   'PostAction=None PostAction=TearOff'
 check 'kinds of media' 'korvel-printer --media g' 'gap'
 check 'queues to change' 'korvel-setup -p l' 'labels'
 check 'queues to check' 'korvel-setup --check ' 'labels office'
-check 'nothing where a queue has no place' 'korvel-setup ' ''
-check 'descriptions, ours only' 'korvel-setup -m ' 'korvel-k220-203 korvel-m6'
-check 'devices, behind a colon' 'korvel-setup -v usb:' '//Korvel/K220?serial=1'
+check 'nothing where no queue name is allowed' 'korvel-setup ' ''
+check 'Korvel drivers only' 'korvel-setup -m ' 'korvel-k220-203 korvel-m6'
+check 'devices, after a colon' 'korvel-setup -v usb:' '//Korvel/K220?serial=1'
 check 'options of the named queue' 'korvel-setup -p labels -o Page' 'PageSize=4x4 PageSize=4x6'
-check 'choices behind an equals sign' 'korvel-setup -p labels -o PageSize=4' '4x4 4x6'
-check 'no options of a queue that is not there' 'korvel-setup -p office -o ' ''
+check 'choices after an equals sign' 'korvel-setup -p labels -o PageSize=4' '4x4 4x6'
+check 'no options of a queue of another driver' 'korvel-setup -p office -o ' ''
 check 'nothing for a free text' 'korvel-setup -D ' ''
 exit "$failed"

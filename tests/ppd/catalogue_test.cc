@@ -30,7 +30,7 @@ std::set<std::string> extractedTexts() {
 TEST(Catalogue, HoldsEveryTextThatPeopleRead) {
   const std::set<std::string> texts = extractedTexts();
   EXPECT_EQ(texts.count(""), 0U) << "the empty text is the catalogue's own heading";
-  for (const char* reason : {"Out of Media", "Cover Open"}) EXPECT_EQ(texts.count(reason), 1U);
+  for (const char* reason : {"Out of media", "Cover open"}) EXPECT_EQ(texts.count(reason), 1U);
   for (const Description& each : descriptions()) {
     SCOPED_TRACE(each.name);
     const OpenPpd ppd = openPpd(each);
@@ -59,9 +59,9 @@ TEST(Catalogue, PutsTranslationsIntoTheDescription) {
   const TemporaryFolder folder;
   folder.write("de.po",
                "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n\n"
-               "msgid \"After Printing\"\nmsgstr \"Nach dem Druck\"\n\n"
-               "msgid \"Feed to Tear Off\"\nmsgstr \"Zur Abrisskante\"\n\n"
-               "msgid \"Out of Media\"\nmsgstr \"Kein Papier\"\n");
+               "msgid \"After printing\"\nmsgstr \"Nach dem Druck\"\n\n"
+               "msgid \"Tear off\"\nmsgstr \"Zur Abrisskante\"\n\n"
+               "msgid \"Out of media\"\nmsgstr \"Kein Papier\"\n");
   const std::string source =
       folder.write("all.drv", std::string("#po de \"") + folder.file("de.po") + "\"\n#include \"" +
                                   kSource + "\"\n");

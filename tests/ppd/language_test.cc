@@ -3,6 +3,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <set>
@@ -12,7 +13,7 @@
 
 namespace {
 
-const char* const kLanguages[] = {"de", "es", "fr", "it", "ja", "nl", "pl", "pt", "zh_CN"};
+const char* const kLanguages[] = {"de", "es", "fr", "it", "ja", "nl", "pl", "pt", "pt_BR", "zh_CN"};
 
 using Catalogue = std::map<std::string, std::string>;  // English, translation
 
@@ -114,11 +115,20 @@ TEST(EveryLanguage, TellsTheChoicesOfAnOptionApart) {
   }
 }
 
-// The longest text that the spooler's library takes; a longer one makes it refuse a description.
-TEST(EveryLanguage, KeepsItsTextsShort) {
+size_t characters(const std::string& text) {
+  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  }));
+}
+
+// A label of more than 30 characters does not fit a print dialog, and CUPS refuses a PPD with one
+// of more than 80 bytes.
+TEST(EveryLanguage, KeepsItsLabelsShort) {
   for (const char* language : kLanguages) {
     for (const auto& [english, text] : readCatalogue(language)) {
       if (english.starts_with("text:")) continue;
+      EXPECT_LE(characters(english), 30U) << english;
+      EXPECT_LE(characters(text), 30U) << language << ": " << text;
       EXPECT_LE(text.size(), 80U) << language << ": " << text;
     }
   }
@@ -179,11 +189,11 @@ TEST(LackingTexts, AreNamed) {
   }
 }
 
-TEST(DescriptionLanguages, AreTen) {
+TEST(DescriptionLanguages, AreEleven) {
   for (const Description& each : descriptions()) {
     const OpenPpd ppd = openPpd(each);
     ASSERT_NE(ppd, nullptr) << each.name;
-    EXPECT_EQ(attribute(ppd.get(), "cupsLanguages"), "en de es fr it ja nl pl pt zh_CN")
+    EXPECT_EQ(attribute(ppd.get(), "cupsLanguages"), "en de es fr it ja nl pl pt pt_BR zh_CN")
         << each.name;
   }
 }
@@ -198,7 +208,7 @@ TEST(DescriptionLanguages, SayWhatPeopleWouldSay) {
       {"en", "cover-open-warning", "The cover of the printer is open."},
       {"de", "PageSize", "Papierformat"},
       {"de", "PageSize=Custom", "Benutzerdefiniert"},
-      {"de", "PostAction=TearOff", "Vorschub zur Abrisskante"},
+      {"de", "PostAction=TearOff", "Abreißen"},
       {"de", "media-empty-warning", "Im Drucker ist kein Papier."},
       {"de", "media-empty-warning in short", "Kein Papier"},
       {"de", "cover-open-warning", "Die Abdeckung des Druckers ist offen."},
@@ -223,7 +233,10 @@ TEST(DescriptionLanguages, SayWhatPeopleWouldSay) {
       {"pt", "HalftoneType=None", "Limiar"},
       {"pt", "media-empty-warning", "A impressora está sem papel."},
       {"pt", "cover-open-warning", "A tampa da impressora está aberta."},
-      {"pt_BR", "PageSize", "Tamanho do papel"},
+      {"pt", "group Media", "Manuseamento do papel"},
+      {"pt_BR", "group Media", "Manuseio do papel"},
+      {"pt_BR", "media-empty-warning", "A impressora está sem papel."},
+      {"pt_BR", "cover-open-warning", "A tampa da impressora está aberta."},
       {"zh_CN", "group General", "常规"},
       {"zh_CN", "media-empty-warning", "打印机缺纸。"},
       {"zh_CN", "cover-open-warning", "打印机的机盖已打开。"},

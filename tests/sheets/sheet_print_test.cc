@@ -1,5 +1,5 @@
-// The printed dots of a sheet are those that were drawn, and a sampler's pictures are those that
-// the filter itself makes with each halftone.
+// The printed dots of a sheet are those that were drawn, and the pictures on a halftone sheet are
+// those that the filter itself produces with each halftone.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -24,14 +24,14 @@ SheetSize sizeOf(const char* description, const std::string& name) {
   return {};
 }
 
-// As it was drawn: anything but paper is a dot.
+// As drawn: everything that is not paper is a dot.
 Picture drawn(const korvel::DotCanvas& canvas) {
   Picture picture{static_cast<size_t>(canvas.width()), static_cast<size_t>(canvas.height()), {}};
   for (const uint8_t level : canvas.dots()) picture.dots.push_back(level == 0 ? 0 : 1);
   return picture;
 }
 
-// The page as the filter prints the sheet; its width without the rest of the last byte.
+// The page as the filter prints the sheet; its width without the padding of the last byte.
 Picture printed(PreviewRunner* runner, const SheetPage& page, const char* description,
                 const std::string& options) {
   const std::string file = runner->files().file("sheet.ras.gz");
@@ -66,7 +66,7 @@ TEST(Sheets, PrintDotForDotWithTheThreshold) {
   }
 }
 
-TEST(Sampler, HoldsWhatTheFilterMakesWithEachHalftone) {
+TEST(Sampler, ContainsWhatTheFilterPrintsWithEachHalftone) {
   const SheetSize size = sizeOf("korvel-label-203", "4x6");
   const korvel::SamplerPatches patches = korvel::samplerPatches(size);
   const SheetPage sheet = korvel::drawSampler(size);
@@ -87,7 +87,7 @@ TEST(Sampler, HoldsWhatTheFilterMakesWithEachHalftone) {
   }
 }
 
-TEST(Sheets, AFileThatCannotBeWrittenIsOneSentence) {
+TEST(Sheets, AFileThatCannotBeWrittenIsReportedInOneSentence) {
   const SheetPage page(sizeOf("korvel-label-203", "1x1"));
   EXPECT_EQ(korvel::writeSheet(page, "/no/sheet.ras.gz"),
             "cannot write /no/sheet.ras.gz: No such file or directory");

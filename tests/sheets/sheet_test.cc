@@ -1,4 +1,4 @@
-// Sizes, bars and drawings of the sheets that help.
+// Sizes, barcodes and drawings of the test sheets.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 #include "sheets/barcode.h"
 #include "sheets/halftoned.h"
-#include "sheets/scene.h"
+#include "sheets/pictures.h"
 #include "sheets/sheets.h"
 #include "tests/tools/preview/preview_runner.h"
 
@@ -29,7 +29,7 @@ SheetSize sizeOf(const char* description, const std::string& name) {
   return {};
 }
 
-// What the rasteriser makes of them, as the tests of the descriptions tell.
+// The sizes that the rasteriser produces; tests/ppd/ checks them.
 TEST(SheetSize, IsThePageThatTheRasteriserMakes) {
   const struct {
     const char* description;
@@ -39,11 +39,11 @@ TEST(SheetSize, IsThePageThatTheRasteriserMakes) {
     unsigned dpi;
     bool stencil;
   } kCases[] = {
-      {"korvel-label-203", "4x6", "4 x 6 in", 808, 1218, 203, false},
-      {"korvel-label-203", "100x150mm", "100 x 150 mm", 792, 1199, 203, false},
-      {"korvel-label-203", "20x30mmRotated", "30 x 20 mm", 232, 160, 203, false},
-      {"korvel-label-300", "1x1", "1 x 1 in", 296, 300, 300, false},
-      {"korvel-label-300", "100x150mm", "100 x 150 mm", 1176, 1772, 300, false},
+      {"korvel-label-203", "4x6", "4 x 6 in", 812, 1218, 203, false},
+      {"korvel-label-203", "100x150mm", "100 x 150 mm", 800, 1200, 203, false},
+      {"korvel-label-203", "20x30mmRotated", "30 x 20 mm", 240, 160, 203, false},
+      {"korvel-label-300", "1x1", "1 x 1 in", 300, 300, 300, false},
+      {"korvel-label-300", "100x150mm", "100 x 150 mm", 1181, 1772, 300, false},
       {"korvel-stencil-300", "A4", "A4", 2362, 3248, 300, true},
       {"korvel-stencil-300", "Tattoo_A6", "Tattoo A6", 1181, 1394, 300, true},
   };
@@ -61,30 +61,40 @@ TEST(SheetSize, IsThePageThatTheRasteriserMakes) {
   EXPECT_EQ(korvel::readSheetSizes("/no.ppd", &none), "/no.ppd is not a printer description (PPD)");
 }
 
-// Start B, the letters, the check letter by hand, stop.
-TEST(Code128, IsBarsAndSpacesByTheTable) {
+// The modules of Code 128 by hand: start, characters, check character, stop.
+TEST(Barcode, IsBarsAndSpacesByTheTable) {
   const struct {
     const char* text;
     const char* modules;
   } kCases[] = {
-      // 104 + 33 is 137, 34 above 103.
+      // 104 + 33 is 137, modulo 103 is 34.
       {"A", "##.#..#....#.#...##...#...#.##...##...###.#.##"},
-      // 104 + 17 + 2 x 18 is 157, 54 above 103.
-      {"12", "##.#..#....#..###..##.##..###..#.###.#.##...##...###.#.##"},
+      // Start C for a pair of digits: 105 + 12 is 117, modulo 103 is 14.
+      {"12", "##.#..###..#.##..###..#..##..###.##...###.#.##"},
   };
-  for (const auto& c : kCases) EXPECT_EQ(korvel::code128(c.text), c.modules) << c.text;
+  for (const auto& c : kCases) {
+    const korvel::Barcode barcode = korvel::encode(korvel::Symbology::kCode128, c.text);
+    std::string modules;
+    for (int x = 0; x < barcode.width; ++x) modules += barcode.at(x, 0) ? '#' : '.';
+    EXPECT_EQ(modules, c.modules) << c.text;
+    EXPECT_EQ(barcode.height, 1);
+  }
 }
 
-TEST(Code128, EveryLetterIsElevenModulesOfItsOwn) {
-  std::set<std::string> seen;
-  for (char letter = ' '; letter <= '~'; ++letter) {
-    const std::string modules = korvel::code128(std::string(1, letter));
-    EXPECT_EQ(modules.size(), 11u * 3 + 13) << letter;
-    const std::string own = modules.substr(11, 11);
-    EXPECT_EQ(std::count(own.begin(), own.end(), '#') % 2, 0) << letter;
-    seen.insert(own);
-  }
-  EXPECT_EQ(seen.size(), 95u);
+TEST(Barcode, IsDrawnInWholeDots) {
+  const korvel::Barcode barcode = {
+      korvel::Symbology::kDataMatrix, 2, 2, {true, false, false, true}};
+  korvel::DotCanvas canvas(6, 6);
+  korvel::drawBarcode(&canvas, barcode, 1, 1, 2);
+  std::string drawn;
+  for (const uint8_t level : canvas.dots()) drawn += level == 0 ? '.' : '#';
+  EXPECT_EQ(drawn,
+            "......"
+            ".##..."
+            ".##..."
+            "...##."
+            "...##."
+            "......");
 }
 
 TEST(Sample, GoesFromPaperToBlackAndHasARamp) {
@@ -99,7 +109,7 @@ TEST(Sample, GoesFromPaperToBlackAndHasARamp) {
   }
 }
 
-// Every size gets a sheet that is neither empty nor drawn over its edge.
+// Every size has a sheet that is neither empty nor drawn beyond its edge.
 TEST(Calibration, FitsEverySizeAndHasItsRulers) {
   for (const char* description : {"korvel-label-203", "korvel-label-300", "korvel-stencil-300"}) {
     for (const SheetSize& size : sizesOf(description)) {
@@ -108,7 +118,7 @@ TEST(Calibration, FitsEverySizeAndHasItsRulers) {
       const korvel::DotCanvas& canvas = page.canvas();
       for (const uint8_t level : canvas.dots()) ASSERT_TRUE(level == 0 || level == 255);
       EXPECT_EQ(canvas.at(size.width - 1, size.height - 1), 255);
-      // A tick at every centimetre, four millimetres long, and paper behind it.
+      // A tick at every centimetre, four millimetres long, followed by paper.
       for (int mm = 10; mm < page.widthMm(); mm += 10) {
         EXPECT_EQ(canvas.at(page.dots(mm), page.dots(3.8)), 255) << mm;
         EXPECT_EQ(canvas.at(page.dots(mm + 0.5), page.dots(1.2)), 0) << mm;

@@ -7,8 +7,8 @@
 
 #include "tests/spooler/documents.h"
 #include "tests/spooler/picture.h"
-#include "tests/spooler/printer_process.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ TEST(PageAccounting, CountsEverySheetOnceWhenPageLoggingIsOn) {
 
   PrivateSpooler spooler;
   ASSERT_FALSE(HasFatalFailure());
-  const PrinterProcess printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
+  const ListeningPrinter printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
   spooler.addQueue("label", "korvel-label-203", printer.port());
   std::string log;
   int out = 0;
@@ -55,7 +55,7 @@ TEST(PageAccounting, FiftyLabelsAreFiftySheets) {
   const std::string document = files.write("label.pdf", makePdf({barLabel(7)}));
   PrivateSpooler spooler;
   ASSERT_FALSE(HasFatalFailure());
-  const PrinterProcess printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
+  const ListeningPrinter printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
   spooler.addQueue("label", "korvel-label-203", printer.port());
   const int job = spooler.print("label", {"-n", "50", "-o", "page-logging=on", document});
   ASSERT_TRUE(spooler.waitForJob(job, kJobSeconds));

@@ -9,10 +9,10 @@
 
 #include "tests/spooler/documents.h"
 #include "tests/spooler/picture.h"
-#include "tests/spooler/printer_process.h"
 #include "tests/spooler/private_spooler.h"
 #include "tests/spooler/reference_print.h"
 #include "tests/support/raster_maker.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ struct Place {
 
 // The printer's pages `first` and on are the reference's; their sheets hold the same dots at
 // `place` and none beside.
-void expectPages(const PrinterProcess& printer, int first, const std::vector<Picture>& want,
+void expectPages(const ListeningPrinter& printer, int first, const std::vector<Picture>& want,
                  Place place) {
   for (size_t i = 0; i < want.size(); ++i) {
     const int number = first + static_cast<int>(i);
@@ -93,7 +93,7 @@ TEST(QueueOfALabelPrinter, PrintsWhatTheScriptShows) {
 
   PrivateSpooler spooler;
   ASSERT_FALSE(HasFatalFailure());
-  const PrinterProcess printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
+  const ListeningPrinter printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
   spooler.addQueue("label", "korvel-label-203", printer.port());
   int printed = 0;
   for (const auto& c : kCases) {
@@ -112,7 +112,7 @@ TEST(QueueOfALabelPrinter, PrintsWhatTheScriptShows) {
 }
 
 TEST(QueueOfALabelPrinter, MovesTearsAndCutsThePaperAsTold) {
-  const std::string kArea = "area offset 456 width 808";
+  const std::string kArea = "area offset 456 width 816";
   const std::string kToEdge = "feed mode 3 lines 0";
   const std::string kBack = "feed mode 4 lines 0";
   const std::string kToMarkEdge = "feed mode 5 lines 0";
@@ -146,7 +146,7 @@ TEST(QueueOfALabelPrinter, MovesTearsAndCutsThePaperAsTold) {
   ASSERT_FALSE(HasFatalFailure());
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.sentence);
-    const PrinterProcess printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
+    const ListeningPrinter printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
     spooler.addQueue("label", "korvel-label-203", printer.port());
     const int job = spooler.print("label", lpArguments(document, c.options, 1));
     ASSERT_TRUE(spooler.waitForJob(job, kJobSeconds));
@@ -162,7 +162,7 @@ TEST(QueueOfALabelPrinter, PrintsTwoJobsInARow) {
   const std::string second = files.write("second.pdf", makePdf({barLabel(9)}));
   PrivateSpooler spooler;
   ASSERT_FALSE(HasFatalFailure());
-  const PrinterProcess printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
+  const ListeningPrinter printer(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
   spooler.addQueue("label", "korvel-label-203", printer.port());
   const int one = spooler.print("label", {first});
   const int two = spooler.print("label", {second});
@@ -177,8 +177,8 @@ TEST(QueueOfALabelPrinter, PrintsTwoJobsInARow) {
   expectPages(printer, 1, want, {456, 0});
 }
 
-// An A4 sheet's 2362 dots and a frame of 24 on either side lie in the middle of the head's 2592, on
-// a whole byte, 141 lines behind the paper's edge.
+// The 2362 dots of an A4 sheet with a frame of 24 on either side are centred on the head's 2592, on
+// a whole byte, 141 rows after the edge of the paper.
 TEST(QueueOfAStencilPrinter, PrintsFramedSheetsOfEveryKindInBothTattooHalftones) {
   const TemporaryFolder files;
   const PdfPage shades = {595.28, 841.89,
@@ -190,8 +190,8 @@ TEST(QueueOfAStencilPrinter, PrintsFramedSheetsOfEveryKindInBothTattooHalftones)
 
   PrivateSpooler spooler;
   ASSERT_FALSE(HasFatalFailure());
-  const PrinterProcess printer(spooler.toolPath("korvel-printer"),
-                               {"--dpi", "300", "--media", "sheet", "--speed", "5000"});
+  const ListeningPrinter printer(spooler.toolPath("korvel-printer"),
+                                 {"--dpi", "300", "--media", "sheet", "--speed", "5000"});
   spooler.addQueue("stencil", "korvel-stencil-300", printer.port());
   int printed = 0;
   for (const char* halftone : {"Tattoo", "Tattoo_Z4"}) {
@@ -216,7 +216,7 @@ TEST(QueueOfAStencilPrinter, PrintsFramedSheetsOfEveryKindInBothTattooHalftones)
   }
 }
 
-// Printers that report their status: the filter waits before and behind each page.
+// Printers that report their status: the filter waits before and after each page.
 TEST(QueueOfAReportingPrinter, PrintsWhatTheScriptShows) {
   const TemporaryFolder files;
   const std::string labels = files.write("labels.pdf", makePdf({barLabel(3), barLabel(5)}));
@@ -252,7 +252,7 @@ TEST(QueueOfAReportingPrinter, PrintsWhatTheScriptShows) {
   ASSERT_FALSE(HasFatalFailure());
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.sentence);
-    const PrinterProcess printer(spooler.toolPath("korvel-printer"), c.printer);
+    const ListeningPrinter printer(spooler.toolPath("korvel-printer"), c.printer);
     spooler.addQueue("reporting", c.description, printer.port());
     const int job = spooler.print("reporting", lpArguments(c.document, c.options, 1));
     ASSERT_TRUE(spooler.waitForJob(job, kJobSeconds));

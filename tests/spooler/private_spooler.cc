@@ -192,7 +192,7 @@ void PrivateSpooler::cancel(int job) {
   EXPECT_EQ(result.status, 0) << result.output;
 }
 
-// ---- What the spooler tells ----
+// ---- What the spooler reports ----
 
 ipp_t* PrivateSpooler::ask(ipp_op_t operation, const std::string& path) {
   ipp_t* request = ippNewRequest(operation);

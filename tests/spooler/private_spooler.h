@@ -37,11 +37,11 @@ class PrivateSpooler {
   int print(const std::string& queue, const std::vector<std::string>& arguments);
   void cancel(int job);
 
-  // IPP_JOB_COMPLETED and its kin; 0 when the spooler does not tell.
+  // Such as IPP_JOB_COMPLETED; 0 when the spooler does not report it.
   int jobState(int job);
   bool waitForJob(int job, double seconds);                 // until it is completed
   int sheetsCompleted(int job);                             // as the spooler counts them
-  int queueState(const std::string& queue);                 // IPP_PRINTER_IDLE and its kin
+  int queueState(const std::string& queue);                 // such as IPP_PRINTER_IDLE
   std::set<std::string> reasons(const std::string& queue);  // printer-state-reasons but "none"
 
   // Processes of filters and backends that are alive, by program.

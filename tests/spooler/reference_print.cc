@@ -5,31 +5,24 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 #include <filesystem>
 
 #include "tests/spooler/guarded_process.h"
 #include "tests/support/temporary_folder.h"
+#include "tools/common/process.h"
 
 namespace {
 
 constexpr double kBuildSeconds = 600;  // the first time, on a slow machine
 
-// Held while this lives, by one process at a time.
-class BuildLock {
- public:
-  BuildLock()
-      : file_(open(KORVEL_BUILD_DIR "/reference_print.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
-    flock(file_, LOCK_EX);
-  }
-  BuildLock(const BuildLock&) = delete;
-  BuildLock& operator=(const BuildLock&) = delete;
-  ~BuildLock() { close(file_); }
-
- private:
-  int file_;
-};
+// Held by one process at a time, until the descriptor is closed.
+korvel::Descriptor buildLock() {
+  korvel::Descriptor lock(
+      open(KORVEL_BUILD_DIR "/reference_print.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+  flock(lock.get(), LOCK_EX);
+  return lock;
+}
 
 }  // namespace
 
@@ -48,7 +41,7 @@ std::vector<Picture> referencePages(const std::string& document, const std::stri
   for (const std::string& option : options) words.insert(words.end(), {"-o", option});
   CommandResult result;
   {
-    const BuildLock lock;
+    const korvel::Descriptor lock = buildLock();
     result = run(words, kBuildSeconds,
                  {{"LD_PRELOAD", KORVEL_DIVERTED_FILES}, {"KORVEL_SANDBOX", folder.path()}});
   }

@@ -1,5 +1,5 @@
-// korvel-setup on the real spooler: queues made, brought up to date and refused, a sheet without a
-// printer, and the doctor's findings on a queue that is made ill.
+// korvel-setup with the real spooler: creating, updating and refusing queues, a sheet without a
+// printer, and the problems that --check finds.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <netinet/in.h>
@@ -13,8 +13,8 @@
 
 #include "tests/spooler/documents.h"
 #include "tests/spooler/picture.h"
-#include "tests/spooler/printer_process.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace fs = std::filesystem;
 
@@ -26,14 +26,14 @@ constexpr double kSeconds = 60;
 
 // A port on which nobody listens.
 int freePort() {
-  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const korvel::Descriptor owner(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const int fd = owner.get();
   sockaddr_in address = {};
   socklen_t size = sizeof address;
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&address), size), 0);
   EXPECT_EQ(getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size), 0);
-  close(fd);
   return ntohs(address.sin_port);
 }
 
@@ -62,10 +62,10 @@ class Setup : public testing::Test {
 
 TEST_F(Setup, MakesAQueueThatPrintsAndCountsItsSheets) {
   const TemporaryFolder files;
-  const PrinterProcess printer(spooler_.toolPath("korvel-printer"), {"--speed", "5000"});
+  const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {"--speed", "5000"});
   const Words words = {"-v", toPort(printer.port()), "-m", "k220-203",          "-p", "labels",
                        "-o", "PageSize=4x4",         "-o", "PostAction=TearOff"};
-  const std::string ready = "Queue labels is ready; print with: lp -d labels FILE\n";
+  const std::string ready = "Queue labels is ready. Print with: lp -d labels FILE\n";
   CommandResult result = setup(words);
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output, ready);
@@ -102,55 +102,54 @@ TEST_F(Setup, RefusesInOneSentence) {
       {"no device",
        {"-p", "new", "-m", "m6"},
        1,
-       "korvel-setup: No Korvel printer was found; switch it on, or tell its address: -v "
+       "korvel-setup: No Korvel printer was found; switch it on, or specify its address: -v "
        "socket://ADDRESS\n"},
       {"no description",
        {"-v", "socket://127.0.0.1"},
        1,
-       "korvel-setup: What printer is at socket://127.0.0.1 cannot be told; korvel-setup --list "
-       "shows the descriptions, -m MODEL takes one.\n"},
+       "korvel-setup: The model of the printer at socket://127.0.0.1 is unknown; choose a driver "
+       "with -m MODEL (korvel-setup --list shows all).\n"},
       {"two descriptions",
        {"-v", "usb://Korvel/K220"},
        1,
-       "korvel-setup: More than one description fits usb://Korvel/K220; take one: -m "
-       "korvel-k220-203, -m korvel-k220-300\n"},
+       "korvel-setup: More than one driver fits usb://Korvel/K220; choose one: -m korvel-k220-203, "
+       "-m korvel-k220-300\n"},
       {"a description that is not there",
        {"-v", "socket://127.0.0.1", "-m", "k221"},
        1,
-       "korvel-setup: There is no description k221; korvel-setup --list shows those that there "
-       "are.\n"},
+       "korvel-setup: There is no driver k221. Nearest drivers: k220-203, k220-203-oneway, "
+       "k220-300, k220-300-oneway.\n"},
       {"a bad name",
        {"-v", "socket://127.0.0.1", "-m", "m6", "-p", "two words"},
        1,
-       "korvel-setup: 'two words' cannot name a queue; take letters, digits and underscores.\n"},
+       "korvel-setup: 'two words' is not a valid queue name; use letters, digits and "
+       "underscores.\n"},
       {"another driver's queue",
        {"-p", "other", "-m", "m6"},
        1,
-       "korvel-setup: Queue other belongs to another driver; choose another name with -p, or "
-       "remove it: lpadmin -x other\n"},
+       "korvel-setup: Queue other has another driver; choose another name with -p, or remove the "
+       "queue: lpadmin -x other\n"},
       {"an option that is not there",
        {"-p", "labels", "-o", "PageSiz=4x4"},
        1,
-       "korvel-setup: The description korvel-k220-203 has no option PageSiz; korvel-setup -m "
-       "korvel-k220-203 --list shows those that it has.\n"},
+       "korvel-setup: There is no option PageSiz. Nearest options: PageSize.\n"},
       {"a choice that is not there",
        {"-p", "labels", "-o", "PostAction=Burn"},
        1,
-       "korvel-setup: The description korvel-k220-203 has no PostAction=Burn; it has None, "
-       "TearOff, Cut.\n"},
+       "korvel-setup: There is no choice PostAction=Burn. All choices: None, TearOff, Cut.\n"},
       {"a custom size without its measures",
        {"-v", "socket://127.0.0.1", "-m", "m6", "-p", "new", "-o", "PageSize=Custom"},
        1,
-       "korvel-setup: The description korvel-m6 has no PageSize=Custom; it has A4, Letter, "
-       "Tattoo_A5, Tattoo_A6.\n"},
+       "korvel-setup: There is no choice PageSize=Custom. All choices: A4, Letter, Tattoo_A5, "
+       "Tattoo_A6.\n"},
       {"a test page on an unknown queue",
        {"-t", "-d", "nobody"},
        1,
-       "korvel-setup: There is no queue nobody; lpstat -e shows those that there are.\n"},
+       "korvel-setup: There is no queue nobody. Show all queues: lpstat -e\n"},
       {"an unknown queue",
        {"--check", "nobody"},
        1,
-       "korvel-setup: There is no queue nobody; lpstat -e shows those that there are.\n"},
+       "korvel-setup: There is no queue nobody. Show all queues: lpstat -e\n"},
       {"a queue without a word",
        {"labels"},
        2,
@@ -158,17 +157,17 @@ TEST_F(Setup, RefusesInOneSentence) {
       {"a queue with nothing to do",
        {"-d", "labels"},
        2,
-       "korvel-setup: -d goes with --check and --test-page; see korvel-setup --help\n"},
+       "korvel-setup: -d needs --check or --test-page; see korvel-setup --help\n"},
       {"two things at once",
        {"--check", "--list"},
        2,
-       "korvel-setup: --check, --list and --emulated exclude each other; see korvel-setup "
+       "korvel-setup: --check, --list and --emulated cannot be combined; see korvel-setup "
        "--help\n"},
       {"no server",
        {"-h", "/nowhere/socket", "--check"},
        1,
-       "korvel-setup: The spooler at /nowhere/socket does not answer; as root: systemctl start "
-       "cups\n"},
+       "korvel-setup: The print service at /nowhere/socket does not answer. As root: systemctl "
+       "start cups\n"},
   };
   for (const auto& c : kCases) {
     const CommandResult result = setup(c.words);
@@ -177,23 +176,21 @@ TEST_F(Setup, RefusesInOneSentence) {
   }
 }
 
-TEST_F(Setup, TakesCustomSizesWithTheirMeasuresOnly) {
+TEST_F(Setup, AcceptsCustomSizesWithWidthAndHeightOnly) {
   spooler_.addQueue("labels", "korvel-k220-203", 1);
-  for (const std::string size : {"Custom", "custom", "Custom.axb", "Custom.50x"}) {
+  for (const std::string size :
+       {"Custom", "custom", "Custom.axb", "Custom.50x", "custom.50x80mm"}) {
     const CommandResult result = setup({"-p", "labels", "-o", "PageSize=" + size});
     EXPECT_EQ(result.status, 1) << size;
-    EXPECT_TRUE(
-        result.output.starts_with("korvel-setup: The description korvel-k220-203 has no "
-                                  "PageSize=" +
-                                  size + "; it has Custom.WIDTHxHEIGHT, 4x6, "))
-        << result.output;
+    EXPECT_EQ(result.output, "korvel-setup: There is no choice PageSize=" + size +
+                                 ". Nearest choices: Custom.WIDTHxHEIGHTmm.\n");
   }
   EXPECT_EQ(setup({"-p", "labels", "-o", "PageSize=Custom.50x80mm"}).status, 0);
   EXPECT_TRUE(hasDefault(spooler_.queueDescription("labels"), "PageSize: Custom.50x80mm"));
 }
 
 // The program's terminal shows questions and answers; the answers are typed ahead.
-TEST_F(Setup, AsksInATerminalForWhatIsNotTold) {
+TEST_F(Setup, AsksInATerminalForMissingValues) {
   const struct {
     const char* sentence;
     const char* words;
@@ -220,7 +217,7 @@ TEST_F(Setup, AsksInATerminalForWhatIsNotTold) {
                              spooler_.toolPath("korvel-setup") + " " + c.words + "' /dev/null";
     const CommandResult result = run({"sh", "-c", line}, kSeconds, spooler_.clientEnvironment());
     EXPECT_EQ(result.status, 0) << c.sentence << "\n" << result.output;
-    EXPECT_NE(result.output.find("Which description? [1] "), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("Which driver? [1] "), std::string::npos) << result.output;
     const std::string nickname = std::string("*NickName: \"") + c.model + "\"";
     EXPECT_NE(spooler_.queueDescription(c.queue).find(nickname), std::string::npos)
         << c.sentence << "\n"
@@ -251,14 +248,14 @@ TEST_F(Setup, PrintsATestPageOnAnEmulatedPrinterOfTheModelsKind) {
 }
 
 TEST_F(Setup, TakesAnEmulatedPrinterThatIsThere) {
-  const PrinterProcess printer(spooler_.toolPath("korvel-printer"), {});
+  const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {});
   const std::string port = std::to_string(printer.port());
   const CommandResult result = setup({"--emulated", "--port", port});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output,
-            "Queue emulated is ready; print with: lp -d emulated FILE\n"
-            "A printer already listens on port " +
-                port + " and prints for this queue.\n");
+            "Queue emulated is ready. Print with: lp -d emulated FILE\n"
+            "A printer is already listening on port " +
+                port + " and prints the jobs of this queue.\n");
 }
 
 // ---- The doctor ----
@@ -272,7 +269,7 @@ class Doctor : public Setup {
     spooler_.addQueue("m6", "korvel-m6", printer_.port());
   }
 
-  // What it says of the queue, with its status behind.
+  // Its findings about the queue, followed by its exit status.
   std::string findings(const Words& more = {}) {
     Words words = {"--check", "m6"};
     words.insert(words.end(), more.begin(), more.end());
@@ -280,26 +277,26 @@ class Doctor : public Setup {
     return result.output + std::to_string(result.status);
   }
 
-  const std::string well_ = "m6: all is well with this queue of a Korvel M6 300 dpi, 1.0.\n0";
-  PrinterProcess printer_;
+  const std::string well_ = "Queue m6 (Korvel M6 300 dpi, 1.0): no problems found.\n0";
+  ListeningPrinter printer_;
   std::string uri_;
 };
 
-TEST_F(Doctor, LooksAtDescriptionFilterAndPictures) {
+TEST_F(Doctor, ChecksDriverFilterAndDumps) {
   EXPECT_EQ(findings(), well_);
 
   fs::permissions(spooler_.filterPath(), fs::perms::owner_read | fs::perms::others_read);
   const std::string path = spooler_.filterPath();
-  EXPECT_EQ(findings(), "m6: The print filter " + path +
-                            " cannot be executed; as root: chmod 755 " + path + "\n1");
+  EXPECT_EQ(findings(), "m6: The print filter " + path + " is not executable. As root: chmod 755 " +
+                            path + "\n1");
   fs::permissions(path, fs::perms(0757));
   EXPECT_EQ(findings(),
-            "m6: The spooler runs no filter that others may write to; as root: chown "
-            "root:root " +
+            "m6: The print service does not run filters that other users can change. As root: "
+            "chown root:root " +
                 path + " && chmod 755 " + path + "\n1");
   fs::rename(path, path + ".away");
   EXPECT_EQ(findings(), "m6: The print filter " + path +
-                            " is missing; install the package printer-driver-korvel again.\n1");
+                            " is missing; reinstall the package printer-driver-korvel.\n1");
   fs::rename(path + ".away", path);
   fs::permissions(path, fs::perms(0755));
 
@@ -309,80 +306,77 @@ TEST_F(Doctor, LooksAtDescriptionFilterAndPictures) {
   }
   const std::string& folder = dumps.path();
   EXPECT_EQ(findings({"--dump-folder", folder}),
-            "m6: The pictures that the filter leaves in " + folder +
-                " take 1200 MB; as root: find " + folder +
-                " -maxdepth 1 \\( -name 'origin_*.bmp' -o -name 'dithered_*.bmp' \\) "
-                "-delete\n1");
+            "m6: The image dumps of the filter in " + folder + " take 1200 MB. As root: find " +
+                folder +
+                " -maxdepth 1 \\( -name 'origin_*.bmp' -o -name 'dithered_*.bmp' \\) -delete\n1");
 
   std::ofstream(spooler_.descriptionPath("korvel-m6"), std::ios::app) << "*New: True\n";
   EXPECT_EQ(findings(),
-            "m6: The description of queue m6 is not the installed one; refresh it: "
-            "korvel-setup -p m6 -m korvel-m6\n1");
+            "m6: The driver of queue m6 is not the installed version. Update it: korvel-setup -p "
+            "m6 -m korvel-m6\n1");
   EXPECT_EQ(setup({"-p", "m6", "-m", "korvel-m6"}).status, 0);
   EXPECT_EQ(findings(), well_);
 }
 
-TEST_F(Doctor, LooksAtTheLineAndFollowsItsOwnAdvice) {
+TEST_F(Doctor, ChecksTheConnectionAndItsAdviceHelps) {
   printer_.command("silent");
   EXPECT_EQ(findings(), "m6: The printer at " + uri_ +
-                            " does not answer, which costs about 20 minutes a page; switch it off "
-                            "and on, and if it stays silent take the one-way description: "
+                            " does not answer; this costs about 20 minutes per page. Switch it off "
+                            "and on again. If it still does not answer, choose the one-way driver: "
                             "korvel-setup -p m6 -m korvel-m6-oneway\n1");
   EXPECT_EQ(setup({"-p", "m6", "-m", "korvel-m6-oneway"}).status, 0);
-  const std::string wellOneWay =
-      "m6: all is well with this queue of a Korvel M6 300 dpi one-way, 1.0.\n0";
+  const std::string wellOneWay = "Queue m6 (Korvel M6 300 dpi one-way, 1.0): no problems found.\n0";
   EXPECT_EQ(findings(), wellOneWay);
 
   printer_.command("silent off");
   EXPECT_EQ(findings(), "m6: The printer at " + uri_ +
-                            " answers; its own description would tell of missing paper and an open "
-                            "cover: korvel-setup -p m6 -m korvel-m6\n" +
+                            " answers; with its two-way driver the queue would report missing "
+                            "paper and an open cover: korvel-setup -p m6 -m korvel-m6\n" +
                             wellOneWay);
 
   EXPECT_EQ(setup({"-p", "m6", "-m", "m6", "-v", "lpd://127.0.0.1/raw"}).status, 0);
   EXPECT_EQ(findings(),
-            "m6: Queue m6 waits for its printer's answers, but lpd://127.0.0.1/raw never "
-            "brings one, which costs about 20 minutes a page; take the one-way "
-            "description: korvel-setup -p m6 -m korvel-m6-oneway\n1");
+            "m6: Queue m6 waits for replies of the printer, but lpd://127.0.0.1/raw returns none; "
+            "this costs about 20 minutes per page. Choose the one-way driver: korvel-setup -p m6 "
+            "-m korvel-m6-oneway\n1");
 
   const std::string nowhere = toPort(freePort());
   EXPECT_EQ(setup({"-p", "m6", "-v", nowhere}).status, 0);
-  EXPECT_EQ(findings(), "m6: Nothing can be reached at " + nowhere +
-                            "; switch the printer on and look at its cable, or tell its new "
-                            "address: korvel-setup -p m6 -v socket://ADDRESS\n1");
+  EXPECT_EQ(findings(), "m6: Cannot reach the printer at " + nowhere +
+                            "; switch it on and check its cable, or change the address: "
+                            "korvel-setup -p m6 -v socket://ADDRESS\n1");
 }
 
-TEST_F(Doctor, TellsWhatTheQueueWaitsForAndWhyAJobFailed) {
+TEST_F(Doctor, ReportsWhatTheQueueWaitsForAndWhyAJobFailed) {
   const TemporaryFolder files;
   const std::string document = files.write("sheet.pdf", makePdf({barLabel(3)}));
   command({"cupsreject", "m6"});
-  EXPECT_EQ(findings(), "m6: Queue m6 refuses new jobs; let it take them: cupsaccept m6\n1");
+  EXPECT_EQ(findings(), "m6: Queue m6 rejects new jobs. Let it accept them: cupsaccept m6\n1");
   command({"cupsaccept", "m6"});
   command({"cupsdisable", "m6"});
-  EXPECT_EQ(findings(),
-            "m6: Queue m6 is stopped; mend what is told here and start it: cupsenable "
-            "m6\n1");
+  EXPECT_EQ(
+      findings(),
+      "m6: Queue m6 is stopped. Solve the problems shown here, then start it: cupsenable m6\n1");
   command({"cupsenable", "m6"});
 
   const struct {
     const char* scenario;
-    const char* mended;
+    const char* remedy;
     const char* reason;
     const char* finding;
   } kCases[] = {
       {"cover open", "cover close", "cover-open-warning",
-       "m6: The printer's cover is open; close it, and queue m6 goes on.\n1"},
+       "m6: The printer's cover is open; close it to continue queue m6.\n1"},
       {"out-of-paper", "load", "media-empty-warning",
-       "m6: The printer reports no paper, or a sheet that still lies in its exit; take the sheet "
-       "or "
-       "load paper, and queue m6 goes on.\n1"},
+       "m6: The printer has no paper, or a sheet is still in its output; load paper or remove the "
+       "sheet to continue queue m6.\n1"},
   };
   for (const auto& c : kCases) {
     printer_.command(c.scenario);
     const int job = spooler_.print("m6", {"-o", "PageSize=Tattoo_A6", document});
     ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.reasons("m6").contains(c.reason); }));
     EXPECT_EQ(findings(), c.finding);
-    printer_.command(c.mended);
+    printer_.command(c.remedy);
     ASSERT_TRUE(spooler_.waitForJob(job, kSeconds));
   }
   ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.reasons("m6").empty(); }));
@@ -394,8 +388,8 @@ TEST_F(Doctor, TellsWhatTheQueueWaitsForAndWhyAJobFailed) {
   const CommandResult result = setup({"--check", "-d", "label"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.output, "label: Job " + std::to_string(job) +
-                               " asked for a page size that the description does not have; choose "
-                               "one that it offers, or name a custom size of at least 10 mm.\n");
+                               " has a page size that the driver does not support; choose another "
+                               "size, or a custom size of at least 10 mm.\n");
 }
 
 }  // namespace

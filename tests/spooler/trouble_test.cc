@@ -1,5 +1,5 @@
-// A printer in trouble behind a queue: no paper, open cover, no answer, no connection. The queue
-// tells what is the matter, goes on when it is mended, and lets a job be cancelled.
+// A queue whose printer is in trouble: no paper, open cover, no answer, no connection. The queue
+// reports the reason, continues when it is removed, and lets a job be cancelled.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "tests/spooler/documents.h"
-#include "tests/spooler/printer_process.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ constexpr char kFilter[] = "rastertokorvel";
 constexpr char kNoPaper[] = "media-empty-warning";
 constexpr char kCoverOpen[] = "cover-open-warning";
 
-// A stencil printer that reports its status, behind a queue; small sheets.
+// The queue of a stencil printer that reports its status; small sheets.
 class ReportingQueue : public testing::Test {
  protected:
   ReportingQueue()
@@ -50,7 +50,7 @@ class ReportingQueue : public testing::Test {
   }
   size_t sheetsOut() const { return printer_.events({"sheet "}).size(); }
 
-  // Cancels and tells how long the queue takes to be free.
+  // Cancels, and returns how long the queue takes to be free.
   double secondsToCancel(int job) {
     const Clock::time_point start = Clock::now();
     spooler_.cancel(job);
@@ -62,7 +62,7 @@ class ReportingQueue : public testing::Test {
 
   TemporaryFolder files_;
   PrivateSpooler spooler_;
-  PrinterProcess printer_;
+  ListeningPrinter printer_;
 };
 
 TEST_F(ReportingQueue, TellsOfMissingPaperBeforeTheJobAndGoesOnWithNewPaper) {

@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "tests/spooler/printer_process.h"
 #include "tests/spooler/private_spooler.h"
 #include "tests/studio/studio_process.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace {
 
@@ -18,9 +18,9 @@ class StudioPage : public testing::TestWithParam<const char*> {};
 TEST_P(StudioPage, InTheBrowser) {
   PrivateSpooler spooler;
   ASSERT_FALSE(HasFatalFailure());
-  const PrinterProcess labels(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
-  const PrinterProcess stencils(spooler.toolPath("korvel-printer"),
-                                {"--dpi", "300", "--media", "sheet", "--speed", "5000"});
+  const ListeningPrinter labels(spooler.toolPath("korvel-printer"), {"--speed", "5000"});
+  const ListeningPrinter stencils(spooler.toolPath("korvel-printer"),
+                                  {"--dpi", "300", "--media", "sheet", "--speed", "5000"});
   spooler.addQueue("labels", "korvel-k220-203", labels.port());
   spooler.addQueue("stencils", "korvel-stencil-300", stencils.port());
   const StudioProcess studio(spooler.toolPath("korvel-studio"), {}, spooler.clientEnvironment());

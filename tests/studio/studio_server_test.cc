@@ -11,10 +11,10 @@
 
 #include "tests/spooler/documents.h"
 #include "tests/spooler/picture.h"
-#include "tests/spooler/printer_process.h"
 #include "tests/spooler/private_spooler.h"
 #include "tests/studio/studio_process.h"
 #include "tests/studio/uploads.h"
+#include "tests/tools/emulator/printer_process.h"
 
 namespace {
 
@@ -52,8 +52,8 @@ class Shop {
   }
 
   PrivateSpooler spooler;
-  PrinterProcess labelPrinter;
-  PrinterProcess stencilPrinter;
+  ListeningPrinter labelPrinter;
+  ListeningPrinter stencilPrinter;
   std::unique_ptr<StudioProcess> studio;
 };
 
@@ -109,7 +109,7 @@ void expectEqualDots(unsigned seed, int count) {
   };
   const json queues[] = {shop.studio->get("/api/queues/labels?language=de").json(),
                          shop.studio->get("/api/queues/stencils").json()};
-  const PrinterProcess* printers[] = {&shop.labelPrinter, &shop.stencilPrinter};
+  const ListeningPrinter* printers[] = {&shop.labelPrinter, &shop.stencilPrinter};
   int printed[] = {0, 0};
   for (int i = 0; i < count; ++i) {
     const size_t which = settings.below(4) == 0 ? 1 : 0;
@@ -208,7 +208,7 @@ TEST(StudioServer, AnswersWrongRequestsWithACodeAndASentence) {
       {"GET", "/api/documents/0123456789abcdef0123456789abcdef", "", 404, "no-document"},
       {"GET", "/api/documents/..%2f..", "", 404, "no-document"},
       {"GET", document + "/dots/picture.pgm", "", 404, "no-document"},
-      {"GET", document + "/dots/..%2fpicture.pgm", "", 404, "no-document"},
+      {"GET", document + "/dots/..%2fpicture.pgm", "", 404, "not-found"},
       {"POST", document + "/preview", "{}", 400, "bad-request"},
       {"POST", document + "/preview", R"({"queue":"nothing"})", 404, "no-queue"},
       {"POST", document + "/preview", R"({"queue":"labels","options":{"Darkness":"x"}})", 422,

@@ -1,5 +1,5 @@
-// Catches what a block writes to a C stream of the process, and puts the stream back.
-// By descriptor, so that direct writes and log lines land in one text, in their order.
+// Captures what a block writes to a C stream of the process, and restores the stream.
+// It redirects the descriptor, so that direct writes and log lines are captured in order.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_SUPPORT_CAPTURED_STDERR_H
 #define KORVEL_TESTS_SUPPORT_CAPTURED_STDERR_H
@@ -26,7 +26,7 @@ class CapturedStream {
     std::fclose(file_);
   }
 
-  // Ends the capture and returns all of it; again the same text when asked again.
+  // Ends the capture and returns the text; later calls return the same text.
   std::string text() {
     restore();
     std::string all;

@@ -1,5 +1,5 @@
-// Pictures as rows of characters, one string a row, so that tables show what prints.
-// Compared as one text with line ends, which makes a failure show the differing rows.
+// Pictures as rows of characters, one string per row, so that tables show what prints.
+// They are compared as one text with line ends, so that a failure shows the rows that differ.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_SUPPORT_CHARACTER_PICTURE_H
 #define KORVEL_TESTS_SUPPORT_CHARACTER_PICTURE_H

@@ -1,13 +1,18 @@
 // Preloaded under the filter by tests: the diagnostic files that it writes at fixed places of the
 // machine land below the folder that KORVEL_SANDBOX names, so that tests run side by side.
+// Disks look large and half empty, whatever the machine's are; KORVEL_SANDBOX_DISK sets another
+// size as "FREE/TOTAL" in MiB, or "real" for the real one.
 // SPDX-License-Identifier: Apache-2.0
 #define _GNU_SOURCE
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -16,7 +21,7 @@ static const char kPageNote[] = "/tmp/xxxxx.log";
 
 enum { kRoom = 4096 };
 
-// The path that stands for `path` in the test's folder, or `path` itself.
+// Returns the redirected path of `path` in the test's folder, or `path` itself.
 static const char* mapped(const char* path, char* room) {
   const char* folder = getenv("KORVEL_SANDBOX");
   if (folder == NULL || path == NULL) return path;
@@ -59,7 +64,7 @@ int openat(int folder, const char* path, int flags, ...) {
   return openMapped(folder, path, flags, mode);
 }
 
-// What fortified code calls when it gives no mode.
+// Called by fortified code when it passes no mode.
 int __open_2(const char* path, int flags);
 int __open_2(const char* path, int flags) { return openMapped(AT_FDCWD, path, flags, 0); }
 int __open64_2(const char* path, int flags);
@@ -77,3 +82,35 @@ FILE* fopen(const char* path, const char* mode) {
 }
 
 FILE* fopen64(const char* path, const char* mode) { return fopen(path, mode); }
+
+typedef int (*Lstat)(const char* path, struct stat* found);
+
+int lstat(const char* path, struct stat* found) {
+  Lstat real = NULL;
+  *(void**)&real = dlsym(RTLD_NEXT, "lstat");
+  char room[kRoom];
+  return real(mapped(path, room), found);
+}
+
+int unlink(const char* path) {
+  char room[kRoom];
+  return (int)syscall(SYS_unlinkat, AT_FDCWD, mapped(path, room), 0);
+}
+
+typedef int (*Fstatvfs)(int descriptor, struct statvfs64* found);
+
+int fstatvfs64(int descriptor, struct statvfs64* found) {
+  Fstatvfs real = NULL;
+  *(void**)&real = dlsym(RTLD_NEXT, "fstatvfs64");
+  const int result = real(descriptor, found);
+  const char* disk = getenv("KORVEL_SANDBOX_DISK");
+  if (result != 0 || (disk != NULL && strcmp(disk, "real") == 0)) return result;
+  unsigned long long free = 128 << 10;  // MiB
+  unsigned long long total = 256 << 10;
+  if (disk != NULL && sscanf(disk, "%llu/%llu", &free, &total) != 2) abort();
+  found->f_frsize = 1 << 20;
+  found->f_bavail = free;
+  found->f_bfree = free;
+  found->f_blocks = total;
+  return 0;
+}

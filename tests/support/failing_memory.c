@@ -1,6 +1,6 @@
-// Preloaded under the filter: the allocation whose number KORVEL_FAILING_ALLOCATION says is
-// refused, counted from the first one, and from there on every one when KORVEL_FAILING_ON is set as
-// well. With KORVEL_ALLOCATIONS, a file's path, a line a request says which object asked.
+// Preloaded into the filter: the allocation with the number KORVEL_FAILING_ALLOCATION, counted from
+// the first one, fails; with KORVEL_FAILING_ON, all later ones fail as well. KORVEL_ALLOCATIONS is
+// the path of a file that gets one line per request, with the object that made it.
 // SPDX-License-Identifier: Apache-2.0
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -28,7 +28,7 @@ static void prepare(void) {
   if (path != NULL) notes = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
 }
 
-// Finding an object's name takes no memory.
+// Looking up the name of an object allocates no memory.
 static void note(const void* caller) {
   Dl_info found;
   const char* name = "unknown";

@@ -1,5 +1,5 @@
-// The spooler's side of descriptors 3 and 4: answers drain requests from a script and gives the
-// printer's replies back, one read a piece, without waiting for the clock.
+// The CUPS side of descriptors 3 and 4: answers drain requests from a script and returns the
+// printer's replies, one per read, without waiting for the clock.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_SUPPORT_FAKE_CHANNELS_H
 #define KORVEL_TESTS_SUPPORT_FAKE_CHANNELS_H
@@ -18,23 +18,23 @@
 
 #include "tests/support/hex_text.h"
 
-// What happens at one drain request. Each reply, as hex text, is what one read of the back channel
-// gets; then the channel says that there is nothing more, or falls silent.
+// What happens at one drain request. Each reply, as hex text, is returned by one read of the back
+// channel; after the last one the channel is at its end, or silent.
 struct DrainAnswer {
   std::vector<std::string> replies = {};
   cups_sc_status_t status = CUPS_SC_STATUS_OK;
-  std::string data = {};  // hex text, carried by the answer itself
-  bool silent = false;    // no end is told: the reader finds out by time
-  int echo = -1;          // the command that the answer names; -1: the one asked
+  std::string data = {};  // hex text, part of the answer itself
+  bool silent = false;    // no end of the data: the reader runs into its timeout
+  int echo = -1;          // the command in the answer; -1: the one of the request
 };
 
-// Holds the two descriptors while it lives and then puts back what was there. Requests beyond the
+// Takes over the two descriptors during its lifetime and then restores them. Requests beyond the
 // script get the last answer again, without its replies.
 class FakeChannels {
  public:
   using OnRequest = std::function<void()>;
 
-  // `onRequest` runs at each request, before it is answered, while the asking thread waits.
+  // `onRequest` runs at each request, before it is answered, while the requesting thread waits.
   explicit FakeChannels(std::vector<DrainAnswer> script, OnRequest onRequest = {})
       : script_(std::move(script)), onRequest_(std::move(onRequest)) {
     backEnd_ = openOn(kBackChannel, &keptBack_);
@@ -45,10 +45,10 @@ class FakeChannels {
   FakeChannels& operator=(const FakeChannels&) = delete;
   ~FakeChannels() { finish(); }
 
-  // Ends the service and returns the requests that came, as hex text.
+  // Stops answering and returns the received requests as hex text.
   std::vector<std::string> finish() {
     if (spooler_.joinable()) {
-      putBack(kSideChannel, keptSide_);  // the service ends at the closed channel
+      putBack(kSideChannel, keptSide_);  // the thread ends when the channel is closed
       spooler_.join();
       putBack(kBackChannel, keptBack_);
       close(sideEnd_);
@@ -62,8 +62,8 @@ class FakeChannels {
   static constexpr int kSideChannel = 4;
   static constexpr int kOutOfTheWay = 50;
 
-  // Packets keep their borders, so that pieces arrive as they were written, and an empty one is
-  // read as an end.
+  // Packets keep their boundaries, so that pieces arrive as they were written, and an empty one is
+  // read as the end.
   static int openOn(int descriptor, int* kept) {
     *kept = fcntl(descriptor, F_DUPFD_CLOEXEC, kOutOfTheWay);
     int ends[2] = {-1, -1};
@@ -110,7 +110,7 @@ class FakeChannels {
       for (const std::string& reply : now.replies) sendPacket(backEnd_, hexBytes(reply));
       if (!now.silent) sendPacket(backEnd_, {});
     }
-    // Command, status, length with the high byte first, data.
+    // Command, status, length (most significant byte first), data.
     const std::vector<uint8_t> data = hexBytes(now.data);
     const auto echo = now.echo == -1 ? command : static_cast<uint8_t>(now.echo);
     std::vector<uint8_t> message = {echo, static_cast<uint8_t>(now.status),

@@ -1,4 +1,4 @@
-// Preloaded under the filter: every file that it opens for its own notes lies on a full disk.
+// Preloaded into the filter: every diagnostic file that it opens is on a full disk.
 // SPDX-License-Identifier: Apache-2.0
 #define _GNU_SOURCE
 #include <dlfcn.h>

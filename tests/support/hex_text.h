@@ -1,5 +1,5 @@
-// Bytes as hex text, so that a table of answers can be read and a failure shows both lines.
-// Blanks between the pairs are free: "64 00  00 03" and "64000003" are the same bytes.
+// Bytes as hex text, so that tables are readable and a failure shows both lines.
+// Blanks between the pairs are optional: "64 00  00 03" and "64000003" are the same bytes.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_SUPPORT_HEX_TEXT_H
 #define KORVEL_TESTS_SUPPORT_HEX_TEXT_H
@@ -18,14 +18,14 @@ inline int hexDigitValue(char digit) {
   throw std::invalid_argument(std::string("not a hex digit: ") + digit);
 }
 
-// The bytes that `text` names. Anything but pairs of digits, blanks and line ends throws.
+// Parses `text`. Throws on anything except pairs of digits, blanks and line ends.
 inline std::vector<uint8_t> hexBytes(std::string_view text) {
   std::vector<uint8_t> bytes;
   int high = -1;
   for (const char c : text) {
     const bool blank = c == ' ' || c == '\n';
     if (blank && high < 0) continue;
-    const int value = hexDigitValue(c);  // a blank inside a pair throws here
+    const int value = hexDigitValue(c);  // throws on a blank inside a pair
     if (high < 0) {
       high = value;
       continue;
@@ -50,13 +50,13 @@ inline std::string hexText(const void* bytes, size_t count) {
   return text;
 }
 
-// Any container of bytes: a vector, a string, an array.
+// For any container of bytes: a vector, a string, an array.
 template <typename Bytes>
 std::string hexText(const Bytes& bytes) {
   return hexText(bytes.data(), bytes.size());
 }
 
-// An answer as it stands in a table, its blanks brought into hexText's form.
+// An expected result from a table, with its blanks normalised as in hexText.
 inline std::string hexLine(std::string_view text) { return hexText(hexBytes(text)); }
 
 #endif

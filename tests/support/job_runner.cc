@@ -1,5 +1,5 @@
-// One poll loop plays the spooler, the backend and the printer to a real filter process.
-// The filter dies with the test that started it, whatever happens to the test.
+// One poll loop acts as cupsd, backend and printer for a real filter process.
+// The filter is killed when the test that started it ends, for whatever reason.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/job_runner.h"
 
@@ -41,7 +41,7 @@ constexpr bool kSanitized = false;
 constexpr bool kSanitized = false;
 #endif
 
-// What runs the filter when it was built for another processor; empty on its own.
+// The emulator that runs a filter built for another processor; empty for a native one.
 #ifdef KORVEL_EMULATOR
 constexpr const char* kEmulator = KORVEL_EMULATOR;
 #else
@@ -68,15 +68,20 @@ void setNonBlocking(int descriptor) {
   fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
 }
 
-// Keeps what the caller's environment says and adds what this run needs.
+void limitTo(__rlimit_resource resource, size_t limit) {
+  const struct rlimit both = {limit, limit};
+  setrlimit(resource, &both);
+}
+
+// Keeps the caller's environment and adds the variables of this run.
 void addOption(const char* variable, const std::string& option) {
   const char* old = std::getenv(variable);
   const std::string both = old == nullptr ? option : std::string(old) + ":" + option;
   setenv(variable, both.c_str(), 1);
 }
 
-// A filter of another processor is run by an emulator, whose words stand in front, and wants a
-// preloaded library of its own.
+// A filter for another processor is run by an emulator, whose arguments come first, and needs its
+// own build of the preloaded library.
 std::vector<std::string> filterWords() {
   const char* foreign = std::getenv("KORVEL_TEST_FILTER");
   if (foreign == nullptr) return {KORVEL_FILTER};
@@ -124,7 +129,7 @@ std::string testPpd(const std::string& name, const std::string& model) {
 }
 
 JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
-  signal(SIGPIPE, SIG_IGN);  // a filter that ends early must not end the test
+  signal(SIGPIPE, SIG_IGN);  // a filter that exits early must not end the test
   deadline_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                  std::chrono::duration<double>(plan_.timeout * slowness()));
   if (plan_.dumpFolder) fs::create_directory(folder_ + "/dumps");
@@ -136,7 +141,7 @@ JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
   }
 
   if (underMemcheck()) {
-    // Its clean-up of the C library would flush standard output after an immediate exit.
+    // Valgrind's cleanup of the C library would flush standard output after an immediate exit.
     command_ = {"valgrind", "-q", "--error-exitcode=99", "--run-libc-freeres=no"};
   }
   if (underEmulator()) command_ = {kEmulator};
@@ -154,7 +159,7 @@ JobRunner::JobRunner(const JobPlan& plan) : plan_(plan), folder_(makeFolder()) {
   start();
 }
 
-// The filter's user may not look into folders of the test's.
+// The filter's user has no access to the test's folders.
 void JobRunner::handFolderOver() {
   for (const char* name : {"", "/dumps", "/printer.ppd", "/raster"}) {
     const std::string path = folder_ + name;
@@ -181,7 +186,7 @@ void JobRunner::openChannels() {
     ours_[channel] = ends[filterReads ? 1 : 0];
     setNonBlocking(ours_[channel]);
   }
-  setNonBlocking(theirs_[kBackChannel]);  // as the spooler hands it over
+  setNonBlocking(theirs_[kBackChannel]);  // as CUPS passes it on
   int pair[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) std::abort();
   ours_[kSideChannel] = pair[0];
@@ -189,6 +194,9 @@ void JobRunner::openChannels() {
 
   if (plan_.outputPipe != 0) {
     fcntl(ours_[1], F_SETPIPE_SZ, static_cast<int>(plan_.outputPipe));
+  }
+  if (plan_.messagesPipe != 0) {
+    fcntl(ours_[2], F_SETPIPE_SZ, static_cast<int>(plan_.messagesPipe));
   }
   if (!plan_.outputPath.empty()) {
     closeOne(&theirs_[1]);
@@ -208,21 +216,36 @@ void JobRunner::start() {
     if (getppid() != parent) _exit(127);
     becomeFilter();
   }
-  for (int& descriptor : theirs_) closeOne(&descriptor);
+  for (const int channel : {0, 1, 2, kBackChannel, kSideChannel}) {
+    const bool isOutput = channel == STDOUT_FILENO || channel == STDERR_FILENO;
+    if (!isOutput || !plan_.sharesOutputs) closeOne(&theirs_[channel]);
+  }
   if (pending_.empty() && !plan_.inputStaysOpen) closeInput();
   if (plan_.outputClosesAfter == size_t{0}) closeOutput();
 }
 
-// In the child: descriptors, environment, limits, then the program itself.
+void JobRunner::inheritSignals() const {
+  signal(SIGPIPE, SIG_DFL);
+  for (const int number : plan_.ignoredSignals) signal(number, SIG_IGN);
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  for (const int number : plan_.blockedSignals) sigaddset(&blocked, number);
+  sigprocmask(SIG_SETMASK, &blocked, nullptr);
+  if (plan_.pendingSignal != 0) raise(plan_.pendingSignal);
+}
+
+// In the child process: sets up descriptors, environment and limits, then runs the program.
 void JobRunner::becomeFilter() {
   int high[5];
   for (int i = 0; i < 5; ++i) high[i] = fcntl(theirs_[i], F_DUPFD_CLOEXEC, 100);
   for (int i = 0; i < 5; ++i) dup2(high[i], i);
   for (const int descriptor : plan_.closed) close(descriptor);
+  for (const int descriptor : plan_.empty) dup2(open("/dev/null", O_RDWR | O_CLOEXEC), descriptor);
+  for (const int descriptor : plan_.nonBlocking) setNonBlocking(descriptor);
   close_range(5, ~0u, CLOSE_RANGE_CLOEXEC);
-  signal(SIGPIPE, SIG_DFL);
+  inheritSignals();
 
-  unsetenv("PPD");
+  for (const char* name : {"PPD", "KORVEL_DUMPS", "KORVEL_SANDBOX_DISK"}) unsetenv(name);
   if (!plan_.ppd.empty()) setenv("PPD", (folder_ + "/printer.ppd").c_str(), 1);
   if (!plan_.ppdPath.empty()) setenv("PPD", plan_.ppdPath.c_str(), 1);
   setenv("TZ", "UTC", 1);
@@ -239,14 +262,13 @@ void JobRunner::becomeFilter() {
     }
   }
   addOption("ASAN_OPTIONS", "verify_asan_link_order=0");
-  if (plan_.addressSpace != 0) {
-    const struct rlimit limit = {plan_.addressSpace, plan_.addressSpace};
-    setrlimit(RLIMIT_AS, &limit);
-  }
+  if (plan_.addressSpace != 0) limitTo(RLIMIT_AS, plan_.addressSpace);
+  if (plan_.fileSize) limitTo(RLIMIT_FSIZE, *plan_.fileSize);
   if (plan_.user != 0 && (setgid(plan_.user) != 0 || setuid(plan_.user) != 0)) _exit(127);
   std::vector<char*> words;
   for (std::string& word : command_) words.push_back(word.data());
   words.push_back(nullptr);
+  if (plan_.descriptors) limitTo(RLIMIT_NOFILE, *plan_.descriptors);
   execvp(words[0], words.data());
   _exit(127);
 }
@@ -281,6 +303,10 @@ void JobRunner::closeOutput() {
 
 void JobRunner::closeSideChannel() { closeOne(&ours_[kSideChannel]); }
 
+void JobRunner::stopOutputsFromBlocking() {
+  for (const int channel : {STDOUT_FILENO, STDERR_FILENO}) setNonBlocking(theirs_[channel]);
+}
+
 void JobRunner::sendSignal(int number) {
   signalled_ = Clock::now();
   if (pid_ != -1) kill(pid_, number);
@@ -304,7 +330,7 @@ void JobRunner::serveOnce(int milliseconds) {
   const bool stalls = plan_.outputStalls;
   struct pollfd watched[] = {{pending_.empty() ? -1 : ours_[0], POLLOUT, 0},
                              {stalls ? -1 : ours_[1], POLLIN, 0},
-                             {ours_[2], POLLIN, 0},
+                             {plan_.messagesStall ? -1 : ours_[2], POLLIN, 0},
                              {ours_[kSideChannel], POLLIN, 0}};
   if (poll(watched, std::size(watched), milliseconds) <= 0) return;
   if (watched[0].revents != 0) writeInput();
@@ -317,14 +343,14 @@ void JobRunner::writeInput() {
   const ssize_t written = write(ours_[0], pending_.data(), pending_.size());
   if (written == -1 && errno == EAGAIN) return;
   if (written == -1) {
-    pending_.clear();  // nobody reads any more
+    pending_.clear();  // there is no reader any more
   } else {
     pending_.erase(0, static_cast<size_t>(written));
   }
   if (pending_.empty() && !plan_.inputStaysOpen) closeInput();
 }
 
-// Takes what this reader takes, and goes away when it has enough.
+// Reads as this reader is configured to, and closes after the configured number of bytes.
 void JobRunner::readOutput() {
   if (!plan_.readsByteByByte && !plan_.outputClosesAfter) {
     readInto(&ours_[1], &result_.output);
@@ -342,7 +368,7 @@ void JobRunner::readOutput() {
   if (plan_.outputClosesAfter == result_.output.size()) closeOutput();
 }
 
-// Takes what is there; closes at the end.
+// Reads what is available; closes at the end.
 void JobRunner::readInto(int* descriptor, std::string* text) {
   char bytes[65536];
   while (*descriptor != -1) {
@@ -357,7 +383,7 @@ void JobRunner::readInto(int* descriptor, std::string* text) {
   }
 }
 
-// A request is command, status, length (16 bits, high byte first) and data; so is its answer.
+// Requests and answers: command, status, length (16 bits, most significant byte first), data.
 void JobRunner::answerSideChannel() {
   unsigned char request[1024];
   const ssize_t count = recv(ours_[kSideChannel], request, sizeof request, MSG_DONTWAIT);
@@ -378,7 +404,7 @@ void JobRunner::answerSideChannel() {
     late_.push_back({due, bytes});
     due += kBetweenReads;
   }
-  writeLate();  // the first is there before the answer is
+  writeLate();  // the first reply is available before the answer
   if (send(ours_[kSideChannel], reply.data(), reply.size(), MSG_NOSIGNAL) == -1) {
     closeOne(&ours_[kSideChannel]);
   }

@@ -1,8 +1,8 @@
-// What the leak sanitizer need not tell: the spooler's library leaks texts of descriptions in
-// several languages, the C library its list of locales. Tests read messages, so it adds none.
+// Leaks that the leak sanitizer ignores: the CUPS library leaks texts of PPDs in several languages,
+// the C library its list of locales. Tests compare messages, so nothing may be reported there.
 // SPDX-License-Identifier: Apache-2.0
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the sanitizer's names for them
+// NOLINTBEGIN(bugprone-reserved-identifier): names defined by the sanitizer
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_options();
 

@@ -1,5 +1,5 @@
-// A stream into memory, so that a test can read what was printed.
-// Several of them make a list of output streams.
+// A stream to memory, so that a test can read what was written.
+// Several of them form a list of output streams.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_SUPPORT_MEMORY_STREAM_H
 #define KORVEL_TESTS_SUPPORT_MEMORY_STREAM_H
@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <string>
 
-// Owns the stream and its bytes; nobody else closes it.
+// Owns the stream and its bytes; nothing else closes it.
 class MemoryStream {
  public:
   MemoryStream() : stream_(open_memstream(&bytes_, &size_)) {}
@@ -22,7 +22,7 @@ class MemoryStream {
 
   FILE* get() const { return stream_; }
 
-  // What arrived so far. Without a flush of ours: what the writer has flushed, when `flush` is off.
+  // What has been written so far; with `flush` off, only what the writer has flushed.
   std::string text(bool flush = true) const {
     if (flush) std::fflush(stream_);
     return bytes_ == nullptr ? std::string() : std::string(bytes_, size_);

@@ -1,4 +1,4 @@
-// Raster streams by hand: uncompressed, so that headers which no library would write can be made.
+// Raster streams are written without a library, uncompressed, so that invalid headers are possible.
 // Noise comes from a 64-bit linear congruential generator (Knuth's constants).
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/raster_maker.h"
@@ -14,7 +14,7 @@ namespace {
 class Noise {
  public:
   explicit Noise(uint64_t seed) : state_(seed) {}
-  // 0 to below - 1.
+  // Returns 0 to below - 1.
   uint32_t next(uint32_t below) {
     state_ = state_ * 6364136223846793005u + 1442695040888963407u;
     return static_cast<uint32_t>(state_ >> 33) % below;
@@ -29,7 +29,7 @@ uint32_t lineBytes(const RasterPage& page) {
   return (page.width * page.bitsPerPixel + 7) / 8 + page.padding;
 }
 
-// A canvas of one byte a pixel.
+// A canvas with one byte per pixel.
 struct Canvas {
   uint32_t width;
   uint32_t height;
@@ -68,7 +68,7 @@ void paintChecker(Canvas* canvas, uint32_t cell) {
   }
 }
 
-// Strokes across and down, like letters seen from afar.
+// Horizontal and vertical strokes, similar to text seen from a distance.
 void paintText(Canvas* canvas, uint64_t seed) {
   Noise noise(seed);
   const uint32_t strokes = std::max(1u, canvas->width * canvas->height / 40);

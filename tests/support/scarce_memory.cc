@@ -1,5 +1,5 @@
-// The two wrapped allocation functions and the switch that makes them fail.
-// The names are the linker's: __wrap_ is called, __real_ is the C library's.
+// The two wrapped allocation functions, and the switch that makes them fail.
+// The linker defines the names: __wrap_ is called, __real_ is the C library's function.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/scarce_memory.h"
 
@@ -9,7 +9,7 @@ enum class Scarcity { kNone, kOneSize, kEverything };
 
 Scarcity scarcity = Scarcity::kNone;
 size_t scarceSize = 0;
-int stillGranted = 0;  // of the scarce size
+int stillGranted = 0;  // requests of the limited size
 int refused = 0;
 
 bool refuses(size_t bytes) {

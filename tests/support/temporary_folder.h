@@ -1,5 +1,5 @@
-// A folder of a test's own, removed with everything in it.
-// For settings files, dumps, and links that nobody may follow.
+// A temporary folder for one test, deleted with everything in it.
+// For settings files, dumps, and symbolic links that must not be followed.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_SUPPORT_TEMPORARY_FOLDER_H
 #define KORVEL_TESTS_SUPPORT_TEMPORARY_FOLDER_H

@@ -1,6 +1,5 @@
-// One loop over the words for all tools, so that they understand the same spellings.
-// The version is that of the whole system.
-// SPDX-License-Identifier: Apache-2.0
+// One parser for all tools, so that they accept the same notations. The version is that of the
+// whole package. SPDX-License-Identifier: Apache-2.0
 #include "tools/common/arguments.h"
 
 #include <cstdio>
@@ -10,11 +9,11 @@
 
 namespace korvel {
 
-Arguments::Arguments(int argc, char** argv, const char* program, const char* usage)
-    : argc_(argc), argv_(argv), program_(program), usage_(usage) {}
+Arguments::Arguments(int argc, char** argv, const char* program, const Help& help)
+    : argc_(argc), argv_(argv), program_(program), help_(help) {}
 
 bool Arguments::next() {
-  if (hasAttached_) wrong(filled("%s takes no value", word_.c_str()));
+  if (hasAttached_) wrong(filled("%s takes no value", text_.c_str()));
   if (++at_ >= argc_) return false;
   if (!operandsOnly_ && std::string(argv_[at_]) == "--") {
     operandsOnly_ = true;
@@ -25,23 +24,23 @@ bool Arguments::next() {
   return true;
 }
 
-void Arguments::take(const std::string& word) {
-  word_ = word;
+void Arguments::take(const std::string& argument) {
+  text_ = argument;
   attached_.clear();
-  option_ = !operandsOnly_ && word.size() > 1 && word[0] == '-';
+  option_ = !operandsOnly_ && argument.size() > 1 && argument[0] == '-';
   hasAttached_ = false;
   if (!option_) return;
-  const bool isLong = word[1] == '-';
-  const size_t end = isLong ? word.find('=') : 2;
-  if (end >= word.size()) return;
+  const bool isLong = argument[1] == '-';
+  const size_t end = isLong ? argument.find('=') : 2;
+  if (end >= argument.size()) return;
   hasAttached_ = true;
-  attached_ = word.substr(isLong ? end + 1 : end);
-  word_ = word.substr(0, end);
+  attached_ = argument.substr(isLong ? end + 1 : end);
+  text_ = argument.substr(0, end);
 }
 
 void Arguments::answerHelpAndVersion() const {
   if (is("--help")) {
-    std::fputs(usage_, stdout);
+    std::fputs(helpText(help_).c_str(), stdout);
     std::exit(0);
   }
   if (is("--version")) {
@@ -55,13 +54,13 @@ std::string Arguments::value() {
     hasAttached_ = false;
     return attached_;
   }
-  if (++at_ >= argc_) wrong(filled("%s wants a value", word_.c_str()));
+  if (++at_ >= argc_) wrong(filled("%s needs a value", text_.c_str()));
   return argv_[at_];
 }
 
-std::string Arguments::text() {
+std::string Arguments::nonEmptyValue() {
   std::string text = value();
-  if (text.empty()) wrong(filled("%s wants a value", word_.c_str()));
+  if (text.empty()) wrong(filled("%s needs a value", text_.c_str()));
   return text;
 }
 
@@ -70,21 +69,32 @@ int Arguments::number(int least, int most) {
   const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
   const long number = digits ? std::strtol(text.c_str(), nullptr, 10) : -1;
   if (!digits || number < least || number > most) {
-    wrong(filled("%s wants a number from %d to %d, have '%s'", word_.c_str(), least, most,
+    wrong(filled("%s needs a number from %d to %d, not '%s'", text_.c_str(), least, most,
                  text.c_str()));
   }
   return static_cast<int>(number);
 }
 
 void Arguments::unknown() const {
-  wrong(option_ ? filled("unknown option '%s'", word_.c_str())
-                : filled("unexpected argument '%s'", word_.c_str()));
+  wrong(option_ ? filled("unknown option '%s'", text_.c_str())
+                : filled("unexpected argument '%s'", text_.c_str()));
 }
 
 void Arguments::wrong(const std::string& what) const {
   std::fprintf(stderr, "%s\n",
                filled("%s: %s; see %s --help", program_, what.c_str(), program_).c_str());
   std::exit(2);
+}
+
+void Arguments::refuse(const std::string& sentence) const {
+  reportFailure(program_, sentence);
+  std::exit(2);
+}
+
+int reportFailure(const char* program, const std::string& sentence) {
+  std::fflush(stdout);
+  std::fprintf(stderr, "%s: %s\n", program, sentence.c_str());
+  return 1;
 }
 
 }  // namespace korvel

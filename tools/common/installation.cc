@@ -1,5 +1,5 @@
-// The ways from the programs to their data are those of the configured folders: only where they
-// begin is looked up.
+// The relative paths from the programs to their data are configured; only the program's own folder
+// is looked up.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/common/installation.h"
 
@@ -19,7 +19,7 @@ fs::path ownFolder() {
   return fs::read_symlink("/proc/self/exe", fault).parent_path();
 }
 
-// Below a folder like /tmp anybody could lay a filter out for us.
+// In a folder like /tmp anybody could place a filter for us.
 bool isPublic(const fs::path& folder) {
   struct stat found;
   return stat(folder.c_str(), &found) != 0 || (found.st_mode & S_IWOTH) != 0;

@@ -1,5 +1,5 @@
-// Where the parts of an installation are, told from where the running program lies: what is
-// installed works below any prefix, and inside the tree of a --destdir.
+// Where the parts of an installation are, relative to the running program: an installation works
+// below any prefix, and inside a staging folder.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_COMMON_INSTALLATION_H
 #define KORVEL_TOOLS_COMMON_INSTALLATION_H
@@ -10,14 +10,14 @@ namespace korvel {
 
 std::string programFolder();  // of the running program
 
-// Folders that go where the programs go. A program that has not been installed is told folders
-// that are not there.
-std::string catalogueFolder();  // of the texts in other languages
+// Folders that are installed next to the programs. For a program in a build folder they do not
+// exist.
+std::string catalogueFolder();  // of the translations
 std::string dataFolder();       // of the sheets and test pages
 
-// A folder of the spooler's stays at its path whatever the prefix. Returns it as it lies in the
-// tree that the program lies in: below the nearest folder around the program that has it and that
-// not everybody may write to, or else at its own path.
+// A folder of the spooler has a fixed path, whatever the prefix. Returns it inside the staging
+// folder of the running program, if there is one: below the nearest parent folder of the program
+// that has it and that is not writable for everybody. Otherwise returns `path`.
 std::string spoolerFolder(const std::string& path);
 
 }  // namespace korvel

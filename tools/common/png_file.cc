@@ -1,5 +1,5 @@
-// The one place that speaks to the PNG library for writing.
-// The library leaves by a long jump, so nothing with a destructor lives in the encoder.
+// The one place that uses the PNG library for writing. The library reports errors by a long jump,
+// so the encoder has no object with a destructor.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/common/png_file.h"
 
@@ -54,17 +54,18 @@ bool encode(std::FILE* file, const PngPicture& picture, const uint8_t* rows) {
 
 }  // namespace
 
-std::string cannotWrite(const std::string& path) {
-  return filled("cannot write %s: %s", path.c_str(), std::strerror(errno));
+Failure cannotWrite(const std::string& path) {
+  return Failure{filled("Cannot write %s: %s.", path.c_str(), std::strerror(errno))};
 }
 
-std::string writePngFile(const std::string& path, const PngPicture& picture, const uint8_t* rows) {
+Result<void> writePngFile(const std::string& path, const PngPicture& picture, const uint8_t* rows) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (file == nullptr) return cannotWrite(path);
   const bool encoded = encode(file, picture, rows);
   const bool closed = std::fclose(file) == 0;
-  if (!encoded) return filled("cannot write %s as PNG", path.c_str());
-  return closed ? std::string() : cannotWrite(path);
+  if (!encoded) return Failure{filled("Cannot write %s as PNG.", path.c_str())};
+  if (!closed) return cannotWrite(path);
+  return {};
 }
 
 }  // namespace korvel

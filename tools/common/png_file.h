@@ -1,5 +1,5 @@
-// Writes rows of one or two bits a dot as a PNG file.
-// What the values look like is the caller's palette.
+// Writes rows of one or two bits per dot as a PNG file.
+// The caller's palette gives the values their colours.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_COMMON_PNG_FILE_H
 #define KORVEL_TOOLS_COMMON_PNG_FILE_H
@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/common/result.h"
+
 namespace korvel {
 
 struct PngPicture {
@@ -17,15 +19,14 @@ struct PngPicture {
   size_t height;                                // rows
   size_t stride;                                // bytes between rows
   int bitsPerDot;                               // leftmost dot in the top bits
-  unsigned dpi;                                 // 0: not told
+  unsigned dpi;                                 // 0: unknown
   std::vector<std::array<uint8_t, 3>> palette;  // red, green, blue; empty: grey, set bits black
 };
 
-// Returns an empty text, or one sentence on what went wrong.
-std::string writePngFile(const std::string& path, const PngPicture& picture, const uint8_t* rows);
+Result<void> writePngFile(const std::string& path, const PngPicture& picture, const uint8_t* rows);
 
-// "cannot write PATH: REASON" by errno.
-std::string cannotWrite(const std::string& path);
+// "Cannot write PATH: REASON." according to errno.
+Failure cannotWrite(const std::string& path);
 
 }  // namespace korvel
 

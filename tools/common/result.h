@@ -16,7 +16,7 @@ struct Failure {
 };
 
 // Holds a T or a Failure. Converts from both, so that a function returns either of them:
-//   if (file == nullptr) return Failure{filled("Cannot open %s.", path)};
+//   if (file == nullptr) return Failure{sentence};
 //   return picture;
 template <typename T>
 class [[nodiscard]] Result {

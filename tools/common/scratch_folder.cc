@@ -1,4 +1,4 @@
-// Paths are kept in plain arrays, which a signal handler may read.
+// Paths are in plain arrays, which a signal handler can read.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/common/scratch_folder.h"
 
@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <stdexcept>
 
 #include "tools/common/translation.h"
 
@@ -19,6 +18,7 @@ namespace {
 
 constexpr size_t kMostFiles = 8;
 constexpr size_t kLongestPath = 4096;
+constexpr size_t kLongestName = 64;  // with the slash
 
 char gFolder[kLongestPath];
 char gFiles[kMostFiles][kLongestPath];
@@ -31,7 +31,7 @@ void removeAll() {
   gFolder[0] = '\0';
 }
 
-// Children die with us by their parent's death signal.
+// Children end too, by the parent death signal.
 void endBySignal(int number) {
   removeAll();
   signal(number, SIG_DFL);
@@ -42,19 +42,21 @@ void endBySignal(int number) {
 
 ScratchFolder::~ScratchFolder() { removeAll(); }
 
-std::string ScratchFolder::open() {
+Result<void> ScratchFolder::open() {
   std::error_code reason;
   const std::string pattern =
       (std::filesystem::temp_directory_path(reason) / "korvel-XXXXXX").string();
-  if (reason || pattern.size() >= kLongestPath)
-    return translated("there is no folder for passing files");
+  if (reason || pattern.size() + kLongestName >= kLongestPath) {
+    return Failure{translated("There is no folder for temporary files; set TMPDIR to one.")};
+  }
   std::memcpy(gFolder, pattern.c_str(), pattern.size() + 1);
   if (mkdtemp(gFolder) == nullptr) {
-    return filled("cannot make the folder %s: %s", pattern.c_str(), std::strerror(errno));
+    return Failure{
+        filled("Cannot create the folder %s: %s.", pattern.c_str(), std::strerror(errno))};
   }
   std::atexit(removeAll);  // for an end without destructors
   for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, endBySignal);
-  return std::string();
+  return {};
 }
 
 std::string ScratchFolder::file(const std::string& name) {
@@ -62,7 +64,7 @@ std::string ScratchFolder::file(const std::string& name) {
   for (int i = 0; i < gCount; ++i) {
     if (path == gFiles[i]) return path;
   }
-  if (gCount == kMostFiles || path.size() >= kLongestPath) throw std::length_error(path);
+  if (gCount == kMostFiles || name.size() >= kLongestName) std::abort();  // see the header
   std::memcpy(gFiles[gCount], path.c_str(), path.size() + 1);
   gCount = gCount + 1;
   return path;

@@ -1,5 +1,5 @@
-// Looks texts up in the catalogues that are installed with the tools.
-// Numbers stay as they are in every language: only messages are translated.
+// Looks texts up in the installed catalogues. Numbers are the same in every language: only messages
+// are translated.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/common/translation.h"
 

@@ -1,12 +1,13 @@
-// A description goes to the library through a file without a name.
+// A PPD is passed to the library in a file without a name.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/description/description_text.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <regex>
 #include <sstream>
+
+#include "tools/common/process.h"
 
 namespace korvel {
 
@@ -38,25 +39,14 @@ bool sameDescription(const std::string& one, const std::string& other) {
   }
 }
 
-std::string shownChoice(const std::string& choice) {
-  return choice == kCustomChoice ? "Custom.WIDTHxHEIGHT" : choice;
-}
-
-bool isCustomSize(const std::string& choice) {
-  static const std::regex kCustomSize(
-      "Custom\\.[0-9]+(\\.[0-9]+)?x[0-9]+(\\.[0-9]+)?(pt|in|cm|mm|m|ft)?");
-  return std::regex_match(choice, kCustomSize);
-}
-
-ppd_file_t* openDescription(const std::string& description) {
-  const int fd = memfd_create("description", MFD_CLOEXEC);
-  if (fd == -1) return nullptr;
-  const ssize_t written = write(fd, description.data(), description.size());
-  if (written != static_cast<ssize_t>(description.size()) || lseek(fd, 0, SEEK_SET) != 0) {
-    close(fd);
+Ppd openDescription(const std::string& description) {
+  Descriptor file(memfd_create("description", MFD_CLOEXEC));
+  if (!file.isOpen()) return nullptr;
+  const ssize_t written = write(file.get(), description.data(), description.size());
+  if (written != static_cast<ssize_t>(description.size()) || lseek(file.get(), 0, SEEK_SET) != 0) {
     return nullptr;
   }
-  return ppdOpenFd(fd);  // which closes it
+  return Ppd(ppdOpenFd(file.release()));  // which closes it
 }
 
 }  // namespace korvel

@@ -1,5 +1,5 @@
-// The ten halftones: the setting's name, and the method that runs for it.
-// The names stand in the setting's order, each one step apart from its method.
+// The ten halftones: the setting's name, and the method that runs for it. The names are in the
+// setting's order; most belong to the method of the entry before.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_DESCRIPTION_HALFTONE_NAMES_H
 #define KORVEL_TOOLS_DESCRIPTION_HALFTONE_NAMES_H
@@ -12,7 +12,7 @@ namespace korvel {
 
 struct HalftoneName {
   const char* setting;  // the choice of HalftoneType
-  const char* method;   // English; in the user's language once it has gone through translated()
+  const char* method;   // in English; translated(method) is in the user's language
 };
 
 inline constexpr std::array<HalftoneName, 10> kHalftoneNames = {{

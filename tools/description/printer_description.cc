@@ -1,14 +1,11 @@
-// Descriptions are read through the spooler's library, which the filter uses as well, so that both
-// understand an option alike.
+// PPDs are read with the spooler's library, as in the filter, so that both understand them equally.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/description/printer_description.h"
 
 #include <cups/cups.h>
 #include <cups/file.h>
-#include <strings.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -16,64 +13,18 @@
 #include <regex>
 
 #include "tools/common/translation.h"
-#include "tools/description/description_text.h"
+#include "tools/description/option_check.h"
 
 namespace korvel {
 namespace {
 
 constexpr char kOneWay[] = "-OneWay";
 
-// Job options that the spooler's own filters read, whatever the printer.
-constexpr const char* kStandardOptions[] = {"collate",
-                                            "columns",
-                                            "copies",
-                                            "cpi",
-                                            "crop-to-fit",
-                                            "fill",
-                                            "fit-to-page",
-                                            "fitplot",
-                                            "gamma",
-                                            "hue",
-                                            "landscape",
-                                            "lpi",
-                                            "media",
-                                            "mirror",
-                                            "natural-scaling",
-                                            "nowrap",
-                                            "number-up",
-                                            "number-up-layout",
-                                            "orientation-requested",
-                                            "output-order",
-                                            "outputorder",
-                                            "page-border",
-                                            "page-bottom",
-                                            "page-left",
-                                            "page-ranges",
-                                            "page-right",
-                                            "page-set",
-                                            "page-top",
-                                            "position",
-                                            "ppi",
-                                            "prettyprint",
-                                            "print-color-mode",
-                                            "print-quality",
-                                            "print-scaling",
-                                            "saturation",
-                                            "scaling",
-                                            "sides",
-                                            "wrap"};
-
-bool isStandard(const std::string& name) {
-  return name.starts_with("job-") ||
-         std::any_of(std::begin(kStandardOptions), std::end(kStandardOptions),
-                     [&name](const char* known) { return name == known; });
-}
-
 struct CupsFileCloser {
   void operator()(cups_file_t* file) const { cupsFileClose(file); }
 };
 
-// The line with the model's name gets the one-way twin's.
+// The line with the model's name gets that of the one-way variant.
 std::string oneWayLine(const std::string& line) {
   static const std::regex kModel("^(\\*ModelName: *\")([^\"]*)(\".*)$");
   std::smatch parts;
@@ -94,7 +45,7 @@ class Destination {
   cups_dest_t* dest_;
 };
 
-// The queue's options that the description at `path` has.
+// The queue's options that the PPD at `path` has.
 std::string knownDefaults(const std::string& queue, const std::string& path) {
   const Destination destination(queue);
   ppd_file_t* ppd = ppdOpenFile(path.c_str());
@@ -108,87 +59,62 @@ std::string knownDefaults(const std::string& queue, const std::string& path) {
   return text;
 }
 
-std::string queueFault(const std::string& queue) {
+Failure noQueue(const std::string& queue) {
   if (cupsLastError() == IPP_STATUS_ERROR_NOT_FOUND) {
-    return filled("the spooler has no queue %s; lpstat -e lists those there are", queue.c_str());
+    return {filled("There is no queue %s. Show all queues: lpstat -e", queue.c_str())};
   }
-  return filled(
-      "the spooler does not answer for queue %s; start it, or name a printer description with -p "
-      "instead",
-      queue.c_str());
+  return {filled("The print service does not answer for queue %s; start it, or name a PPD with -p.",
+                 queue.c_str())};
 }
 
 }  // namespace
 
-std::string fetchQueue(const std::string& queue, const std::string& target, std::string* defaults) {
+Result<std::string> fetchQueue(const std::string& queue, const std::string& target) {
   const char* fetched = cupsGetPPD2(CUPS_HTTP_DEFAULT, queue.c_str());
-  if (fetched == nullptr) return queueFault(queue);
+  if (fetched == nullptr) return noQueue(queue);
   const std::string path = fetched;
-  std::string fault = copyDescription(path, target, true);
+  const Result<void> copied = copyDescription(path, target, true);
   unlink(path.c_str());
-  if (fault.empty()) *defaults = knownDefaults(queue, target);
-  return fault;
+  if (!copied) return copied.failure();
+  return knownDefaults(queue, target);
 }
 
-std::string copyDescription(const std::string& path, const std::string& target, bool oneWay) {
+Result<void> copyDescription(const std::string& path, const std::string& target, bool oneWay) {
   const std::unique_ptr<cups_file_t, CupsFileCloser> from(cupsFileOpen(path.c_str(), "r"));
-  if (!from) {
-    return filled("cannot read the printer description %s: %s", path.c_str(), std::strerror(errno));
-  }
+  if (!from) return Failure{filled("Cannot read %s: %s.", path.c_str(), std::strerror(errno))};
   std::ofstream to(target, std::ios::binary);
   char line[4096];
   while (cupsFileGets(from.get(), line, sizeof line) != nullptr) {
     to << (oneWay ? oneWayLine(line) : std::string(line)) << '\n';
   }
   to.close();
-  return to ? std::string() : filled("cannot write %s", target.c_str());
+  if (to) return {};
+  return Failure{filled("Cannot write %s: %s.", target.c_str(), std::strerror(errno))};
 }
 
-std::string PrinterDescription::open(const std::string& path, const std::string& shownAs) {
+Result<void> PrinterDescription::open(const std::string& path, const std::string& shownAs) {
   ppd_.reset(ppdOpenFile(path.c_str()));
-  if (!ppd_) return filled("%s is not a printer description (PPD)", shownAs.c_str());
+  if (!ppd_) return Failure{filled("%s is not a PPD.", shownAs.c_str())};
   for (const char* keyword : {"cupsFilter2", "cupsFilter"}) {
     for (const ppd_attr_t* attribute = ppdFindAttr(ppd_.get(), keyword, nullptr);
          attribute != nullptr; attribute = ppdFindNextAttr(ppd_.get(), keyword, nullptr)) {
-      if (std::strstr(attribute->value, "rastertokorvel") != nullptr) return std::string();
+      if (std::strstr(attribute->value, "rastertokorvel") != nullptr) return {};
     }
   }
-  return filled("%s is not of a Korvel printer: it does not print with rastertokorvel",
-                shownAs.c_str());
+  return Failure{
+      filled("%s is not for a Korvel printer: it does not use the filter rastertokorvel.",
+             shownAs.c_str())};
 }
 
-std::string PrinterDescription::mark(const std::string& options) {
+Result<void> PrinterDescription::mark(const std::string& options) {
+  const Result<void> checked = checkOptions(ppd_.get(), parseOptions(options), OptionScope::kJob);
+  if (!checked) return checked;
   ppdMarkDefaults(ppd_.get());
   cups_option_t* list = nullptr;
   const int count = cupsParseOptions(options.c_str(), 0, &list);
-  std::string fault;
-  for (int i = 0; i < count && fault.empty(); ++i) fault = check(list[i].name, list[i].value);
   cupsMarkOptions(ppd_.get(), count, list);
   cupsFreeOptions(count, list);
-  return fault;
-}
-
-std::string PrinterDescription::check(const std::string& name, const std::string& value) const {
-  const std::string keyword = strcasecmp(name.c_str(), "media") == 0 ? "PageSize" : name;
-  ppd_option_t* option = ppdFindOption(ppd_.get(), keyword.c_str());
-  if (option == nullptr) {
-    return isStandard(name) ? std::string() : filled("unknown option %s", name.c_str());
-  }
-  const bool custom = value.starts_with("Custom.");
-  if (custom && ppd_->variable_sizes != 0 && keyword == "PageSize" && isCustomSize(value)) {
-    return std::string();
-  }
-  if (!custom && ppdFindChoice(option, value.c_str()) != nullptr) return std::string();
-  std::string offered;
-  for (int i = 0; i < option->num_choices; ++i) {
-    if (strcasecmp(option->choices[i].choice, "Custom") == 0) continue;
-    offered += (offered.empty() ? "" : " ") + std::string(option->choices[i].choice);
-  }
-  if (value.empty()) {
-    return filled("the option %s wants a value, one of %s", name.c_str(), offered.c_str());
-  }
-  return filled("the printer description offers no %s=%s, only %s", name.c_str(), value.c_str(),
-                offered.c_str());
+  return {};
 }
 
 std::string PrinterDescription::name() const {

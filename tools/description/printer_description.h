@@ -1,48 +1,41 @@
-// A printer description (PPD) as a preview needs it: a copy of our own, the choices checked, and
-// what they say about the printer.
+// A PPD as a preview needs it: a copy of our own, with checked choices, and what it says about the
+// printer.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_DESCRIPTION_PRINTER_DESCRIPTION_H
 #define KORVEL_TOOLS_DESCRIPTION_PRINTER_DESCRIPTION_H
 
-#include <cups/ppd.h>
-
-#include <memory>
 #include <string>
 
-#include "tools/stream/printer_body.h"
+#include "tools/common/result.h"
+#include "tools/description/description_text.h"
+#include "tools/stream/printer_model.h"
 
 namespace korvel {
 
-// The queue's description, copied to `target`, and those of its defaults that the description
-// knows, as an option text. Returns an empty text, or one sentence.
-std::string fetchQueue(const std::string& queue, const std::string& target, std::string* defaults);
+// Copies the PPD of a queue to `target`. Returns the queue's defaults for the PPD's options, as an
+// option text.
+Result<std::string> fetchQueue(const std::string& queue, const std::string& target);
 
-// Copies a description to `target`. With `oneWay` the model becomes its one-way twin, which prints
-// the same dots and is not asked for its state. Returns an empty text, or one sentence.
-std::string copyDescription(const std::string& path, const std::string& target, bool oneWay);
+// Copies a PPD to `target`. With `oneWay` the model becomes its one-way variant, which prints the
+// same dots but is not asked for its status.
+Result<void> copyDescription(const std::string& path, const std::string& target, bool oneWay);
 
 class PrinterDescription {
  public:
-  // Returns an empty text, or one sentence. `shownAs` names the file in it.
-  std::string open(const std::string& path, const std::string& shownAs);
+  // The failure calls the file `shownAs`.
+  Result<void> open(const std::string& path, const std::string& shownAs);
 
-  // Marks the job's options. Returns an empty text, or one sentence on the first that the printer
-  // does not offer and no filter of the spooler knows.
-  std::string mark(const std::string& options);
+  // Marks the job's options; fails when one of them is not valid.
+  Result<void> mark(const std::string& options);
 
   // After mark().
   std::string name() const;  // of the printer, without the version
-  unsigned dpi() const;      // 0 when it is not told
+  unsigned dpi() const;      // 0: unknown
   Media media() const;
   std::string choice(const std::string& option) const;  // empty without such an option
 
  private:
-  struct Closer {
-    void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
-  };
-  std::string check(const std::string& name, const std::string& value) const;
-
-  std::unique_ptr<ppd_file_t, Closer> ppd_;
+  Ppd ppd_;
 };
 
 }  // namespace korvel

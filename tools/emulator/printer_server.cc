@@ -1,5 +1,5 @@
-// One thread, one poll: whatever is due is done first, then the loop sleeps until a descriptor or
-// the next moment of the world or the line.
+// One thread, one poll: whatever is due is done first, then the loop sleeps until a descriptor is
+// ready, or until the printer or the connection has something to do.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/emulator/printer_server.h"
 
@@ -21,15 +21,15 @@
 #include <utility>
 
 #include "tools/common/translation.h"
-#include "tools/stream/status_script.h"
+#include "tools/stream/printer_model.h"
 
 namespace korvel {
 namespace {
 
 constexpr int kBacklog = 16;
-constexpr int kReceiveBuffer = 65536;  // small, so that a host feels it when reading stalls
+constexpr int kReceiveBuffer = 65536;  // small, so that the host notices when reading stalls
 constexpr size_t kLongestControlLine = 1000;
-constexpr size_t kMostWritten = 4096;  // what a pipe that takes anything takes without blocking
+constexpr size_t kMostWritten = 4096;  // what a writable pipe accepts without blocking
 
 Micros monotonicMicros() {
   timespec now = {};
@@ -37,7 +37,7 @@ Micros monotonicMicros() {
   return Micros{now.tv_sec} * 1'000'000 + now.tv_nsec / 1000;
 }
 
-std::string listenOn(int port, OwnDescriptor* listener) {
+Result<void> listenOn(int port, Descriptor* listener) {
   listener->reset(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   const int on = 1;
   sockaddr_in address = {};
@@ -48,19 +48,19 @@ std::string listenOn(int port, OwnDescriptor* listener) {
   setsockopt(listener->get(), SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof kReceiveBuffer);
   if (bind(listener->get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
       listen(listener->get(), kBacklog) != 0) {
-    return filled("cannot listen on port %d: %s", port, std::strerror(errno));
+    return Failure{filled("Cannot listen on port %d: %s.", port, std::strerror(errno))};
   }
-  return std::string();
+  return {};
 }
 
-int portOf(const OwnDescriptor& listener) {
+int portOf(const Descriptor& listener) {
   sockaddr_in address = {};
   socklen_t length = sizeof address;
   getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &length);
   return ntohs(address.sin_port);
 }
 
-int acceptFrom(const OwnDescriptor& listener) {
+int acceptFrom(const Descriptor& listener) {
   const int fd = accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
   const int on = 1;
   if (fd >= 0) setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -71,11 +71,6 @@ bool isTransient(int reason) { return reason == EAGAIN || reason == EINTR; }
 
 }  // namespace
 
-void OwnDescriptor::reset(int fd) {
-  if (fd_ >= 0) close(fd_);
-  fd_ = fd;
-}
-
 PrinterServer::PrinterServer(const ServerOptions& options)
     : options_(options),
       world_(options.body,
@@ -85,16 +80,14 @@ PrinterServer::PrinterServer(const ServerOptions& options)
                 writeSheet(number, sheet, what);
               }}) {}
 
-std::string PrinterServer::open() {
-  std::string fault;
-  if (!options_.standardInput) fault = listenOn(options_.port, &listener_);
-  if (fault.empty() && options_.controlPort) {
-    fault = listenOn(*options_.controlPort, &controlListener_);
-  }
-  if (!fault.empty()) return fault;
+Result<void> PrinterServer::open() {
+  Result<void> opened;
+  if (!options_.standardInput) opened = listenOn(options_.port, &listener_);
+  if (opened && options_.controlPort) opened = listenOn(*options_.controlPort, &controlListener_);
+  if (!opened) return opened;
   if (listener_.isOpen() && options_.port == 0) std::printf("%d\n", portOf(listener_));
   if (options_.controlPort == 0) std::printf("%d\n", portOf(controlListener_));
-  return std::string();
+  return {};
 }
 
 // ---- The loop ----
@@ -107,9 +100,9 @@ bool PrinterServer::run(const volatile std::sig_atomic_t& stopped) {
     now_ = monotonicMicros();
     world_.advance(now_);
     sendDue();
-    if (readFd_ >= 0 && line_.mustHangUp()) {
-      line_.hungUp();
-      dropping_ = true;  // that the stream lacks its end is our own doing
+    if (readFd_ >= 0 && connection_.mustHangUp()) {
+      connection_.hungUp();
+      dropping_ = true;  // we cut the stream off ourselves
       detach("disconnected by the printer");
     }
     if (isDone()) break;
@@ -118,7 +111,7 @@ bool PrinterServer::run(const volatile std::sig_atomic_t& stopped) {
   return !failed_;
 }
 
-// At the end the motor may finish its work, if it ever will.
+// At the end the motor may finish its work, unless nothing can make it move again.
 bool PrinterServer::isDone() const {
   if (!ending_) return false;
   if (world_.idle()) return true;
@@ -130,13 +123,13 @@ bool PrinterServer::isDone() const {
 std::optional<Micros> PrinterServer::nextMoment() const {
   std::optional<Micros> next = world_.nextChange();
   const auto consider = [&next](Micros moment) { next = std::min(next.value_or(moment), moment); };
-  if (readFd_ >= 0 && line_.readable(now_) == 0) consider(line_.nextRead());
+  if (readFd_ >= 0 && connection_.readable(now_) == 0) consider(connection_.nextRead());
   if (!pieces_.empty() && pieces_.front().due > now_) consider(pieces_.front().due);
   return next;
 }
 
 bool PrinterServer::mayRead() const {
-  return readFd_ >= 0 && line_.readable(now_) > 0 && (dropping_ || !world_.full());
+  return readFd_ >= 0 && connection_.readable(now_) > 0 && (dropping_ || !world_.full());
 }
 
 void PrinterServer::poll() {
@@ -154,7 +147,7 @@ void PrinterServer::poll() {
     wait.tv_sec = left / 1'000'000;
     wait.tv_nsec = left % 1'000'000 * 1000;
   }
-  // The signals that end us arrive in here and nowhere else.
+  // The signals that end the program are delivered here and nowhere else.
   sigset_t signals;
   sigprocmask(SIG_SETMASK, nullptr, &signals);
   sigdelset(&signals, SIGTERM);
@@ -165,7 +158,7 @@ void PrinterServer::poll() {
   if (watched[3].revents != 0) acceptControl();
   if (watched[2].revents != 0) {
     const int fd = acceptFrom(listener_);
-    connection_.reset(fd);
+    host_.reset(fd);
     if (fd >= 0) attach(fd, fd);
   } else if (watched[0].revents != 0 && readFd_ >= 0) {
     readStream();
@@ -187,7 +180,7 @@ void PrinterServer::detach(const std::string& how) {
   world_.breakOff(now_);
   event(how);
   pieces_.clear();
-  connection_.reset();
+  host_.reset();
   readFd_ = -1;
   writeFd_ = -1;
   ending_ = options_.once || options_.standardInput;
@@ -196,14 +189,14 @@ void PrinterServer::detach(const std::string& how) {
 void PrinterServer::readStream() {
   std::array<uint8_t, 65536> bytes;
   if (!mayRead()) return;
-  const size_t most = std::min(bytes.size(), line_.readable(now_));
+  const size_t most = std::min(bytes.size(), connection_.readable(now_));
   const ssize_t count = read(readFd_, bytes.data(), most);
   if (count < 0 && isTransient(errno)) return;
   if (count <= 0) {
     detach(count == 0 ? "disconnected" : std::string("disconnected: ") + std::strerror(errno));
     return;
   }
-  line_.took(static_cast<size_t>(count), now_);
+  connection_.took(static_cast<size_t>(count), now_);
   if (!dropping_ && !decoder_->push(bytes.data(), static_cast<size_t>(count))) malformed();
 }
 
@@ -223,8 +216,11 @@ void PrinterServer::malformed() {
 
 void PrinterServer::answerStatus() {
   const uint64_t word = world_.statusWord();
-  std::vector<PrinterLine::Piece> pieces = line_.pieces(statusReply(word), now_);
-  event("status request -> " + (pieces.empty() ? std::string("silence") : statusText(word)));
+  PrinterConnection::Reply reply = connection_.answer(statusReply(word), now_);
+  std::vector<PrinterConnection::Piece>& pieces = reply.pieces;
+  const bool isTrue = reply.kind == ReplyKind::kTrue;
+  const std::string scripted = pieces.empty() ? "silence" : "bytes of the scenario";
+  event("status request -> " + (isTrue ? statusText(word) : scripted));
   if (writeFd_ < 0) return;
   pieces_.insert(pieces_.end(), std::make_move_iterator(pieces.begin()),
                  std::make_move_iterator(pieces.end()));
@@ -238,7 +234,7 @@ void PrinterServer::sendDue() {
     const ssize_t count = write(writeFd_, bytes.data(), std::min(bytes.size(), kMostWritten));
     if (count < 0 && isTransient(errno)) return;
     if (count < 0) {
-      pieces_.clear();  // nobody listens; the reading side will see the end
+      pieces_.clear();  // the host has gone, which reading will find out
       return;
     }
     bytes.erase(0, static_cast<size_t>(count));
@@ -274,54 +270,56 @@ void PrinterServer::readControl() {
 void PrinterServer::takeControlLine(const std::string& line) {
   const std::string text = line.substr(0, line.find('#'));
   if (text.find_first_not_of(" \t\r") == std::string::npos) return;
-  Scenario scenario;
-  std::string answer;
-  if (text.size() > kLongestControlLine) {
-    answer =
-        "error: the line is longer than " + std::to_string(kLongestControlLine) + " characters";
-  } else if (!parseScenario(text, &scenario, &answer)) {
-    answer = "error: " + answer;
-  } else if (scenario.kind == ScenarioKind::kState) {
-    world_.advance(now_);
-    answer = "ok: " + world_.stateText();
-  } else if (scenario.kind == ScenarioKind::kQuit) {
-    quit_ = true;
-    answer = "ok";
-  } else {
-    event("scenario " + text.substr(0, text.find_last_not_of(" \t\r") + 1));
-    apply(scenario);
-    answer = "ok";
-  }
-  answer += '\n';
+  const std::string answer = answerTo(text) + "\n";
   send(control_.get(), answer.data(), answer.size(), MSG_NOSIGNAL);
 }
 
-bool PrinterServer::apply(const Scenario& scenario) {
-  return world_.apply(scenario, now_) || line_.apply(scenario, now_);
+std::string PrinterServer::answerTo(const std::string& text) {
+  if (text.size() > kLongestControlLine) {
+    return "error: the line is longer than " + std::to_string(kLongestControlLine) + " characters";
+  }
+  const Result<Scenario> scenario = parseScenario(text);
+  if (!scenario) return "error: " + scenario.sentence();
+  if (needsSpooler(scenario.value())) return "error: only a spooler's side channel can do that";
+  if (scenario.value().kind == ScenarioKind::kState) {
+    world_.advance(now_);
+    return "ok: " + world_.stateText();
+  }
+  if (scenario.value().kind == ScenarioKind::kQuit) {
+    quit_ = true;
+  } else {
+    event("scenario " + text.substr(0, text.find_last_not_of(" \t\r") + 1));
+    apply(scenario.value());
+  }
+  return "ok";
 }
 
-// ---- What comes out ----
+bool PrinterServer::apply(const Scenario& scenario) {
+  return world_.apply(scenario, now_) || connection_.apply(scenario, now_);
+}
+
+// ---- Events and pictures ----
 
 void PrinterServer::event(const std::string& line) const {
   if (!options_.quiet) std::printf("%s\n", line.c_str());
 }
 
-// Packets may rightly give no picture, as those of a page that was broken off; a folder must not.
-void PrinterServer::note(const std::string& what, bool hasShape, const std::string& fault) {
-  if (fault.empty()) return;
+// A page that was cut off may have no picture, which is no failure.
+void PrinterServer::note(const std::string& what, bool hasShape, const Result<void>& written) {
+  if (written) return;
   if (!hasShape) {
-    event(what + ": " + fault);
+    event(what + ": " + written.sentence());
     return;
   }
   event(what + ": the picture cannot be written");
   failed_ = true;
-  std::fprintf(stderr, "korvel-printer: %s: %s\n", what.c_str(), fault.c_str());
+  std::fprintf(stderr, "korvel-printer: %s: %s\n", what.c_str(), written.sentence().c_str());
 }
 
 void PrinterServer::writePage(unsigned number, const PagePicture& page) {
   if (!options_.pages || options_.folder.empty()) return;
   const std::string path = options_.folder + "/page-" + std::to_string(number) + ".png";
-  note("page " + std::to_string(number), page.checkShape().empty(),
+  note("page " + std::to_string(number), page.checkShape().ok(),
        page.writePng(path, options_.body.dpi));
 }
 

@@ -1,5 +1,5 @@
 // The emulated printer on its ports: one poll loop over a host's connection, the control port and
-// the clock. Listens on the loopback address only, or reads a stream from standard input.
+// the clock. It listens on the loopback address only, or reads a stream from standard input.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_EMULATOR_PRINTER_SERVER_H
 #define KORVEL_TOOLS_EMULATOR_PRINTER_SERVER_H
@@ -11,8 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/emulator/printer_line.h"
+#include "tools/common/process.h"
+#include "tools/common/result.h"
 #include "tools/emulator/printer_world.h"
+#include "tools/stream/printer_connection.h"
 #include "tools/stream/stream_decoder.h"
 
 namespace korvel {
@@ -30,32 +32,16 @@ struct ServerOptions {
   std::vector<Scenario> scenarios;
 };
 
-// A descriptor of ours, closed when it goes.
-class OwnDescriptor {
- public:
-  explicit OwnDescriptor(int fd = -1) : fd_(fd) {}
-  OwnDescriptor(const OwnDescriptor&) = delete;
-  OwnDescriptor& operator=(const OwnDescriptor&) = delete;
-  ~OwnDescriptor() { reset(); }
-
-  int get() const { return fd_; }
-  bool isOpen() const { return fd_ >= 0; }
-  void reset(int fd = -1);
-
- private:
-  int fd_;
-};
-
 class PrinterServer {
  public:
   explicit PrinterServer(const ServerOptions& options);
 
-  // Opens the ports and prints those that were picked, a line each. Returns an empty text, or one
-  // sentence on what went wrong.
-  std::string open();
+  // Opens the ports, and prints the numbers of those that the system chose, one per line.
+  Result<void> open();
 
-  // Serves until a signal, "quit", or the end that the options ask for. SIGTERM and SIGINT must
-  // be blocked; `stopped` says that one has been delivered. False when a picture was not written.
+  // Serves until a signal, "quit", or the end that the options ask for. SIGTERM and SIGINT must be
+  // blocked; `stopped` becomes non-zero when one is delivered. False when a picture could not be
+  // written, which has then been reported.
   bool run(const volatile std::sig_atomic_t& stopped);
 
  private:
@@ -73,28 +59,29 @@ class PrinterServer {
   void acceptControl();
   void readControl();
   void takeControlLine(const std::string& line);
+  std::string answerTo(const std::string& text);
   bool apply(const Scenario& scenario);
   void writePage(unsigned number, const PagePicture& page);
   void writeSheet(unsigned number, const SheetPicture& sheet, const char* what);
   void event(const std::string& line) const;
-  void note(const std::string& what, bool hasShape, const std::string& fault);
+  void note(const std::string& what, bool hasShape, const Result<void>& written);
 
   ServerOptions options_;
   PrinterWorld world_;
-  PrinterLine line_;
+  PrinterConnection connection_;
   Micros now_ = 0;
 
-  OwnDescriptor listener_, connection_;
-  int readFd_ = -1;   // connection_, or standard input
-  int writeFd_ = -1;  // connection_, the reply descriptor, or none
+  Descriptor listener_, host_;
+  int readFd_ = -1;   // host_, or standard input
+  int writeFd_ = -1;  // host_, the reply descriptor, or none
   bool ending_ = false;
   bool quit_ = false;
-  bool dropping_ = false;  // the stream broke: what still comes is thrown away
+  bool dropping_ = false;  // the stream is malformed: the rest is discarded
   bool failed_ = false;
   std::unique_ptr<StreamDecoder> decoder_;
-  std::deque<PrinterLine::Piece> pieces_;  // of replies, not yet written
+  std::deque<PrinterConnection::Piece> pieces_;  // of replies, not yet written
 
-  OwnDescriptor controlListener_, control_;
+  Descriptor controlListener_, control_;
   std::string controlBytes_;
 };
 

@@ -1,5 +1,5 @@
-// The world moves from one change to the next: a step of the motor ends, paper runs out or comes
-// back, the cover opens or shuts. Between two changes only the motor's way grows.
+// Time advances from one change to the next: a step of the motor ends, paper runs out or is loaded,
+// the cover opens or closes. Between two changes only the motor moves.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/emulator/printer_world.h"
 
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "tools/stream/status_script.h"
+#include "tools/stream/printer_model.h"
 #include "tools/stream/stream_listing.h"
 
 namespace korvel {
@@ -81,7 +81,7 @@ void PrinterWorld::pass(Micros to) {
   clock_ = to;
 }
 
-// One thing that is due at this moment; false when there is none left.
+// Performs one change that is due at this moment; false when there is none left.
 bool PrinterWorld::settleOne() { return fireTrigger() || restore() || finishStep(); }
 
 std::optional<Micros> PrinterWorld::nextChange() const {
@@ -101,7 +101,7 @@ std::optional<Micros> PrinterWorld::nextChange() const {
   return next;
 }
 
-// Into the page step that prints, as its own time.
+// The time from the start of the page step that is printing.
 Micros PrinterWorld::momentOf(const Trigger& trigger) const {
   return steps_.front().duration * (trigger.milliPages % 1000) / 1000;
 }
@@ -182,27 +182,27 @@ bool PrinterWorld::apply(const Scenario& scenario, Micros now) {
 
 // ---- The motor ----
 
-Micros PrinterWorld::timeOf(size_t lines) const {
-  return static_cast<Micros>(lines) * 25'400'000 / (Micros{body_.dpi} * body_.speed);
+Micros PrinterWorld::timeOf(size_t rows) const {
+  return static_cast<Micros>(rows) * 25'400'000 / (Micros{body_.dpi} * body_.speed);
 }
 
-size_t PrinterWorld::linesToMove(const Step& step) const {
+size_t PrinterWorld::rowsToMove(const Step& step) const {
   const bool hasGaps = body_.media == Media::kGap || body_.media == Media::kMark;
-  if (step.kind == Step::Kind::kPage) return step.lines;
+  if (step.kind == Step::Kind::kPage) return step.rows;
   if (step.kind != Step::Kind::kFeed) return 0;
-  if (step.mode == kFeedLines) return step.lines;
-  if (step.mode == kFeedBack) return leadLines_ + (ahead_ ? linesOf(kEdgeTenths) : 0);
+  if (step.mode == kFeedLines) return step.rows;
+  if (step.mode == kFeedBack) return leadRows_ + (ahead_ ? rowsOf(kEdgeTenths) : 0);
   if (!isToEdge(step.mode) || ahead_) return 0;
-  return linesOf(kEdgeTenths) + (hasGaps ? linesOf(kGapTenths) : 0);
+  return rowsOf(kEdgeTenths) + (hasGaps ? rowsOf(kGapTenths) : 0);
 }
 
-// Ends the first step if its way is done; a step that moves nothing needs neither paper nor cover.
+// Starts or ends the first step. A step that moves nothing needs neither paper nor a closed cover.
 bool PrinterWorld::finishStep() {
   if (steps_.empty()) return false;
   Step& first = steps_.front();
   if (!first.begun) {
     first.begun = true;
-    first.duration = timeOf(linesToMove(first));
+    first.duration = timeOf(rowsToMove(first));
     done_ = 0;
     return true;
   }
@@ -236,27 +236,27 @@ void PrinterWorld::finish(Step* step) {
   }
 }
 
-// Paper that was brought to the edge and not back again is blank at the head of this sheet.
+// Paper that was fed to the edge and not back again is blank at the top of this sheet.
 void PrinterWorld::finishPage(Step* step) {
   last_ = std::move(step->sheet);
-  last_->lead(leadLines_ + (ahead_ ? linesOf(kEdgeTenths) : 0));
+  last_->lead(leadRows_ + (ahead_ ? rowsOf(kEdgeTenths) : 0));
   lastNumber_ = step->number;
   lastIsOut_ = false;
   ahead_ = false;
-  leadLines_ = 0;
+  leadRows_ = 0;
 }
 
 void PrinterWorld::finishFeed(const Step& step) {
   if (step.mode == kFeedLines && last_ && !lastIsOut_) {
-    last_->feed(step.lines);
+    last_->feed(step.rows);
   } else if (step.mode == kFeedLines) {
-    leadLines_ += step.lines;
+    leadRows_ += step.rows;
   } else if (step.mode == kFeedBack) {
     ahead_ = false;
-    leadLines_ = 0;
+    leadRows_ = 0;
   } else if (isToEdge(step.mode) && !ahead_ && body_.media != Media::kSheet) {
     ahead_ = true;
-    if (last_ && body_.media != Media::kContinuous) last_->feed(linesOf(kGapTenths));
+    if (last_ && body_.media != Media::kContinuous) last_->feed(rowsOf(kGapTenths));
     endLastSheet(SheetEnd::kTear, "fed");
   }
 }
@@ -301,7 +301,7 @@ void PrinterWorld::take(const StreamItem& item, Micros now) {
 void PrinterWorld::takeFeed(const StreamItem& item) {
   push(Step::Kind::kFeed);
   steps_.back().mode = item.data[0];
-  steps_.back().lines = item.word(1);
+  steps_.back().rows = item.word(1);
   if (item.data[0] == kFeedToMarkEdge && body_.media != Media::kMark) {
     event("no mark on this paper: feed mode 5 goes to the edge");
   }
@@ -321,13 +321,13 @@ void PrinterWorld::startPicture(const StreamItem& area) {
   image_->begin(area);
 }
 
-// The image has ended when anything else comes: now its length is known and it can be printed.
+// Any other item ends the image: now its length is known and it can be printed.
 void PrinterWorld::closeImage() {
   if (!image_ || image_->empty()) return;
   const size_t head = headDots(body_.dpi);
   auto sheet = std::make_unique<SheetPicture>(std::move(*image_), head);
   image_.reset();
-  event("image " + std::to_string(sheet->pageLines()) + " rows x " +
+  event("image " + std::to_string(sheet->pageRows()) + " rows x " +
         std::to_string(sheet->rowBytes()) + " bytes");
   if (sheet->pageRight() > head) {
     event("page " + std::to_string(pages_) + " ends at dot " + std::to_string(sheet->pageRight()) +
@@ -336,7 +336,7 @@ void PrinterWorld::closeImage() {
   watcher_.page(pages_, sheet->page());
   push(Step::Kind::kPage);
   steps_.back().number = pages_;
-  steps_.back().lines = sheet->pageLines();
+  steps_.back().rows = sheet->pageRows();
   steps_.back().sheet = std::move(sheet);
   waitsForOut_ = true;
 }
@@ -347,7 +347,7 @@ void PrinterWorld::dropEmptyImage() {
   image_.reset();
 }
 
-// `how` is empty when the page ends as it should.
+// `how` is empty when the page is complete.
 void PrinterWorld::endPage(const char* how) {
   if (!waitsForOut_) return;
   if (*how != '\0') event("page " + std::to_string(pages_) + " " + how);

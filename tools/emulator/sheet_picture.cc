@@ -1,4 +1,4 @@
-// The sheet is never held as a whole: a dot is looked up in the page, and rows are packed when the
+// A sheet is never stored as a whole: a dot is looked up in the page, and rows are packed when the
 // file is written.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/emulator/sheet_picture.h"
@@ -12,39 +12,39 @@
 namespace korvel {
 namespace {
 
-constexpr size_t kDotsPerByte = 4;  // two bits a dot
+constexpr size_t kDotsPerByte = 4;  // two bits per dot
 
 }  // namespace
 
 SheetPicture::SheetPicture(PagePicture page, size_t headDots)
     : page_(std::move(page)),
       rowBytes_(page_.rowBytes() != 0 ? page_.rowBytes() : page_.area().word(2) / 8),
-      pageLines_(rowBytes_ == 0 ? 0 : (page_.dots().size() + rowBytes_ - 1) / rowBytes_),
+      pageRows_(rowBytes_ == 0 ? 0 : (page_.dots().size() + rowBytes_ - 1) / rowBytes_),
       left_(page_.area().word(0)),
       width_(std::max(headDots, left_ + rowBytes_ * 8)) {}
 
 size_t SheetPicture::height() const {
-  const size_t paper = leadLines_ + pageLines_ + tailLines_;
-  return end_ == SheetEnd::kAttached ? paper : paper + kMarkLines;
+  const size_t paper = leadRows_ + pageRows_ + tailRows_;
+  return end_ == SheetEnd::kAttached ? paper : paper + kMarkRows;
 }
 
 SheetDot SheetPicture::at(size_t x, size_t y) const {
-  if (y >= leadLines_ + pageLines_ + tailLines_) {
+  if (y >= leadRows_ + pageRows_ + tailRows_) {
     const bool gap = end_ == SheetEnd::kTear && x / kDashDots % 2 != 0;
     return gap ? SheetDot::kPaper : SheetDot::kMark;
   }
-  if (y < leadLines_ || y >= leadLines_ + pageLines_ || x < left_ || x >= left_ + rowBytes_ * 8) {
+  if (y < leadRows_ || y >= leadRows_ + pageRows_ || x < left_ || x >= left_ + rowBytes_ * 8) {
     return SheetDot::kPaper;
   }
-  const size_t byte = (y - leadLines_) * rowBytes_ + (x - left_) / 8;
+  const size_t byte = (y - leadRows_) * rowBytes_ + (x - left_) / 8;
   if (byte >= page_.dots().size()) return SheetDot::kPaper;
   const unsigned bits = page_.dots()[byte];
   const unsigned bit = bits >> (7 - (x - left_) % 8) & 1u;
   return bit != 0 ? SheetDot::kDot : SheetDot::kPaper;
 }
 
-std::string SheetPicture::writePng(const std::string& path, unsigned dpi) const {
-  if (height() == 0) return "the sheet has no length, so there is no picture";
+Result<void> SheetPicture::writePng(const std::string& path, unsigned dpi) const {
+  if (height() == 0) return Failure{"The sheet has no length, so there is no picture."};
   const size_t stride = (width_ + kDotsPerByte - 1) / kDotsPerByte;
   std::vector<uint8_t> rows(stride * height());
   for (size_t y = 0; y < height(); ++y) {

@@ -1,5 +1,5 @@
-// One poll loop over the filter's output, messages and side channel. Order matters: everything
-// the filter sent before it asks for a drain is read, and the reply queued, before the answer.
+// One poll loop over the filter's output, messages and side channel. The order matters: before a
+// drain request is answered, all earlier output has been read and the reply to it queued.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/host/emulated_spooler.h"
 
@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,11 +19,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <vector>
+#include <optional>
 
-#include "tools/common/child_process.h"
+#include "tools/common/process.h"
 #include "tools/common/translation.h"
-#include "tools/host/file_ban.h"
+#include "tools/stream/printer_connection.h"
+#include "tools/stream/printer_model.h"
 #include "tools/stream/stream_decoder.h"
 
 namespace korvel {
@@ -35,41 +35,27 @@ constexpr int kPiecePollMs = 2;
 constexpr int kMostReads = 64;
 constexpr size_t kSideHeaderBytes = 4;  // command, status, length with its high byte first
 
-// The descriptors that the filter is born with, in their order.
-struct FilterEnds {
-  std::array<Descriptor, 5> ends;
-  Descriptor execFault;  // carries errno when the program cannot be started
-};
+// The filter's descriptors, in order.
+using FilterEnds = std::array<Descriptor, 5>;
 
-[[noreturn]] void becomeFilter(const FilterEnds& filter, pid_t parent, char* const* arguments,
-                               const SpoolerJob& job) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (getppid() != parent) _exit(127);
-  for (int fd = 0; fd < 5; ++fd) dup2(filter.ends[static_cast<size_t>(fd)].get(), fd);
-  if (job.ppd.empty()) {
-    unsetenv("PPD");
-  } else {
-    setenv("PPD", job.ppd.c_str(), 1);
-  }
-  signal(SIGPIPE, SIG_DFL);
-  if (job.noFiles) banNewFiles();
-  execv(job.filter.c_str(), arguments);
-  const int reason = errno;
-  if (write(filter.execFault.get(), &reason, sizeof reason) < 0) _exit(126);
-  _exit(127);
+Micros steadyMicros() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
 }
 
 class JobRun {
  public:
   explicit JobRun(const SpoolerJob& job)
-      : job_(job), decoder_([this](const StreamItem& item) { takeItem(item); }) {}
+      : job_(job), decoder_([this](const StreamItem& item) { takeItem(item); }) {
+    for (const Scenario& scenario : job.scenarios) connection_.apply(scenario, steadyMicros());
+  }
 
-  SpoolerOutcome run();
+  Result<SpoolerOutcome> run();
 
  private:
-  bool openInput(FilterEnds* filter);
-  bool openAll(FilterEnds* filter);
-  bool start();
+  Result<void> openInput(FilterEnds* filter);
+  Result<void> openAll(FilterEnds* filter);
+  Result<void> start();
   void loop();
   void poll();
   void drainOutput();
@@ -79,12 +65,7 @@ class JobRun {
   void answerDrain();
   void sendSide(int command, int status);
   void writePieces();
-  StatusStep nextStep();
   bool allClosed() const { return !output_.isOpen() && !messages_.isOpen(); }
-  bool fail(const std::string& what) {
-    outcome_.fault = what;
-    return false;
-  }
 
   const SpoolerJob& job_;
   SpoolerOutcome outcome_;
@@ -92,65 +73,63 @@ class JobRun {
   Child child_;
   Descriptor output_, messages_, back_, side_;
   std::string sideBytes_;
-  StatusStep step_;  // of the last status request
-  size_t scriptAt_ = 0;
-  bool imageSeen_ = false;          // since the page began
-  std::deque<std::string> pieces_;  // of the reply, not yet written
+  PrinterConnection connection_;
+  ReplyKind reply_ = ReplyKind::kTrue;  // to the last status request
+  bool imageSeen_ = false;              // since the page began
+  std::deque<std::string> pieces_;      // of replies, not yet written
 };
 
-// The filter reads a file by itself as its seventh argument, or finds it on descriptor 0.
-bool JobRun::openInput(FilterEnds* filter) {
+// The filter opens a file by itself, or reads its standard input.
+Result<void> JobRun::openInput(FilterEnds* filter) {
   int fd = -1;
   if (job_.rasterAsFile) {
-    fd = open("/dev/null", O_RDONLY);
+    fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
   } else if (job_.rasterDescriptor >= 0) {
-    fd = dup(job_.rasterDescriptor);
+    fd = fcntl(job_.rasterDescriptor, F_DUPFD_CLOEXEC, 0);
   } else if (job_.raster == "-") {
-    fd = dup(STDIN_FILENO);
+    fd = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
   } else {
-    fd = open(job_.raster.c_str(), O_RDONLY);
+    fd = open(job_.raster.c_str(), O_RDONLY | O_CLOEXEC);
   }
-  if (filter->ends[0].adopt(fd)) return true;
-  return fail(filled("cannot open %s: %s", job_.raster.c_str(), std::strerror(errno)));
+  (*filter)[0].reset(fd);
+  if (fd >= 0) return {};
+  return Failure{filled("Cannot open %s: %s.", job_.raster.c_str(), std::strerror(errno))};
 }
 
-bool JobRun::openAll(FilterEnds* filter) {
-  if (!openInput(filter)) return false;
-  const bool opened =
-      openPipe(&output_, &filter->ends[1]) && openPipe(&messages_, &filter->ends[2]) &&
-      openPipe(&filter->ends[3], &back_) && openSocketPair(&side_, &filter->ends[4]);
-  if (opened && output_.setNonBlocking() && messages_.setNonBlocking() && back_.setNonBlocking() &&
-      filter->ends[3].setNonBlocking() && side_.setNonBlocking()) {
-    return true;
+Result<void> JobRun::openAll(FilterEnds* filter) {
+  FilterEnds& ends = *filter;
+  Result<void> opened = openInput(filter);
+  if (opened) opened = openPipe(&output_, &ends[1]);
+  if (opened) opened = openPipe(&messages_, &ends[2]);
+  if (opened) opened = openPipe(&ends[3], &back_);
+  if (opened) opened = openSocketPair(&side_, &ends[4]);
+  if (!opened) return opened;
+  for (Descriptor* end : {&output_, &messages_, &back_, &ends[3], &side_}) {
+    if (!end->setNonBlocking()) {
+      return Failure{filled("Cannot set up a pipe: %s.", std::strerror(errno))};
+    }
   }
-  return fail(filled("cannot open the filter's channels: %s", std::strerror(errno)));
+  return {};
 }
 
-bool JobRun::start() {
-  FilterEnds filter;
-  Descriptor execFault;
-  if (!openAll(&filter)) return false;
-  if (!openPipe(&execFault, &filter.execFault))
-    return fail(filled("cannot open a pipe: %s", std::strerror(errno)));
-  std::vector<std::string> words = {job_.filter, job_.jobId,  job_.user,
-                                    job_.title,  job_.copies, job_.options};
-  if (job_.rasterAsFile) words.push_back(job_.raster);
-  const std::vector<char*> arguments = execWords(words);
-  const pid_t parent = getpid();
-  const pid_t pid = fork();
-  if (pid < 0) return fail(filled("cannot start a process: %s", std::strerror(errno)));
-  if (pid == 0) becomeFilter(filter, parent, arguments.data(), job_);
-  child_.start(pid);
-  filter.execFault.reset();
-  int reason = 0;
-  if (read(execFault.get(), &reason, sizeof reason) > 0) {
-    return fail(filled("cannot run %s: %s", job_.filter.c_str(), std::strerror(reason)));
-  }
-  return true;
+Result<void> JobRun::start() {
+  FilterEnds ends;
+  const Result<void> opened = openAll(&ends);
+  if (!opened) return opened;
+  Program filter;
+  filter.arguments = {job_.filter, job_.jobId, job_.user, job_.title, job_.copies, job_.options};
+  if (job_.rasterAsFile) filter.arguments.push_back(job_.raster);
+  for (const Descriptor& end : ends) filter.descriptors.push_back(end.get());
+  filter.environment = job_.environment;
+  filter.environment["PPD"] = job_.ppd.empty() ? std::nullopt : std::optional(job_.ppd);
+  filter.noNewFiles = job_.noFiles;
+  return child_.start(filter);
 }
 
-SpoolerOutcome JobRun::run() {
-  if (start()) loop();
+Result<SpoolerOutcome> JobRun::run() {
+  const Result<void> started = start();
+  if (!started) return started.failure();
+  loop();
   child_.kill();
   return outcome_;
 }
@@ -176,7 +155,7 @@ void JobRun::loop() {
 void JobRun::poll() {
   std::array<pollfd, 3> watched = {
       {{output_.get(), POLLIN, 0}, {messages_.get(), POLLIN, 0}, {side_.get(), POLLIN, 0}}};
-  // With both ends closed the filter is about to exit: look again soon.
+  // With both ends closed the filter is about to exit: check again soon.
   const int wait = !pieces_.empty() || allClosed() ? kPiecePollMs : kLongestPollMs;
   ::poll(watched.data(), watched.size(), wait);
   drainOutput();
@@ -185,8 +164,25 @@ void JobRun::poll() {
   writePieces();
 }
 
-// Reads what is there, but not for ever: more than any pipe holds, so that a filter that waits for
-// us has been read to its last byte, and one that only writes cannot outrun the time limit.
+// When the filter has ended, the pipe has no reader; then SIGPIPE must not end us. It is blocked in
+// this thread only, and taken if it has been raised.
+ssize_t writeWithoutSignal(int fd, const std::string& bytes) {
+  sigset_t pipe, before;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &pipe, &before);
+  const ssize_t written = write(fd, bytes.data(), bytes.size());
+  const int reason = errno;
+  const timespec atOnce = {0, 0};
+  if (written < 0 && reason == EPIPE) sigtimedwait(&pipe, nullptr, &atOnce);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  errno = reason;
+  return written;
+}
+
+// Reads what is there, but at most a fixed amount, which is more than a pipe holds: a filter that
+// waits has been read to its last byte, and one that never stops writing still meets its time
+// limit.
 template <typename Take>
 void drain(Descriptor* source, Take take) {
   char bytes[65536];
@@ -205,7 +201,7 @@ void drain(Descriptor* source, Take take) {
 void JobRun::drainOutput() {
   drain(&output_, [this](const char* bytes, size_t count) {
     if (job_.output) job_.output(bytes, count);
-    // A malformed stream gets no replies; who reads the stream will say where it breaks.
+    // A malformed stream gets no replies; the reader of the output reports the malformed byte.
     decoder_.push(reinterpret_cast<const uint8_t*>(bytes), count);
   });
 }
@@ -221,17 +217,10 @@ void JobRun::takeItem(const StreamItem& item) {
   if (item.kind == ItemKind::kArea || item.kind == ItemKind::kImage) imageSeen_ = true;
   if (item.kind != ItemKind::kStatusRequest) return;
   ++outcome_.statusRequests;
-  step_ = nextStep();
-  pieces_.insert(pieces_.end(), step_.pieces.begin(), step_.pieces.end());
-}
-
-StatusStep JobRun::nextStep() {
-  StatusStep step;
-  if (scriptAt_ < job_.script.size()) step = job_.script[scriptAt_++];
-  if (step.answer == Answer::kAuto) {
-    step.pieces = {statusReply(imageSeen_ ? kStatusPaperOut : kStatusReady)};
-  }
-  return step;
+  const std::string reply = statusReply(imageSeen_ ? kStatusPaperOut : kStatusReady);
+  const PrinterConnection::Reply answer = connection_.answer(reply, steadyMicros());
+  reply_ = answer.kind;
+  for (const PrinterConnection::Piece& piece : answer.pieces) pieces_.push_back(piece.bytes);
 }
 
 void JobRun::takeSideChannel() {
@@ -253,8 +242,8 @@ void JobRun::takeSideChannel() {
 void JobRun::answerDrain() {
   ++outcome_.drainRequests;
   drainOutput();
-  if (step_.answer == Answer::kNoDrain) return;
-  if (step_.answer == Answer::kRefuse) {
+  if (reply_ == ReplyKind::kDrainIgnored) return;
+  if (reply_ == ReplyKind::kDrainRefused) {
     sendSide(CUPS_SC_CMD_DRAIN_OUTPUT, CUPS_SC_STATUS_NOT_IMPLEMENTED);
     return;
   }
@@ -268,24 +257,31 @@ void JobRun::sendSide(int command, int status) {
   send(side_.get(), answer, sizeof answer, MSG_NOSIGNAL);
 }
 
-// A piece goes out when the one before it has been read, so that no read returns two of them.
+// A piece is sent when the one before it has been read, so that no read returns two of them.
 void JobRun::writePieces() {
   int unread = 0;
   if (pieces_.empty() || ioctl(back_.get(), FIONREAD, &unread) != 0 || unread != 0) return;
   const std::string& piece = pieces_.front();
-  // The pipe has no reader any more once the filter has gone, which must not end us.
-  struct sigaction ignore = {};
-  struct sigaction before = {};
-  ignore.sa_handler = SIG_IGN;
-  sigaction(SIGPIPE, &ignore, &before);
-  const ssize_t written = write(back_.get(), piece.data(), piece.size());
-  sigaction(SIGPIPE, &before, nullptr);
+  const ssize_t written = writeWithoutSignal(back_.get(), piece);
   if (written < 0 && errno == EAGAIN) return;
   pieces_.pop_front();
 }
 
 }  // namespace
 
-SpoolerOutcome runSpoolerJob(const SpoolerJob& job) { return JobRun(job).run(); }
+bool isPlayable(const Scenario& scenario) {
+  switch (scenario.kind) {
+    case ScenarioKind::kSilent:
+    case ScenarioKind::kNoise:
+    case ScenarioKind::kSplit:
+    case ScenarioKind::kGlue:
+    case ScenarioKind::kReply:
+      return true;
+    default:
+      return false;
+  }
+}
+
+Result<SpoolerOutcome> runSpoolerJob(const SpoolerJob& job) { return JobRun(job).run(); }
 
 }  // namespace korvel

@@ -1,76 +1,66 @@
-// korvel-spool: runs the filter on a raster file as the spooler would, the printer's answers
-// included, and passes the printer's bytes on to standard output.
-// SPDX-License-Identifier: Apache-2.0
+// korvel-spool: runs the filter on a raster file as the spooler would, with a printer that answers,
+// and writes the printer's bytes to standard output. For developers: neither installed nor
+// translated. SPDX-License-Identifier: Apache-2.0
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 
 #include "tools/common/arguments.h"
-#include "tools/common/translation.h"
 #include "tools/host/emulated_spooler.h"
 
 namespace {
 
-constexpr const char* kUsage = korvel::later(
-    "Usage: korvel-spool --filter PATH [OPTION]... RASTER\n"
-    "Runs a print filter on RASTER (- is standard input) with the spooler's descriptors and a\n"
-    "printer that answers status requests; the printer's bytes go to standard output.\n\n"
-    "  --filter PATH       the filter program\n"
-    "  -p, --ppd FILE      the printer description; without it PPD is unset\n"
-    "  -o, --options \"A=B ...\"\n"
-    "                      the job's options; more than one -o adds up\n"
-    "  --job N             the job's number (1)\n"
-    "  -U, --user U        its user\n"
-    "  -t, --title T       its title\n"
-    "  -n, --copies N      its copies (1)\n"
-    "  --raster-as-file    name RASTER in the seventh argument\n"
-    "  -e, --expect TEXT   the printer's answers, one a status request, then auto again:\n"
-    "                      ready, out, cover or hex bytes (+ glues, | parts them), auto,\n"
-    "                      none, refuse, timeout; *N repeats; commas between entries\n"
-    "  --script FILE       the same from a file, entries on lines, # comments\n"
-    "  --timeout S         seconds after which the filter is killed (120)\n"
-    "  --log FILE          the filter's messages; standard error without it\n"
-    "  --help, --version\n\n"
-    "Status: 0 when the filter ended with 0, 1 when it failed, was ended or could not be run,\n"
-    "2 wrong usage.\n");
+const korvel::Help kHelp = {
+    "Usage: korvel-spool --filter PATH [OPTION]... RASTER",
+    "Runs a print filter on RASTER (- is standard input) with the spooler's descriptors and a "
+    "printer that answers status requests. The printer's bytes go to standard output.",
+    {"--filter PATH\tThe filter program.",
+     "-p, --ppd FILE\tThe PPD; without it the variable PPD is unset.",
+     "-o, --options \"A=B ...\"\tThe job's options; may be repeated.",
+     "--job N\tThe job's number (1).", "-U, --user NAME\tThe job's user.",
+     "-t, --title TEXT\tThe job's title.", "-n, --copies N\tThe job's copies (1).",
+     "--raster-as-file\tPass RASTER as the filter's last argument.",
+     "--scenario TEXT\tSimulate a fault; may be repeated.",
+     "--timeout SECONDS\tKill the filter after so long (120).",
+     "--log FILE\tWhere the filter's messages go, instead of standard error."},
+    "Scenarios:",
+    {"reply ANSWER [times N]   answer the next status requests with ANSWER:",
+     "                         true, nothing, drain-refused, drain-ignored, or",
+     "                         ready, paper-out, cover-open, hex digits;",
+     "                         + joins replies, | splits one",
+     "silent [for SECONDS], silent off, noise BYTES, split [BYTES], split off, glue",
+     "                         as for korvel-printer"},
+    "Exit status: 0 the filter succeeded, 1 it failed, was killed or could not be run, 2 wrong "
+    "usage."};
+
+constexpr char kProgram[] = "korvel-spool";
 
 using korvel::Arguments;
-using korvel::filled;
-using korvel::translated;
-
-[[noreturn]] void stop(const std::string& what) {
-  std::fprintf(stderr, "korvel-spool: %s\n", what.c_str());
-  std::exit(1);
-}
+using korvel::Failure;
+using korvel::Result;
 
 struct Request {
   korvel::SpoolerJob job;
   std::string log;
 };
 
-void setScript(const Arguments& words, const std::string& text, korvel::SpoolerJob* job) {
-  std::string fault;
-  if (!korvel::parseStatusScript(text, &job->script, &fault)) words.wrong(fault);
+korvel::Scenario parseScenario(const Arguments& arguments, const std::string& text) {
+  const Result<korvel::Scenario> scenario = korvel::parseScenario(text);
+  if (!scenario) arguments.wrong("--scenario: " + scenario.sentence());
+  if (!korvel::isPlayable(scenario.value())) {
+    arguments.wrong("--scenario: only korvel-printer can play '" + text + "'");
+  }
+  return scenario.value();
 }
 
-void readScript(const Arguments& words, const std::string& path, korvel::SpoolerJob* job) {
-  std::ifstream file(path);
-  std::ostringstream text;
-  if (!file || !(text << file.rdbuf()))
-    words.wrong(filled("cannot read the script %s", path.c_str()));
-  setScript(words, text.str(), job);
-}
-
-double parseSeconds(const Arguments& words, const std::string& text) {
+double parseSeconds(const Arguments& arguments, const std::string& text) {
   char* end = nullptr;
   const double seconds = std::strtod(text.c_str(), &end);
   if (text.empty() || *end != '\0' || !(seconds > 0) || seconds > 1e6) {
-    words.wrong(filled("--timeout wants seconds, have '%s'", text.c_str()));
+    arguments.wrong("--timeout needs seconds, not '" + text + "'");
   }
   return seconds;
 }
@@ -84,30 +74,29 @@ Request parseArguments(int argc, char** argv) {
       {"--ppd", &job.ppd},       {"--user", &job.user},     {"--title", &job.title},
       {"-n", &job.copies},       {"--copies", &job.copies},
   };
-  Arguments words(argc, argv, "korvel-spool", korvel::translated(kUsage));
-  while (words.next()) {
-    if (words.isOption() && texts.contains(words.word())) {
-      *texts.at(words.word()) = words.value();
-    } else if (words.is("-o", "--options")) {
-      job.options += (job.options.empty() ? "" : " ") + words.value();
-    } else if (words.is("-e", "--expect")) {
-      setScript(words, words.value(), &job);
-    } else if (words.is("--script")) {
-      readScript(words, words.value(), &job);
-    } else if (words.is("--timeout")) {
-      job.timeoutSeconds = parseSeconds(words, words.value());
-    } else if (words.is("--raster-as-file")) {
+  Arguments arguments(argc, argv, kProgram, kHelp);
+  while (arguments.next()) {
+    if (arguments.isOption() && texts.contains(arguments.text())) {
+      std::string* text = texts.at(arguments.text());
+      *text = arguments.value();
+    } else if (arguments.is("-o", "--options")) {
+      job.options += (job.options.empty() ? "" : " ") + arguments.value();
+    } else if (arguments.is("--scenario")) {
+      job.scenarios.push_back(parseScenario(arguments, arguments.value()));
+    } else if (arguments.is("--timeout")) {
+      job.timeoutSeconds = parseSeconds(arguments, arguments.value());
+    } else if (arguments.is("--raster-as-file")) {
       job.rasterAsFile = true;
-    } else if (words.isOption()) {
-      words.unknown();
+    } else if (arguments.isOption()) {
+      arguments.unknown();
     } else if (!job.raster.empty()) {
-      words.wrong(translated("more than one raster file"));
+      arguments.wrong("more than one raster file");
     } else {
-      job.raster = words.word();
+      job.raster = arguments.text();
     }
   }
-  if (job.filter.empty()) words.wrong(translated("no --filter given"));
-  if (job.raster.empty()) words.wrong(translated("no raster file given"));
+  if (job.filter.empty()) arguments.wrong("no --filter given");
+  if (job.raster.empty()) arguments.wrong("no raster file given");
   return request;
 }
 
@@ -118,27 +107,36 @@ korvel::SpoolerJob::Sink fileSink(std::FILE* file) {
   };
 }
 
+// The exit status of the command.
+Result<int> statusOf(const korvel::SpoolerOutcome& outcome) {
+  if (outcome.timedOut) return Failure{"The filter did not end in time and was killed."};
+  if (outcome.signal != 0) {
+    return Failure{"The filter was ended by signal " + std::to_string(outcome.signal) + "."};
+  }
+  if (outcome.status > 1) {
+    return Failure{"The filter ended with status " + std::to_string(outcome.status) + "."};
+  }
+  return outcome.status;
+}
+
+Result<int> run(Request request) {
+  std::FILE* log = request.log.empty() ? stderr : std::fopen(request.log.c_str(), "wb");
+  if (log == nullptr) {
+    return Failure{"Cannot write " + request.log + ": " + std::strerror(errno) + "."};
+  }
+  request.job.output = fileSink(stdout);
+  request.job.messages = fileSink(log);
+  const Result<korvel::SpoolerOutcome> outcome = korvel::runSpoolerJob(request.job);
+  const bool written = std::ferror(stdout) == 0 && std::ferror(log) == 0;
+  if (log != stderr) std::fclose(log);
+  if (!outcome) return outcome.failure();
+  if (!written) return Failure{"Cannot write the filter's output."};
+  return statusOf(outcome.value());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  korvel::startTranslation();
-  Request request = parseArguments(argc, argv);
-  std::FILE* log = stderr;
-  if (!request.log.empty()) log = std::fopen(request.log.c_str(), "wb");
-  if (log == nullptr)
-    stop(filled("cannot write %s: %s", request.log.c_str(), std::strerror(errno)));
-  request.job.output = fileSink(stdout);
-  request.job.messages = fileSink(log);
-  const korvel::SpoolerOutcome outcome = korvel::runSpoolerJob(request.job);
-  if (std::ferror(stdout) != 0 || std::ferror(log) != 0)
-    stop(translated("cannot write the filter's output"));
-  if (log != stderr) std::fclose(log);
-  if (!outcome.fault.empty()) stop(outcome.fault);
-  if (outcome.timedOut)
-    stop(translated("the filter was still running after its time and was killed"));
-  if (outcome.signal != 0) {
-    stop(filled("the filter was ended by signal %d", outcome.signal));
-  }
-  if (outcome.status > 1) stop(filled("the filter ended with status %d", outcome.status));
-  return outcome.status;
+  const Result<int> status = run(parseArguments(argc, argv));
+  return status ? status.value() : korvel::reportFailure(kProgram, status.sentence());
 }

@@ -1,4 +1,4 @@
-// Names are drawn on small canvases and stamped, pages copied dot by dot into rows of two bits.
+// Names are drawn on small canvases; names and pages are copied dot by dot into rows of two bits.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/preview/contact_sheet.h"
 
@@ -12,16 +12,16 @@
 namespace korvel {
 namespace {
 
-constexpr size_t kDotsPerByte = 4;  // two bits a dot
+constexpr size_t kDotsPerByte = 4;  // two bits per dot
 constexpr unsigned kPaper = 0;
 constexpr unsigned kDot = 1;
-constexpr unsigned kGround = 2;
+constexpr unsigned kBackground = 2;
 constexpr unsigned kInk = 3;
 
 constexpr size_t kLongestName = 31;  // letters that fit above a page
 constexpr size_t kCapUnits = 7;
 
-// Five columns of tall pages, two of wide ones: what comes nearest to a screen.
+// Five columns of tall pages, two of wide ones: whichever is closer to the shape of a screen.
 size_t columnsFor(size_t cells, size_t width, size_t height) {
   if (cells < 3) return cells;
   const auto spread = [&](size_t columns) {
@@ -55,7 +55,7 @@ class ContactSheet::Rows {
  public:
   Rows(size_t width, size_t height)
       : stride_((width + kDotsPerByte - 1) / kDotsPerByte),
-        bytes_(stride_ * height, kGround * 0x55) {}  // in all four dots
+        bytes_(stride_ * height, kBackground * 0x55) {}  // in all four dots
 
   void set(size_t x, size_t y, unsigned colour) {
     uint8_t& byte = bytes_[y * stride_ + x / kDotsPerByte];
@@ -72,7 +72,7 @@ class ContactSheet::Rows {
     }
   }
 
-  // Text on the ground, cut off at `width`.
+  // Text on the background, cut off at `width`.
   void drawName(const std::string& text, size_t left, size_t top, size_t width,
                 const TextStyle& style) {
     DotCanvas canvas(static_cast<int>(width), static_cast<int>(style.capHeight * 1.4));
@@ -116,7 +116,7 @@ void ContactSheet::drawNames(Rows* rows) const {
   }
 }
 
-std::string ContactSheet::writePng(const std::string& path, unsigned dpi) const {
+Result<void> ContactSheet::writePng(const std::string& path, unsigned dpi) const {
   Rows rows(width(), height());
   drawNames(&rows);
   for (size_t i = 0; i < cells_.size(); ++i) {

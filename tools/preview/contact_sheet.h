@@ -1,4 +1,4 @@
-// One picture that compares the ten halftones of a page: every dot of each, under its name.
+// One picture that compares the ten halftones of a page: every dot of each, below its name.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_PREVIEW_CONTACT_SHEET_H
 #define KORVEL_TOOLS_PREVIEW_CONTACT_SHEET_H
@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/common/result.h"
 #include "tools/stream/page_picture.h"
 
 namespace korvel {
@@ -15,12 +16,12 @@ namespace korvel {
 class DotCanvas;
 
 struct ContactCell {
-  std::string title;  // what runs
-  std::string note;   // how to ask for it
+  std::string title;  // the method
+  std::string note;   // the option that selects it
   PagePicture page;
 };
 
-// Where cells lie; lengths in dots.
+// Where the cells are; lengths in dots.
 struct ContactLayout {
   size_t columns;
   size_t cellWidth;   // of the widest page
@@ -46,9 +47,8 @@ class ContactSheet {
   size_t width() const;
   size_t height() const;
 
-  // Paper white and dots black, on a grey ground with dark names. Returns an empty text, or one
-  // sentence.
-  std::string writePng(const std::string& path, unsigned dpi) const;
+  // White paper and black dots on a grey background with dark names.
+  Result<void> writePng(const std::string& path, unsigned dpi) const;
 
  private:
   class Rows;

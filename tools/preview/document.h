@@ -1,19 +1,19 @@
-// A document to print: what kind it is by its first bytes, and the raster of its pages.
+// A document to print: its type, according to its first bytes, and the raster of its pages.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_PREVIEW_DOCUMENT_H
 #define KORVEL_TOOLS_PREVIEW_DOCUMENT_H
 
 #include <string>
 
-#include "tools/common/child_process.h"
+#include "tools/common/process.h"
+#include "tools/common/result.h"
 
 namespace korvel {
 
 inline constexpr char kRasterType[] = "application/vnd.cups-raster";
 
-// Looks at the file. Returns an empty text and its MIME type (kRasterType for raster that is
-// compressed as well), or one sentence on why it cannot be printed.
-std::string identifyDocument(const std::string& path, std::string* type);
+// The MIME type of a file that can be printed; kRasterType also for compressed raster.
+Result<std::string> identifyDocument(const std::string& path);
 
 struct RasteriserJob {
   std::string document;
@@ -21,19 +21,19 @@ struct RasteriserJob {
   std::string ppd;
   std::string options;  // the job's, as one text
   std::string copies = "1";
-  std::string log;  // path of a file for what the rasteriser says
+  std::string log;  // path of a file for the rasteriser's messages
 };
 
 // The spooler's own chain of filters from a document to raster, run by cupsfilter.
 class Rasteriser {
  public:
-  // Returns an empty text, or one sentence; the raster then comes from output().
-  std::string start(const RasteriserJob& job);
+  // After it the raster comes from output().
+  Result<void> start(const RasteriserJob& job);
 
   Descriptor* output() { return &output_; }
-  // Waits for its end, with output() closed. Returns an empty text, or why there are no pages; a
-  // reader that has gone away is no fault.
-  std::string finish();
+  // Closes output() and waits for the end. Fails when there are no pages; it is no failure that
+  // the raster was not read to its end.
+  Result<void> finish();
 
  private:
   RasteriserJob job_;
@@ -41,21 +41,21 @@ class Rasteriser {
   Child child_;
 };
 
-// The filters that would run, their names parted by blanks; empty when that cannot be told.
-std::string rasteriserChain(const RasteriserJob& job);
+// The filters that would run, with blanks between their names.
+Result<std::string> rasteriserChain(const RasteriserJob& job);
 
-// Writes the raster of a file, compressed or not, to `target` as it is.
-std::string unpackRaster(const std::string& path, const std::string& target);
+// Writes the raster of a file, compressed or not, to `target` without compression.
+Result<void> unpackRaster(const std::string& path, const std::string& target);
 
-// What the first page's header says. Both return an empty text or one sentence.
+// What the header of the first page says.
 struct RasterPageInfo {
   unsigned dpi = 0;
   std::string sizeName;
 };
-std::string readRasterPage(const std::string& path, RasterPageInfo* info);
+Result<RasterPageInfo> readRasterPage(const std::string& path);
 
-// Copies the first page of the raster that comes from `descriptor` to the file `target`.
-std::string keepFirstPage(int descriptor, const std::string& target);
+// Copies the first page of the raster that is read from `descriptor` to the file `target`.
+Result<void> keepFirstPage(int descriptor, const std::string& target);
 
 }  // namespace korvel
 

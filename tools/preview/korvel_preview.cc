@@ -17,7 +17,9 @@
 
 #include "drawing/dot_font.h"
 #include "tools/common/installation.h"
+#include "tools/common/png_file.h"
 #include "tools/common/scratch_folder.h"
+#include "tools/common/suggestions.h"
 #include "tools/common/translation.h"
 #include "tools/description/halftone_names.h"
 #include "tools/description/printer_description.h"
@@ -29,32 +31,31 @@
 
 namespace {
 
+using korvel::Failure;
 using korvel::filled;
 using korvel::PreviewArguments;
+using korvel::Result;
 using korvel::translated;
+
+constexpr char kProgram[] = "korvel-preview";
 
 constexpr double kNoLimit = 7 * 24 * 3600;  // seconds that the filter may run
 constexpr unsigned kProgressStep = 10;      // pages between two lines of progress
 constexpr char kPlainDescription[] = "korvel-label-203";
-
-// Where something failed: one sentence for the user.
-struct Failure {
-  std::string sentence;
-};
-
-void must(const std::string& fault) {
-  if (!fault.empty()) throw Failure{fault};
-}
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-File openToWrite(const std::string& path) {
-  File file(std::fopen(path.c_str(), "wb"));
-  if (!file) throw Failure{filled("cannot write %s: %s", path.c_str(), std::strerror(errno))};
-  return file;
+Result<void> openToWrite(const std::string& path, File* file) {
+  file->reset(std::fopen(path.c_str(), "wb"));
+  if (!*file) return korvel::cannotWrite(path);
+  return {};
+}
+
+Failure cannotShow(const std::string& file, const std::string& reason) {
+  return {filled("Cannot show %s: %s", file.c_str(), reason.c_str())};
 }
 
 std::string installedFilter() {
@@ -63,14 +64,14 @@ std::string installedFilter() {
          "/filter/rastertokorvel";
 }
 
-// With a slash behind it.
+// With a slash at the end.
 std::string installedDescriptions() {
   const char* folder = std::getenv("CUPS_DATADIR");
   return folder != nullptr ? std::string(folder) + "/model/korvel/"
                            : korvel::spoolerFolder(KORVEL_PPD_DIR) + "/";
 }
 
-// The same line again on a terminal, else a line now and then.
+// One line that changes on a terminal, otherwise a line now and then.
 class Progress {
  public:
   explicit Progress(const char* what) : what_(what) {}
@@ -92,85 +93,159 @@ class Progress {
   bool shown_ = false;
 };
 
+// The three files of --stream.
+class StreamFiles {
+ public:
+  explicit StreamFiles(const std::string& folder) : folder_(folder) {}
+
+  Result<void> open() {
+    Result<void> opened = openToWrite(path("stream.bin"), &bytes_);
+    if (opened) opened = openToWrite(path("stream.txt"), &listing_);
+    if (opened) opened = openToWrite(path("messages.txt"), &messages_);
+    return opened;
+  }
+  void connect(korvel::SpoolerJob* job) {
+    job->output = [this](const char* part, size_t count) {
+      std::fwrite(part, 1, count, bytes_.get());
+      decoder_.push(reinterpret_cast<const uint8_t*>(part), count);
+    };
+    job->messages = [this](const char* part, size_t count) {
+      std::fwrite(part, 1, count, messages_.get());
+    };
+  }
+  Result<void> finish() {
+    lines_.finish();
+    for (const File* file : {&bytes_, &listing_, &messages_}) {
+      if (std::fflush(file->get()) != 0 || std::ferror(file->get()) != 0) {
+        return korvel::cannotWrite(folder_);
+      }
+    }
+    return {};
+  }
+  // A job that printed nothing leaves nothing.
+  void remove() const {
+    std::error_code ignored;
+    for (const char* name : {"stream.bin", "stream.txt", "messages.txt"}) {
+      std::filesystem::remove(path(name), ignored);
+    }
+  }
+  std::string path(const std::string& name) const { return folder_ + "/" + name; }
+
+ private:
+  std::string folder_;
+  File bytes_, listing_, messages_;
+  korvel::StreamListing lines_{
+      [this](const std::string& line) { std::fprintf(listing_.get(), "%s\n", line.c_str()); }};
+  korvel::StreamDecoder decoder_{[this](const korvel::StreamItem& item) { lines_.add(item); }};
+};
+
 class Preview {
  public:
-  explicit Preview(korvel::Arguments* words)
-      : words_(*words), arguments_(korvel::parsePreviewArguments(words)) {}
+  Preview(const korvel::Arguments& commandLine, PreviewArguments arguments)
+      : commandLine_(commandLine), arguments_(std::move(arguments)) {}
 
-  void run() {
-    must(korvel::identifyDocument(arguments_.file, &type_));
-    if (isRaster() && arguments_.copies != "1") {
-      words_.wrong(translated("a raster file prints as it is, once; -n is for documents"));
-    }
-    must(scratch_.open());
-    findDescription();
-    makeFolder();
-    prepareRaster();
-    if (arguments_.halftones) {
-      compareHalftones();
-    } else {
-      showSheets();
-    }
+  Result<void> run() {
+    Result<void> done = identify();
+    if (done) done = scratch_.open();
+    if (done) done = findDescription();
+    if (done) done = createFolder();
+    if (done) done = prepareRaster();
+    if (done) done = arguments_.halftones ? compareHalftones() : showSheets();
+    return done;
   }
 
  private:
   bool isRaster() const { return type_ == korvel::kRasterType; }
   std::string out(const std::string& name) const { return arguments_.folder + "/" + name; }
 
-  void findDescription() {
-    ppd_ = scratch_.file("printer.ppd");
-    std::string shownAs = filled("the description of queue %s", arguments_.queue.c_str());
-    options_ = arguments_.options;
-    if (!arguments_.queue.empty()) {
-      std::string defaults;
-      must(korvel::fetchQueue(arguments_.queue, ppd_, &defaults));
-      if (!defaults.empty()) options_ = defaults + (options_.empty() ? "" : " ") + options_;
-    } else {
-      shownAs = descriptionPath();
-      // Whoever looks at the stream wants the printer's questions and answers in it.
-      must(korvel::copyDescription(shownAs, ppd_, !arguments_.stream));
+  Result<void> identify() {
+    const Result<std::string> type = korvel::identifyDocument(arguments_.file);
+    if (!type) return type.failure();
+    type_ = type.value();
+    if (isRaster() && arguments_.copies != "1") {
+      commandLine_.wrong(translated("-n is not for raster files, which contain all their copies"));
     }
-    must(description_.open(ppd_, shownAs));
-    const std::string fault = description_.mark(options_);
-    if (!fault.empty()) words_.wrong(fault);
+    return {};
   }
 
-  // A name without a slash that is no file here is that of an installed description.
-  std::string descriptionPath() const {
+  Result<void> findDescription() {
+    ppd_ = scratch_.file("printer.ppd");
+    options_ = arguments_.options;
+    const Result<std::string> name = arguments_.queue.empty() ? copyPpd() : copyQueuePpd();
+    if (!name) return name.failure();
+    const Result<void> opened = description_.open(ppd_, name.value());
+    if (!opened) return opened;
+    const Result<void> marked = description_.mark(options_);
+    if (!marked) commandLine_.refuse(marked.sentence());
+    return {};
+  }
+
+  // Both copy the PPD to ppd_ and return a name for it.
+  Result<std::string> copyQueuePpd() {
+    const std::string& queue = arguments_.queue;
+    const Result<std::string> defaults = korvel::fetchQueue(queue, ppd_);
+    if (!defaults) return defaults.failure();
+    if (!defaults.value().empty()) {
+      options_ = defaults.value() + (options_.empty() ? "" : " ") + options_;
+    }
+    return filled("The PPD of queue %s", queue.c_str());
+  }
+  Result<std::string> copyPpd() const {
+    const Result<std::string> path = descriptionPath();
+    if (!path) return path.failure();
+    // With --stream the status requests and replies are of interest.
+    const Result<void> copied = korvel::copyDescription(path.value(), ppd_, !arguments_.stream);
+    if (!copied) return copied.failure();
+    return path;
+  }
+
+  // A name without a slash that is no file here is that of an installed PPD.
+  Result<std::string> descriptionPath() const {
     const std::string& named = arguments_.description;
     if (named.find('/') != std::string::npos || std::filesystem::exists(named)) return named;
     const std::string name = named.empty() ? kPlainDescription : named;
     const std::string models = installedDescriptions();
-    std::string path = models + name + (name.ends_with(".ppd") ? "" : ".ppd");
-    if (!std::filesystem::exists(path)) {
-      throw Failure{
-          filled("there is no printer description %s here or in %s", name.c_str(), models.c_str())};
+    const std::string path = models + name + (name.ends_with(".ppd") ? "" : ".ppd");
+    if (std::filesystem::exists(path)) return path;
+    const std::vector<std::string> nearest = korvel::nearestNames(name, namesIn(models));
+    if (nearest.empty()) {
+      return Failure{filled("There is no PPD %s here or in %s.", name.c_str(), models.c_str())};
     }
-    return path;
+    return Failure{filled("There is no PPD %s here or in %s. Nearest names: %s.", name.c_str(),
+                          models.c_str(), korvel::listed(nearest).c_str())};
   }
 
-  void makeFolder() const {
+  static std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
+      names.push_back(entry.path().stem().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  Result<void> createFolder() const {
     std::error_code reason;
     std::filesystem::create_directories(arguments_.folder, reason);
-    if (reason && !std::filesystem::is_directory(arguments_.folder)) {
-      throw Failure{filled("cannot make the folder %s: %s", arguments_.folder.c_str(),
-                           reason.message().c_str())};
-    }
+    if (!reason || std::filesystem::is_directory(arguments_.folder)) return {};
+    return Failure{filled("Cannot create the folder %s: %s.", arguments_.folder.c_str(),
+                          reason.message().c_str())};
   }
 
-  // A raster file is unpacked; the pages of a document come from the rasteriser as they are made.
-  void prepareRaster() {
+  // A raster file is unpacked; the pages of a document are read from the rasteriser later.
+  Result<void> prepareRaster() {
     dpi_ = description_.dpi();
     if (isRaster()) {
       raster_ = scratch_.file("pages.ras");
-      must(korvel::unpackRaster(arguments_.file, raster_));
-      korvel::RasterPageInfo info;
-      const std::string fault = korvel::readRasterPage(raster_, &info);
-      if (!fault.empty())
-        throw Failure{filled("%s cannot be shown: %s", arguments_.file.c_str(), fault.c_str())};
-      if (info.dpi != 0) dpi_ = info.dpi;
+      const Result<void> unpacked = korvel::unpackRaster(arguments_.file, raster_);
+      if (!unpacked) return unpacked;
+      const Result<korvel::RasterPageInfo> info = korvel::readRasterPage(raster_);
+      if (!info) return cannotShow(arguments_.file, info.sentence());
+      if (info.value().dpi != 0) dpi_ = info.value().dpi;
     }
-    if (dpi_ < 1 || dpi_ > 9999) throw Failure{translated("the pages' dots per inch are not told")};
+    if (dpi_ >= 1 && dpi_ <= 9999) return {};
+    return Failure{translated("The resolution of the pages is unknown.")};
   }
 
   korvel::RasteriserJob rasteriserJob() {
@@ -188,118 +263,95 @@ class Preview {
     preview.job.options = options;
     preview.job.raster = raster_;
     preview.job.noFiles = true;
+    preview.job.environment = {{"KORVEL_DUMPS", "off"}};
     preview.job.timeoutSeconds = kNoLimit;
     preview.body.dpi = dpi_;
     preview.body.media = description_.media();
     return preview;
   }
 
-  // ---- A picture a sheet ----
+  // ---- One picture per sheet ----
 
-  void showSheets() {
+  Result<void> showSheets() {
     korvel::PreviewJob preview = previewJob(options_);
-    std::vector<std::string> written;
-    const auto note = [&](const std::string& path, const std::string& fault) {
-      must(fault);
-      written.push_back(path);
+    std::vector<std::string> paths;
+    Result<void> written;
+    const auto write = [&](const auto& picture, unsigned number) {
+      paths.push_back(out(pictureName(number)));
+      if (written) written = picture.writePng(paths.back(), dpi_);
     };
-    const std::string name = arguments_.pages ? "page-" : "sheet-";
     if (arguments_.pages) {
-      preview.page = [&](unsigned number, const korvel::PagePicture& page) {
-        const std::string path = out(name + std::to_string(number) + ".png");
-        note(path, page.writePng(path, dpi_));
-      };
+      preview.page = [&](unsigned number, const korvel::PagePicture& page) { write(page, number); };
     } else {
       preview.sheet = [&](unsigned number, const korvel::SheetPicture& sheet) {
-        const std::string path = out(name + std::to_string(number) + ".png");
-        note(path, sheet.writePng(path, dpi_));
+        write(sheet, number);
       };
     }
-    Progress progress(translated("page"));
-    preview.progress = [&](unsigned pages) { progress.show(pages); };
-    const unsigned pages = runJob(&preview);
-    removeOlder(name, pages);
-    if (arguments_.stream) tellStream(pages);
-    for (const std::string& path : written) std::puts(path.c_str());
+    const Result<unsigned> pages = runJob(&preview);
+    if (!pages) return pages.failure();
+    if (!written) return written;
+    removeOlder(pages.value());
+    if (arguments_.stream) describeStream(pages.value());
+    for (const std::string& path : paths) std::puts(path.c_str());
+    return {};
   }
 
-  // Pages of an earlier preview behind ours.
-  void removeOlder(const std::string& name, unsigned pages) const {
+  std::string pictureName(unsigned number) const {
+    return (arguments_.pages ? "page-" : "sheet-") + std::to_string(number) + ".png";
+  }
+
+  // Further pages of an earlier preview.
+  void removeOlder(unsigned pages) const {
     std::error_code ignored;
     for (unsigned number = pages + 1;; ++number) {
-      const std::string path = out(name + std::to_string(number) + ".png");
-      if (!std::filesystem::remove(path, ignored)) return;
+      if (!std::filesystem::remove(out(pictureName(number)), ignored)) return;
     }
   }
 
-  unsigned runJob(korvel::PreviewJob* preview) {
-    File bytes;
-    File listing;
-    File messages;
-    const auto list = [&](const std::string& line) {
-      std::fprintf(listing.get(), "%s\n", line.c_str());
-    };
-    korvel::StreamListing lines(list);
-    korvel::StreamDecoder decoder([&](const korvel::StreamItem& item) { lines.add(item); });
-    if (arguments_.stream) {
-      bytes = openToWrite(out("stream.bin"));
-      listing = openToWrite(out("stream.txt"));
-      messages = openToWrite(out("messages.txt"));
-      preview->job.output = [&](const char* part, size_t count) {
-        std::fwrite(part, 1, count, bytes.get());
-        decoder.push(reinterpret_cast<const uint8_t*>(part), count);
-      };
-      preview->job.messages = [&](const char* part, size_t count) {
-        std::fwrite(part, 1, count, messages.get());
-      };
-    }
-    const unsigned pages = filterPages(preview);
-    if (!arguments_.stream) return pages;
-    lines.finish();
-    for (const File* file : {&bytes, &listing, &messages}) {
-      if (std::fflush(file->get()) != 0 || std::ferror(file->get()) != 0) {
-        throw Failure{
-            filled("cannot write %s: %s", arguments_.folder.c_str(), std::strerror(errno))};
-      }
-    }
+  Result<unsigned> runJob(korvel::PreviewJob* preview) {
+    Progress progress(translated("page"));
+    preview->progress = [&](unsigned pages) { progress.show(pages); };
+    if (!arguments_.stream) return filterPages(preview);
+    StreamFiles files(arguments_.folder);
+    const Result<void> opened = files.open();
+    if (!opened) return opened.failure();
+    files.connect(&preview->job);
+    const Result<unsigned> pages = filterPages(preview);
+    if (!pages && noPages_) files.remove();
+    const Result<void> finished = files.finish();
+    if (pages && !finished) return finished.failure();
     return pages;
   }
 
-  unsigned filterPages(korvel::PreviewJob* preview) {
+  // When pages are missing, the reason is with the rasteriser, if there is one.
+  Result<unsigned> filterPages(korvel::PreviewJob* preview) {
     korvel::Rasteriser rasteriser;
+    Result<void> rasterised;
     if (!isRaster()) {
-      must(rasteriser.start(rasteriserJob()));
+      const Result<void> started = rasteriser.start(rasteriserJob());
+      if (!started) return started.failure();
       preview->job.rasterDescriptor = rasteriser.output()->get();
     }
-    const korvel::PreviewOutcome outcome = korvel::runPreviewJob(*preview);
-    // When pages are lacking, it is the rasteriser who knows why.
-    std::string fault = isRaster() ? std::string() : rasteriser.finish();
-    if (fault.empty() && outcome.fault.empty() && outcome.pages == 0) {
-      fault = filled("%s has no pages to print", arguments_.file.c_str());
+    const Result<unsigned> pages = korvel::runPreviewJob(*preview);
+    if (!isRaster()) rasterised = rasteriser.finish();
+    if (rasterised && pages && pages.value() == 0) {
+      rasterised = Failure{filled("%s has no pages to print.", arguments_.file.c_str())};
     }
-    if (!fault.empty() && arguments_.stream) removeStream();
-    must(fault);
-    must(outcome.fault);
-    return outcome.pages;
+    noPages_ = !rasterised;
+    if (!rasterised) return rasterised.failure();
+    return pages;
   }
 
-  // A job that printed nothing leaves nothing.
-  void removeStream() const {
-    std::error_code ignored;
-    for (const char* name : {"stream.bin", "stream.txt", "messages.txt"}) {
-      std::filesystem::remove(out(name), ignored);
-    }
-  }
-
-  void tellStream(unsigned pages) {
-    const std::string chain =
-        isRaster() ? translated("none") : korvel::rasteriserChain(rasteriserJob());
+  void describeStream(unsigned pages) {
+    Result<std::string> chain = std::string(translated("none"));
+    if (!isRaster()) chain = korvel::rasteriserChain(rasteriserJob());
     const std::string options = options_.empty() ? translated("none") : options_;
     const uintmax_t bytes = std::filesystem::file_size(out("stream.bin"));
     for (const std::string& line :
          {filled("%s (%s), printer %s", arguments_.file.c_str(), type_.c_str(),
                  description_.name().c_str()),
-          filled("rasteriser: %s; options: %s; copies: %s", chain.c_str(), options.c_str(),
+          filled("rasteriser: %s; options: %s; copies: %s",
+                 (chain ? chain.value() : chain.sentence()).c_str(), options.c_str(),
                  arguments_.copies.c_str()),
           pages == 1 ? filled("filter: 1 page at %u dpi, %ju bytes for the printer", dpi_, bytes)
                      : filled("filter: %u pages at %u dpi, %ju bytes for the printer", pages, dpi_,
@@ -312,28 +364,36 @@ class Preview {
 
   // ---- One picture of all halftones ----
 
-  void compareHalftones() {
-    keepFirstPage();
+  Result<void> compareHalftones() {
+    const Result<void> kept = keepFirstPage();
+    if (!kept) return kept;
     std::vector<korvel::ContactCell> cells;
     const bool drawable = canDrawNames();
     Progress progress(translated("halftone"));
     for (const korvel::HalftoneName& halftone : korvel::kHalftoneNames) {
       progress.show(static_cast<unsigned>(cells.size() + 1));
       const std::string choice = std::string("HalftoneType=") + halftone.setting;
+      Result<korvel::PagePicture> page = onePage(options_ + (options_.empty() ? "" : " ") + choice);
+      if (!page) return page.failure();
       cells.push_back({drawable ? translated(halftone.method) : halftone.method, choice,
-                       onePage(options_ + (options_.empty() ? "" : " ") + choice)});
+                       std::move(page).value()});
     }
+    return writeComparison(std::move(cells));
+  }
+
+  Result<void> writeComparison(std::vector<korvel::ContactCell> cells) const {
     std::string title =
         std::filesystem::path(arguments_.file).filename().string() + ", " + description_.name();
     if (!options_.empty()) title += ", " + options_;
     const std::string path = out("halftones.png");
     const korvel::ContactSheet sheet(title, std::move(cells));
-    must(sheet.writePng(path, dpi_));
-    std::puts(path.c_str());
+    Result<void> written = sheet.writePng(path, dpi_);
+    if (written) std::puts(path.c_str());
+    return written;
   }
 
-  // The pictures' letters are ASCII, without accents or other scripts: where a name wants more, all
-  // stay English, rather than with holes or in two languages.
+  // The pictures' font has the letters of ASCII only. When a translated name needs others, all
+  // names are in English, so that they are complete and in one language.
   static bool canDrawNames() {
     return std::all_of(korvel::kHalftoneNames.begin(), korvel::kHalftoneNames.end(),
                        [](const korvel::HalftoneName& halftone) {
@@ -341,38 +401,40 @@ class Preview {
                        });
   }
 
-  // The page is rasterised once for all of them.
-  void keepFirstPage() {
+  // The page is rasterised once for all halftones.
+  Result<void> keepFirstPage() {
     korvel::Descriptor file;
     korvel::Rasteriser rasteriser;
     const std::string target = scratch_.file("first.ras");
     if (isRaster()) {
-      if (!file.adopt(open(raster_.c_str(), O_RDONLY))) {
-        throw Failure{filled("cannot read %s: %s", raster_.c_str(), std::strerror(errno))};
-      }
+      file.reset(open(raster_.c_str(), O_RDONLY | O_CLOEXEC));
     } else {
-      must(rasteriser.start(rasteriserJob()));
+      const Result<void> started = rasteriser.start(rasteriserJob());
+      if (!started) return started;
     }
     const int from = isRaster() ? file.get() : rasteriser.output()->get();
-    const std::string fault = korvel::keepFirstPage(from, target);
-    if (!fault.empty()) {
-      if (!isRaster()) must(rasteriser.finish());
-      throw Failure{filled("%s cannot be shown: %s", arguments_.file.c_str(), fault.c_str())};
+    const Result<void> kept = korvel::keepFirstPage(from, target);
+    if (!kept) {
+      const Result<void> rasterised = isRaster() ? Result<void>() : rasteriser.finish();
+      return rasterised ? cannotShow(arguments_.file, kept.sentence()) : rasterised;
     }
     raster_ = target;
+    return {};
   }
 
-  korvel::PagePicture onePage(const std::string& options) const {
+  Result<korvel::PagePicture> onePage(const std::string& options) const {
     korvel::PagePicture picture;
     korvel::PreviewJob preview = previewJob(options);
     preview.page = [&](unsigned /*number*/, const korvel::PagePicture& page) { picture = page; };
-    must(korvel::runPreviewJob(preview).fault);
-    if (picture.empty() || picture.height() == 0)
-      throw Failure{translated("the page has no picture")};
+    const Result<unsigned> pages = korvel::runPreviewJob(preview);
+    if (!pages) return pages.failure();
+    if (picture.empty() || picture.height() == 0) {
+      return Failure{translated("The page contains no picture.")};
+    }
     return picture;
   }
 
-  const korvel::Arguments& words_;  // borrowed
+  const korvel::Arguments& commandLine_;  // borrowed
   PreviewArguments arguments_;
   korvel::ScratchFolder scratch_;
   korvel::PrinterDescription description_;
@@ -381,19 +443,23 @@ class Preview {
   std::string options_;
   std::string raster_;  // of a raster file, and of the one page that is compared
   unsigned dpi_ = 0;
+  bool noPages_ = false;  // there was nothing to print
 };
+
+Result<void> run(korvel::Arguments* arguments) {
+  Preview preview(*arguments, korvel::parsePreviewArguments(arguments));
+  Result<void> shown = preview.run();
+  if (shown && std::fflush(stdout) != 0) {
+    return Failure{translated("Cannot write to standard output.")};
+  }
+  return shown;
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
   korvel::startTranslation();
-  try {
-    korvel::Arguments words(argc, argv, "korvel-preview", korvel::previewUsage());
-    Preview(&words).run();
-    if (std::fflush(stdout) != 0) throw Failure{translated("cannot write to standard output")};
-    return 0;
-  } catch (const Failure& failure) {
-    std::fprintf(stderr, "korvel-preview: %s\n", failure.sentence.c_str());
-    return 1;
-  }
+  korvel::Arguments arguments(argc, argv, kProgram, korvel::kPreviewHelp);
+  const Result<void> shown = run(&arguments);
+  return shown ? 0 : korvel::reportFailure(kProgram, shown.sentence());
 }

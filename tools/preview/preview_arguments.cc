@@ -1,4 +1,4 @@
-// Options as the print commands spell them.
+// Options have the names that they have in print commands.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/preview/preview_arguments.h"
 
@@ -9,88 +9,87 @@ namespace {
 
 constexpr int kMostCopies = 9999;
 
-constexpr const char* kUsage = later(
-    "Usage: korvel-preview [OPTION]... FILE\n"
-    "Shows what a PDF, PNG, JPEG, text or CUPS raster file will look like in print, dot for dot,\n"
-    "as a PNG picture a sheet. Needs no printer and prints nothing.\n\n"
-    "  -P, -d QUEUE     as this queue of the spooler prints, with its defaults\n"
-    "  -p PPD           as the printer of this description: a file, or the name of an\n"
-    "                   installed one (korvel-label-203)\n"
-    "  -o OPTION=VALUE  a job option, as for lp; may be given more than once\n"
-    "  -n COPIES        that many copies\n"
-    "  --halftones      one picture that compares the ten halftones on the first page\n"
-    "  --pages          the page's dots alone, without the paper around them\n"
-    "  --out DIR        write to DIR/sheet-<number>.png, DIR/page-<number>.png or\n"
-    "                   DIR/halftones.png (preview)\n"
-    "  --stream         also the printer's bytes, the same as text and the filter's messages:\n"
-    "                   DIR/stream.bin, stream.txt and messages.txt\n"
-    "  --filter PATH    this filter in place of the installed one\n"
-    "  --help, --version\n\n"
-    "Status: 0 done, 1 it cannot be shown, 2 wrong usage.\n");
-
-bool takeFlag(const Arguments& words, PreviewArguments* arguments) {
-  if (words.is("--halftones")) {
-    arguments->halftones = true;
-  } else if (words.is("--pages")) {
-    arguments->pages = true;
-  } else if (words.is("--stream")) {
-    arguments->stream = true;
+bool takeFlag(const Arguments& arguments, PreviewArguments* request) {
+  if (arguments.is("--halftones")) {
+    request->halftones = true;
+  } else if (arguments.is("--pages")) {
+    request->pages = true;
+  } else if (arguments.is("--stream")) {
+    request->stream = true;
   } else {
     return false;
   }
   return true;
 }
 
-bool takeValued(Arguments* words, PreviewArguments* arguments) {
-  if (words->is("-P", "-d")) {
-    arguments->queue = words->text();
-  } else if (words->is("-p")) {
-    arguments->description = words->text();
-  } else if (words->is("-o")) {
-    arguments->options += (arguments->options.empty() ? "" : " ") + words->text();
-  } else if (words->is("-n")) {
-    arguments->copies = std::to_string(words->number(1, kMostCopies));
-  } else if (words->is("--out")) {
-    arguments->folder = words->text();
-  } else if (words->is("--filter")) {
-    arguments->filter = words->text();
+bool takeValued(Arguments* arguments, PreviewArguments* request) {
+  if (arguments->is("-P", "-d")) {
+    request->queue = arguments->nonEmptyValue();
+  } else if (arguments->is("-p")) {
+    request->description = arguments->nonEmptyValue();
+  } else if (arguments->is("-o")) {
+    request->options += (request->options.empty() ? "" : " ") + arguments->nonEmptyValue();
+  } else if (arguments->is("-n")) {
+    request->copies = std::to_string(arguments->number(1, kMostCopies));
+  } else if (arguments->is("--out")) {
+    request->folder = arguments->nonEmptyValue();
+  } else if (arguments->is("--filter")) {
+    request->filter = arguments->nonEmptyValue();
   } else {
     return false;
   }
   return true;
 }
 
-void check(const Arguments& words, const PreviewArguments& arguments) {
-  if (arguments.file.empty()) words.wrong(translated("which file?"));
-  if (!arguments.queue.empty() && !arguments.description.empty()) {
-    words.wrong(translated("-P and -p exclude each other"));
+void check(const Arguments& arguments, const PreviewArguments& request) {
+  if (request.file.empty()) arguments.wrong(translated("no file given"));
+  if (!request.queue.empty() && !request.description.empty()) {
+    arguments.wrong(translated("-P and -p cannot be combined"));
   }
-  if (arguments.halftones && arguments.options.find("HalftoneType") != std::string::npos) {
-    words.wrong(translated("--halftones shows them all: leave -o HalftoneType out"));
+  if (request.halftones && request.options.find("HalftoneType") != std::string::npos) {
+    arguments.wrong(translated("--halftones shows all of them; remove -o HalftoneType"));
   }
-  if (arguments.halftones && (arguments.pages || arguments.stream)) {
-    words.wrong(translated("--halftones makes one picture: leave --pages and --stream out"));
+  if (request.halftones && (request.pages || request.stream)) {
+    arguments.wrong(translated("--halftones cannot be combined with --pages and --stream"));
   }
 }
 
 }  // namespace
 
-const char* previewUsage() { return translated(kUsage); }
+const Help kPreviewHelp = {
+    later("Usage: korvel-preview [OPTION]... FILE"),
+    later(
+        "Shows dot for dot how a PDF, PNG, JPEG, text or CUPS raster file will be printed, as one "
+        "PNG per sheet. Needs no printer and prints nothing."),
+    {later("-P, -d QUEUE\tUse this queue with its defaults."),
+     later("-p PPD\tUse this PPD: a file, or the name of an installed one (korvel-label-203)."),
+     later("-o OPTION=VALUE\tA job option, as for lp; may be repeated."),
+     later("-n COPIES\tNumber of copies (1)."),
+     later("--halftones\tCompare the ten halftones in one picture of the first page."),
+     later("--pages\tShow only the dots of the pages, without the paper around them."),
+     later("--out DIR\tWrite to DIR/sheet-<number>.png, DIR/page-<number>.png or "
+           "DIR/halftones.png (preview)."),
+     later("--stream\tAlso write the printer's bytes, their listing and the filter's messages to "
+           "DIR/stream.bin, DIR/stream.txt and DIR/messages.txt."),
+     later("--filter PATH\tUse this filter instead of the installed one.")},
+    nullptr,
+    {},
+    later("Exit status: 0 success, 1 the file cannot be shown, 2 wrong usage.")};
 
-PreviewArguments parsePreviewArguments(Arguments* words) {
-  PreviewArguments arguments;
-  while (words->next()) {
-    if (words->isOption()) {
-      if (!takeFlag(*words, &arguments) && !takeValued(words, &arguments)) words->unknown();
-    } else if (arguments.file.empty()) {
-      arguments.file = words->word();
+PreviewArguments parsePreviewArguments(Arguments* arguments) {
+  PreviewArguments request;
+  while (arguments->next()) {
+    if (arguments->isOption()) {
+      if (!takeFlag(*arguments, &request) && !takeValued(arguments, &request)) arguments->unknown();
+    } else if (request.file.empty()) {
+      request.file = arguments->text();
     } else {
-      words->wrong(
-          filled("more than one file: %s and %s", arguments.file.c_str(), words->word().c_str()));
+      arguments->wrong(
+          filled("more than one file: %s and %s", request.file.c_str(), arguments->text().c_str()));
     }
   }
-  check(*words, arguments);
-  return arguments;
+  check(*arguments, request);
+  return request;
 }
 
 }  // namespace korvel

@@ -1,4 +1,4 @@
-// What korvel-preview is asked for.
+// The command line of korvel-preview.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_PREVIEW_PREVIEW_ARGUMENTS_H
 #define KORVEL_TOOLS_PREVIEW_PREVIEW_ARGUMENTS_H
@@ -12,7 +12,7 @@ namespace korvel {
 struct PreviewArguments {
   std::string file;
   std::string queue;        // empty: no queue
-  std::string description;  // path or bare name; empty: the plain label printer's
+  std::string description;  // path or bare name of a PPD; empty: that of a label printer
   std::string options;      // as one text
   std::string copies = "1";
   std::string folder = "preview";
@@ -22,10 +22,10 @@ struct PreviewArguments {
   bool stream = false;
 };
 
-const char* previewUsage();  // in the user's language
+extern const Help kPreviewHelp;
 
-// Goes through all `words`, and ends the program where they do.
-PreviewArguments parsePreviewArguments(Arguments* words);
+// Parses all arguments, and ends the program when they are wrong.
+PreviewArguments parsePreviewArguments(Arguments* arguments);
 
 }  // namespace korvel
 

@@ -1,4 +1,4 @@
-// The world's clock jumps from change to change, so that a sheet is out as soon as it has come in.
+// The emulated clock jumps from change to change, so that a sheet is out as soon as it is complete.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/preview/preview_job.h"
 
@@ -26,15 +26,14 @@ class SheetMaker {
     decoder_.push(reinterpret_cast<const uint8_t*>(bytes), count);
   }
 
-  // Returns an empty text, or what is wrong with the stream.
-  std::string finish() {
+  // Fails when the stream is malformed.
+  Result<void> finish() {
     decoder_.finish();
     world_.breakOff(now_);
     settle();
     giveSheet();
-    return decoder_.failed()
-               ? filled("the filter's stream is malformed: %s", decoder_.error().c_str())
-               : "";
+    if (!decoder_.failed()) return {};
+    return Failure{filled("The filter's output is malformed: %s", decoder_.error().c_str())};
   }
 
  private:
@@ -44,7 +43,7 @@ class SheetMaker {
               if (preview_.page) preview_.page(number, page);
             },
             [this](unsigned number, const SheetPicture& sheet, const char* /*what*/) {
-              // The same sheet again: it has been fed or cut meanwhile.
+              // The same sheet may come twice: it has been fed or cut since.
               if (sheet_ && number != number_) giveSheet();
               sheet_.emplace(sheet);
               number_ = number;
@@ -72,7 +71,7 @@ class SheetMaker {
   PrinterWorld world_;
   StreamDecoder decoder_;
   Micros now_ = 0;
-  std::optional<SheetPicture> sheet_;  // of which more may be heard
+  std::optional<SheetPicture> sheet_;  // which may still be fed or cut
   unsigned number_ = 0;
 };
 
@@ -114,21 +113,19 @@ class MessageReader {
   unsigned pages_ = 0;
 };
 
-std::string faultOf(const SpoolerOutcome& outcome, const std::string& error) {
-  if (!outcome.fault.empty()) return outcome.fault;
-  if (outcome.timedOut)
-    return translated("the filter was still running after its time and was stopped");
+Result<void> success(const SpoolerOutcome& outcome, const std::string& error) {
+  if (outcome.timedOut) return Failure{translated("The filter did not end in time.")};
   if (outcome.signal != 0) {
-    return filled("the filter was ended by signal %d", outcome.signal);
+    return Failure{filled("The filter was ended by signal %d.", outcome.signal)};
   }
-  if (outcome.status == 0) return std::string();
-  if (error.empty()) return filled("the filter stopped with status %d", outcome.status);
-  return filled("the filter stopped with status %d: %s", outcome.status, error.c_str());
+  if (outcome.status == 0) return {};
+  if (error.empty()) return Failure{filled("The filter failed with status %d.", outcome.status)};
+  return Failure{filled("The filter failed with status %d: %s", outcome.status, error.c_str())};
 }
 
 }  // namespace
 
-PreviewOutcome runPreviewJob(const PreviewJob& preview) {
+Result<unsigned> runPreviewJob(const PreviewJob& preview) {
   SheetMaker sheets(preview);
   MessageReader messages(preview);
   SpoolerJob job = preview.job;
@@ -140,12 +137,14 @@ PreviewOutcome runPreviewJob(const PreviewJob& preview) {
     if (preview.job.messages) preview.job.messages(bytes, count);
     messages.push(bytes, count);
   };
-  const SpoolerOutcome outcome = runSpoolerJob(job);
+  const Result<SpoolerOutcome> outcome = runSpoolerJob(job);
   messages.finish();
-  PreviewOutcome result = {faultOf(outcome, messages.error()), messages.pages()};
-  const std::string malformed = sheets.finish();
-  if (result.fault.empty()) result.fault = malformed;
-  return result;
+  const Result<void> wellFormed = sheets.finish();
+  if (!outcome) return outcome.failure();
+  const Result<void> printed = success(outcome.value(), messages.error());
+  if (!printed) return printed.failure();
+  if (!wellFormed) return wellFormed.failure();
+  return messages.pages();
 }
 
 }  // namespace korvel

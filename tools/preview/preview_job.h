@@ -1,5 +1,5 @@
-// One job through the filter to sheets: the filter as the spooler runs it, its stream into the
-// emulated printer's world, and no waiting for its motor.
+// Turns one job into sheets: runs the filter as the spooler does, and passes its stream to an
+// emulated printer whose motor takes no time.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_PREVIEW_PREVIEW_JOB_H
 #define KORVEL_TOOLS_PREVIEW_PREVIEW_JOB_H
@@ -15,22 +15,18 @@
 namespace korvel {
 
 struct PreviewJob {
-  SpoolerJob job;    // its sinks, when set, see everything first
-  PrinterBody body;  // the printer that the sheets come out of
+  SpoolerJob job;    // its sinks, when set, receive everything first
+  PrinterBody body;  // of the printer that prints the sheets
 
-  // Each is called once a page, in the order of pages, numbered from 1; a sheet when nothing more
-  // can happen to it. Any may be unset.
+  // Each is called once per page, in order, numbered from 1; `sheet` when nothing more can happen
+  // to the sheet. Any may be unset.
   std::function<void(unsigned number, const PagePicture& page)> page;
   std::function<void(unsigned number, const SheetPicture& sheet)> sheet;
-  std::function<void(unsigned pages)> progress;  // pages that the filter has begun
+  std::function<void(unsigned pages)> progress;  // that the filter has started
 };
 
-struct PreviewOutcome {
-  std::string fault;   // one sentence; empty when the whole job came through
-  unsigned pages = 0;  // that the filter has begun
-};
-
-PreviewOutcome runPreviewJob(const PreviewJob& preview);
+// Returns the number of pages that the filter has started; fails unless it has printed all of them.
+Result<unsigned> runPreviewJob(const PreviewJob& preview);
 
 }  // namespace korvel
 

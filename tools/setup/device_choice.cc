@@ -1,4 +1,4 @@
-// The models' names come from the descriptions themselves: "Korvel K220 203 dpi one-way, 1.0".
+// Models are known by the names of their drivers: "Korvel K220 203 dpi one-way, 1.0".
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/setup/device_choice.h"
 
@@ -14,7 +14,7 @@ namespace {
 constexpr char kOneWay[] = "-oneway";
 constexpr char kOurs[] = "korvel";
 
-// Runs of letters and digits, small.
+// Runs of letters and digits, in lower case.
 std::set<std::string> wordsOf(const std::string& text) {
   std::set<std::string> words;
   std::string word;
@@ -44,12 +44,12 @@ Model modelOf(const Description& description) {
   return model;
 }
 
-// "Label" and "Stencil" stand for any printer of their kind, and are common words too.
+// "Label" and "Stencil" are models for any printer of their kind, and common words too.
 bool isGeneric(const std::string& model) {
   return model.find_first_of("0123456789") == std::string::npos;
 }
 
-// The models that the device may be; none when it tells none that we know.
+// The models that the device may be; none when it names no known one.
 std::set<std::string> modelsNamed(const std::set<std::string>& words,
                                   const std::vector<Description>& all) {
   std::set<std::string> named, generic;
@@ -112,6 +112,12 @@ const Description* meant(const std::string& name, const std::vector<Description>
     if (name == one.name || name == bare || "korvel-" + name == bare) return &one;
   }
   return nullptr;
+}
+
+std::string shortName(const Description& description) {
+  const std::string bare = description.bareName();
+  const std::string prefix = std::string(kOurs) + "-";
+  return bare.starts_with(prefix) ? bare.substr(prefix.size()) : bare;
 }
 
 std::string proposedQueueName(const std::string& bareName) {

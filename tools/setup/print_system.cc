@@ -1,5 +1,5 @@
-// Requests to the spooler by its own library. What is asked for is named, so that an answer stays
-// short on a server with many queues.
+// Requests to the spooler with its own library. They name the attributes that are needed, so that
+// answers are short on a server with many queues.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/setup/print_system.h"
 
@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "tools/common/translation.h"
 #include "tools/description/description_text.h"
 
 namespace korvel {
@@ -22,7 +23,7 @@ constexpr int kConnectMilliseconds = 10000;
 constexpr int kDeviceSeconds = 10;
 constexpr char kMake[] = "Korvel ";
 
-// An answer of the server, deleted when it goes.
+// An answer of the server, which it owns.
 class Answer {
  public:
   explicit Answer(ipp_t* answer) : answer_(answer) {}
@@ -106,7 +107,7 @@ const std::vector<const char*> kQueueAttributes = {"printer-name",
                                                    "printer-state-reasons",
                                                    "printer-is-accepting-jobs"};
 
-// The content of a temporary file that the library has made; the file goes.
+// The content of a temporary file of the library, which is then removed.
 std::string taken(const char* path) {
   if (path == nullptr) return "";
   std::ifstream file(path, std::ios::binary);
@@ -117,7 +118,7 @@ std::string taken(const char* path) {
 
 void addDevice(const char*, const char* id, const char* info, const char* makeAndModel,
                const char* uri, const char*, void* list) {
-  // Backends that stand for any address at all tell a bare scheme.
+  // Backends without a certain device report only their scheme.
   if (std::string(uri).find(':') == std::string::npos) return;
   static_cast<std::vector<Device>*>(list)->push_back({uri, info, makeAndModel, id});
 }
@@ -143,8 +144,6 @@ bool PrintSystem::isThisMachine() const {
   const std::string server = cupsServer();
   return server.starts_with("/") || server == "localhost" || server == "127.0.0.1";
 }
-
-std::string PrintSystem::fault() const { return cupsLastErrorString(); }
 
 std::vector<Device> PrintSystem::devices() const {
   std::vector<Device> found;
@@ -212,9 +211,12 @@ Description PrintSystem::installedFor(const std::string& description) const {
   return {};
 }
 
-int PrintSystem::print(const std::string& queue, const std::string& file,
-                       const std::string& title) const {
-  return cupsPrintFile2(CUPS_HTTP_DEFAULT, queue.c_str(), file.c_str(), title.c_str(), 0, nullptr);
+Result<int> PrintSystem::print(const std::string& queue, const std::string& file,
+                               const std::string& title) const {
+  const int job =
+      cupsPrintFile2(CUPS_HTTP_DEFAULT, queue.c_str(), file.c_str(), title.c_str(), 0, nullptr);
+  if (job != 0) return job;
+  return Failure{filled("The print service refused the job: %s", cupsLastErrorString())};
 }
 
 }  // namespace korvel

@@ -1,5 +1,5 @@
-// What a set-up tool asks of the print system: devices, descriptions, queues, jobs. The server is
-// the one that its neighbours would take: CUPS_SERVER, the user's settings, or this machine's.
+// The print service as a set-up tool needs it: devices, drivers, queues, jobs. The server is the
+// one that the spooler's commands use: CUPS_SERVER, the user's settings, or this machine's.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_SETUP_PRINT_SYSTEM_H
 #define KORVEL_TOOLS_SETUP_PRINT_SYSTEM_H
@@ -10,17 +10,19 @@
 #include <string>
 #include <vector>
 
+#include "tools/common/result.h"
+
 namespace korvel {
 
 struct Device {
   std::string uri;
   std::string info;          // for people
-  std::string makeAndModel;  // "Unknown" when the device does not tell
+  std::string makeAndModel;  // "Unknown" when the device does not report it
   std::string id;            // its IEEE 1284 id; often empty
 };
 
 struct Description {
-  std::string name;              // as lpinfo -m has it: folders/korvel-k220-203.ppd
+  std::string name;              // as in lpinfo -m: folders/korvel-k220-203.ppd
   std::string makeAndModel;      // "Korvel K220 203 dpi one-way, 1.0"
   std::string bareName() const;  // "korvel-k220-203"
 };
@@ -29,8 +31,8 @@ struct Queue {
   std::string name;
   std::string uri;
   std::string makeAndModel;
-  std::string message;            // what it said last
-  std::set<std::string> reasons;  // "media-empty-warning" and its kin, without "none"
+  std::string message;            // the last one
+  std::set<std::string> reasons;  // such as "media-empty-warning", without "none"
   bool stopped = false;
   bool busy = false;
   bool accepting = true;
@@ -38,32 +40,32 @@ struct Queue {
 };
 
 struct Job {
-  int number = 0;  // 0: there is none
+  int number = 0;  // 0: no job
   int state = 0;   // an ipp_jstate_t
   std::string message;
 };
 
-// Every call goes to the server anew. Lists are empty and texts are empty when it gives none.
+// Every call asks the server. Lists and texts are empty when it has none.
 class PrintSystem {
  public:
   bool isThere() const;
   bool isThisMachine() const;
-  std::string fault() const;  // why the last call gave nothing, in the server's words
 
   std::vector<Device> devices() const;            // takes some seconds
-  std::vector<Description> descriptions() const;  // ours only
+  std::vector<Description> descriptions() const;  // of our printers only
   std::optional<Queue> queue(const std::string& name) const;
   std::vector<Queue> queues() const;              // all, ours and others
   Job newestJob(const std::string& queue) const;  // the one with the highest number
 
-  // Texts of printer descriptions.
+  // The texts of PPDs.
   std::string queueDescription(const std::string& queue) const;
   std::string installedDescription(const std::string& name) const;
-  // The installed description of the same model as this text; its name is empty without one.
+  // The installed driver of the same model as this PPD; its name is empty without one.
   Description installedFor(const std::string& description) const;
 
-  // Returns the job's number, or 0.
-  int print(const std::string& queue, const std::string& file, const std::string& title) const;
+  // Returns the job's number.
+  Result<int> print(const std::string& queue, const std::string& file,
+                    const std::string& title) const;
 };
 
 }  // namespace korvel

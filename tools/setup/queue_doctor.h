@@ -1,5 +1,5 @@
-// What is wrong with a queue, each fault in one sentence with the next step. Looks at facts only,
-// so that every finding can be shown without a printer.
+// Finds what is wrong with a queue, and reports each problem in one sentence with the next step. It
+// uses facts only, so that every finding can be tested without a printer.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_SETUP_QUEUE_DOCTOR_H
 #define KORVEL_TOOLS_SETUP_QUEUE_DOCTOR_H
@@ -14,15 +14,15 @@ namespace korvel {
 
 enum class FilterFile { kFine, kMissing, kNotExecutable, kUnsafe, kNotLookedAt };
 
-// How the printer took a question for its state.
+// How the printer reacted to a status request.
 enum class PrinterAnswer { kAnswers, kSilent, kNotReached, kNotAsked };
 
 struct QueueFacts {
   Queue queue;
   Job job;                    // the newest
-  std::string description;    // text of the queue's description
-  std::string installed;      // text of the installed one of the same name
-  std::string installedName;  // its bare name; empty: there is none
+  std::string description;    // the queue's PPD
+  std::string installed;      // the installed PPD of the same model
+  std::string installedName;  // its bare name; empty: none
   std::string filterPath;
   FilterFile filter = FilterFile::kNotLookedAt;
   PrinterAnswer answer = PrinterAnswer::kNotAsked;
@@ -31,8 +31,8 @@ struct QueueFacts {
 };
 
 struct Finding {
-  bool fault;        // false: good to know, nothing to mend
-  std::string text;  // a sentence
+  bool fault;        // false: an advice, not a problem
+  std::string text;  // one sentence
 };
 
 std::vector<Finding> examine(const QueueFacts& facts);

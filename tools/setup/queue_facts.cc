@@ -1,4 +1,4 @@
-// A printer takes one connection at a time: it is asked only while the queue sends it nothing.
+// A printer accepts one connection at a time, so it is asked only while its queue is idle.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/setup/queue_facts.h"
 
@@ -14,6 +14,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "tools/common/process.h"
+
 namespace fs = std::filesystem;
 
 namespace korvel {
@@ -23,7 +25,7 @@ namespace {
 constexpr int kConnectMilliseconds = 3000;
 constexpr int kAnswerMilliseconds = 2000;
 
-// The question for the state, and how an answer begins.
+// A status request, and the first bytes of a reply.
 constexpr unsigned char kRequest[] = {0x64, 0x10, 0x40, 0, 0, 0, 0, 0, 0, 0x9B};
 constexpr unsigned char kReplyStart[] = {0x64, 0xFF};
 
@@ -50,37 +52,37 @@ uint64_t bytesOfDumps(const std::string& folder) {
   return sum;
 }
 
-// Waits until `fd` is ready for `events`, at most so long.
+// False when `fd` does not become ready for `events` in time.
 bool ready(int fd, short events, int milliseconds) {
   pollfd watched = {fd, events, 0};
   return poll(&watched, 1, milliseconds) == 1;
 }
 
-// A connection, or -1.
-int connectTo(const addrinfo& address) {
-  const int fd = socket(address.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (fd == -1) return -1;
+// Both return a closed descriptor when there is no connection.
+Descriptor connectTo(const addrinfo& address) {
+  Descriptor socket(::socket(address.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  const int fd = socket.get();
   int fault = 0;
   socklen_t size = sizeof fault;
   const bool begun = connect(fd, address.ai_addr, address.ai_addrlen) == 0 || errno == EINPROGRESS;
   if (begun && ready(fd, POLLOUT, kConnectMilliseconds) &&
       getsockopt(fd, SOL_SOCKET, SO_ERROR, &fault, &size) == 0 && fault == 0) {
-    return fd;
+    return socket;
   }
-  close(fd);
-  return -1;
+  return Descriptor();
 }
 
-int connectTo(const std::string& host, const std::string& port) {
+Descriptor connectTo(const std::string& host, const std::string& port) {
   addrinfo wanted = {};
   wanted.ai_socktype = SOCK_STREAM;
   addrinfo* addresses = nullptr;
-  if (getaddrinfo(host.c_str(), port.c_str(), &wanted, &addresses) != 0) return -1;
-  int fd = -1;
-  for (const addrinfo* at = addresses; at != nullptr && fd == -1; at = at->ai_next)
-    fd = connectTo(*at);
+  if (getaddrinfo(host.c_str(), port.c_str(), &wanted, &addresses) != 0) return Descriptor();
+  Descriptor socket;
+  for (const addrinfo* at = addresses; at != nullptr && !socket.isOpen(); at = at->ai_next) {
+    socket = connectTo(*at);
+  }
   freeaddrinfo(addresses);
-  return fd;
+  return socket;
 }
 
 PrinterAnswer answerOn(int fd) {
@@ -113,11 +115,8 @@ PrinterAnswer askPrinter(const std::string& uri) {
     host.resize(colon);
   }
   if (host.starts_with("[") && host.ends_with("]")) host = host.substr(1, host.size() - 2);
-  const int fd = connectTo(host, port);
-  if (fd == -1) return PrinterAnswer::kNotReached;
-  const PrinterAnswer answer = answerOn(fd);
-  close(fd);
-  return answer;
+  const Descriptor connection = connectTo(host, port);
+  return connection.isOpen() ? answerOn(connection.get()) : PrinterAnswer::kNotReached;
 }
 
 QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,

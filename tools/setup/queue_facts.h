@@ -1,5 +1,5 @@
-// Gathers what the doctor looks at: from the print system, from this machine's folders, and from
-// the printer itself when its line is free.
+// Gathers what the check of a queue needs: from the print service, from the file system, and from
+// the printer itself when it is idle.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_SETUP_QUEUE_FACTS_H
 #define KORVEL_TOOLS_SETUP_QUEUE_FACTS_H
@@ -10,15 +10,15 @@
 
 namespace korvel {
 
-// The folder of the spooler's programs: CUPS_SERVERBIN, or the one that the filter went to.
+// The installed filter, below CUPS_SERVERBIN or the configured folder.
 std::string filterPath();
 
-// `queue` is there; the dumps are looked for in `dumpFolder`.
+// `queue` exists; `dumpFolder` is where the filter writes its image dumps.
 QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,
                        const std::string& dumpFolder);
 
-// Asks a printer at socket://HOST[:PORT] for its state, and waits a little for the answer.
-// Nothing is asked at other addresses.
+// Asks a printer at socket://HOST[:PORT] for its status, and waits two seconds for the reply. Does
+// not ask at other addresses.
 PrinterAnswer askPrinter(const std::string& uri);
 
 }  // namespace korvel

@@ -1,21 +1,16 @@
-// Makes a queue, or brings one up to date: checked first, then done by lpadmin, so that what
-// happens is what a user could have typed.
+// Creates or updates a queue: checks the plan, then runs lpadmin, so that users could do the same
+// by hand.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_SETUP_QUEUE_SETUP_H
 #define KORVEL_TOOLS_SETUP_QUEUE_SETUP_H
 
 #include <string>
-#include <utility>
-#include <vector>
 
+#include "tools/common/result.h"
+#include "tools/description/option_check.h"
 #include "tools/setup/print_system.h"
 
 namespace korvel {
-
-using Options = std::vector<std::pair<std::string, std::string>>;
-
-// Words as -o takes them: "PageSize=4x6 noMirrorImage".
-Options parseOptions(const std::string& words);
 
 struct QueuePlan {
   std::string name;
@@ -27,13 +22,14 @@ struct QueuePlan {
   bool isNew = true;  // gets the defaults below
 };
 
-// All return an empty text, or one sentence with the next step.
-std::string checkName(const std::string& name);
-std::string checkOptions(const std::string& description, const std::string& bareName,
-                         const Options& options);
-// A new queue counts its sheets, and tries a job again in its turn when the printer was not there:
-// labels keep their order, and none is lost.
-std::string setUp(const QueuePlan& plan);
+Result<void> checkName(const std::string& name);
+
+// `description` is the text of the PPD.
+Result<void> checkQueueOptions(const std::string& description, const Options& options);
+
+// A new queue logs its pages, and retries the current job when the printer cannot be reached, so
+// that the order of the labels is kept.
+Result<void> setUp(const QueuePlan& plan);
 
 }  // namespace korvel
 

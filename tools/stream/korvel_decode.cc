@@ -1,4 +1,4 @@
-// korvel-decode: a printer command stream as text, a line a packet, and a picture a page.
+// korvel-decode: lists a printer command stream as text, one line per packet, and draws its pages.
 // SPDX-License-Identifier: Apache-2.0
 #include <cerrno>
 #include <cstdio>
@@ -13,16 +13,25 @@
 
 namespace {
 
-constexpr const char* kUsage = korvel::later(
-    "Usage: korvel-decode [OPTION]... [FILE]\n"
-    "Checks a printer command stream and lists it, a line a packet with its offset.\n"
-    "Reads standard input when FILE is - or not given.\n\n"
-    "  --png PREFIX   write each printed page to PREFIX<number>.png, dots black\n"
-    "  --pbm PREFIX   the same as PREFIX<number>.pbm\n"
-    "  --dpi N        note N dots per inch in the PNG files\n"
-    "  -q, --quiet    no listing\n"
-    "  --help, --version\n\n"
-    "Status: 0 a well-formed stream, 1 a malformed or unreadable one, 2 wrong usage.\n");
+using korvel::Failure;
+using korvel::filled;
+using korvel::later;
+using korvel::Result;
+
+constexpr char kProgram[] = "korvel-decode";
+
+const korvel::Help kHelp = {
+    later("Usage: korvel-decode [OPTION]... [FILE]"),
+    later("Checks a printer command stream and lists it, one line per packet with its offset. "
+          "Reads standard input when FILE is - or missing."),
+    {later("--png PREFIX\tWrite each page to PREFIX<number>.png, with black dots."),
+     later("--pbm PREFIX\tWrite each page to PREFIX<number>.pbm."),
+     later("--dpi N\tRecord N dots per inch in the PNG files."),
+     later("-q, --quiet\tList nothing.")},
+    nullptr,
+    {},
+    later("Exit status: 0 the stream is well-formed, 1 it is malformed or cannot be read, 2 wrong "
+          "usage.")};
 
 struct Request {
   std::string png;
@@ -35,22 +44,22 @@ struct Request {
 Request parseArguments(int argc, char** argv) {
   Request request;
   bool haveInput = false;
-  korvel::Arguments words(argc, argv, "korvel-decode", korvel::translated(kUsage));
-  while (words.next()) {
-    if (words.is("--png")) {
-      request.png = words.value();
-    } else if (words.is("--pbm")) {
-      request.pbm = words.value();
-    } else if (words.is("--dpi")) {
-      request.dpi = static_cast<unsigned>(words.number(1, 9999));
-    } else if (words.is("-q", "--quiet")) {
+  korvel::Arguments arguments(argc, argv, kProgram, kHelp);
+  while (arguments.next()) {
+    if (arguments.is("--png")) {
+      request.png = arguments.value();
+    } else if (arguments.is("--pbm")) {
+      request.pbm = arguments.value();
+    } else if (arguments.is("--dpi")) {
+      request.dpi = static_cast<unsigned>(arguments.number(1, 9999));
+    } else if (arguments.is("-q", "--quiet")) {
       request.quiet = true;
-    } else if (words.isOption()) {
-      words.unknown();
+    } else if (arguments.isOption()) {
+      arguments.unknown();
     } else if (haveInput) {
-      words.wrong(korvel::translated("more than one file"));
+      arguments.wrong(korvel::translated("more than one file"));
     } else {
-      request.input = words.word();
+      request.input = arguments.text();
       haveInput = true;
     }
   }
@@ -86,10 +95,10 @@ class PictureWriter {
   bool failed() const { return failed_; }
 
  private:
-  void note(const std::string& fault) {
-    if (fault.empty()) return;
-    std::fprintf(stderr, "korvel-decode: page %d: %s\n", page_, fault.c_str());
-    if (picture_.rowBytes() != 0) failed_ = true;  // a stream may rightly leave its rows open
+  void note(const Result<void>& written) {
+    if (written) return;
+    std::fprintf(stderr, "%s: page %d: %s\n", kProgram, page_, written.sentence().c_str());
+    if (picture_.rowBytes() != 0) failed_ = true;  // a valid stream may leave the rows open
   }
 
   const Request& request_;
@@ -99,7 +108,12 @@ class PictureWriter {
   bool failed_ = false;
 };
 
-bool decode(std::FILE* input, const Request& request) {
+Failure cannotRead(const std::string& path) {
+  return {filled("Cannot read %s: %s.", path.c_str(), std::strerror(errno))};
+}
+
+// Lists what it can, also of a malformed stream. True when all pictures have been written.
+Result<bool> decode(std::FILE* input, const Request& request) {
   PictureWriter pictures(request);
   korvel::StreamListing listing([&](const std::string& line) {
     if (!request.quiet) std::printf("%s\n", line.c_str());
@@ -108,41 +122,38 @@ bool decode(std::FILE* input, const Request& request) {
     listing.add(item);
     pictures.add(item);
   });
+  Result<void> read;
   uint8_t bytes[65536];
   size_t count = 0;
   while ((count = std::fread(bytes, 1, sizeof bytes, input)) > 0 && decoder.push(bytes, count)) {
   }
-  const bool unreadable = std::ferror(input) != 0;
-  const int reason = errno;
-  if (!unreadable) decoder.finish();
+  if (std::ferror(input) != 0) {
+    read = cannotRead(request.input);
+  } else if (!decoder.finish()) {
+    read = Failure{decoder.error()};
+  }
   listing.finish();
   pictures.finishPage();
-  if (unreadable) {
-    std::fprintf(stderr, "korvel-decode: %s: %s\n", request.input.c_str(), std::strerror(reason));
-  } else if (decoder.failed()) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "korvel-decode: %s\n", decoder.error().c_str());
+  if (!read) return read.failure();
+  return !pictures.failed();
+}
+
+Result<bool> run(const Request& request) {
+  std::FILE* input = request.input == "-" ? stdin : std::fopen(request.input.c_str(), "rb");
+  if (input == nullptr) return cannotRead(request.input);
+  const Result<bool> decoded = decode(input, request);
+  if (input != stdin) std::fclose(input);
+  if (decoded && std::fflush(stdout) != 0) {
+    return Failure{filled("Cannot write the listing: %s.", std::strerror(errno))};
   }
-  return !unreadable && !decoder.failed() && !pictures.failed();
+  return decoded;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   korvel::startTranslation();
-  const Request request = parseArguments(argc, argv);
-  std::FILE* input = stdin;
-  if (request.input != "-") input = std::fopen(request.input.c_str(), "rb");
-  if (input == nullptr) {
-    std::fprintf(stderr, "korvel-decode: %s: %s\n", request.input.c_str(), std::strerror(errno));
-    return 1;
-  }
-  bool good = decode(input, request);
-  if (input != stdin) std::fclose(input);
-  if (std::fflush(stdout) != 0) {
-    std::fprintf(stderr, "korvel-decode: %s\n",
-                 korvel::filled("cannot write the listing: %s", std::strerror(errno)).c_str());
-    good = false;
-  }
-  return good ? 0 : 1;
+  const Result<bool> decoded = run(parseArguments(argc, argv));
+  if (!decoded) return korvel::reportFailure(kProgram, decoded.sentence());
+  return decoded.value() ? 0 : 1;
 }

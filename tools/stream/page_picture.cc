@@ -1,5 +1,4 @@
-// Rows from packets, and the two file formats.
-// A set bit is a printed dot, black in both.
+// Rows from packets, and the two file formats. A set bit is a printed dot, black in both.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/stream/page_picture.h"
 
@@ -34,8 +33,9 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-std::string closeWritten(File file, const std::string& path) {
-  return std::fclose(file.release()) == 0 ? std::string() : cannotWrite(path);
+Result<void> closeWritten(File file, const std::string& path) {
+  if (std::fclose(file.release()) != 0) return cannotWrite(path);
+  return {};
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ size_t bytesPerRow(const StreamItem& area, const std::vector<size_t>& blocks, bo
   if (!isFullWidth(area)) return areaBytes;
   if (blocks.empty()) return 0;
   if (blocks.size() > 1) {
-    // A row shorter than the area means that a block's length has wrapped at 16 bits.
+    // A row shorter than the area means that the length of a block has wrapped at 16 bits.
     const size_t row = blocks[0] / kRowsPerBlock;
     return blocks[0] % kRowsPerBlock == 0 && row >= areaBytes ? row : 0;
   }
@@ -68,25 +68,28 @@ size_t PagePicture::height() const {
   return row == 0 ? 0 : dots_.size() / row;
 }
 
-std::string PagePicture::checkShape() const {
-  if (rowBytes() == 0) return "the packets leave the row length open, so there is no picture";
-  if (height() == 0 || dots_.size() % rowBytes() != 0) {
-    return "the image of " + std::to_string(dots_.size()) + " bytes is not whole rows of " +
-           std::to_string(rowBytes()) + " bytes";
+Result<void> PagePicture::checkShape() const {
+  if (rowBytes() == 0) {
+    return Failure{"The packets do not determine the row length, so there is no picture."};
   }
-  return std::string();
+  if (height() == 0 || dots_.size() % rowBytes() != 0) {
+    return Failure{"The image of " + std::to_string(dots_.size()) +
+                   " bytes does not consist of whole rows of " + std::to_string(rowBytes()) +
+                   " bytes."};
+  }
+  return {};
 }
 
-std::string PagePicture::writePng(const std::string& path, unsigned dpi) const {
-  std::string fault = checkShape();
-  if (!fault.empty()) return fault;
+Result<void> PagePicture::writePng(const std::string& path, unsigned dpi) const {
+  const Result<void> shaped = checkShape();
+  if (!shaped) return shaped;
   const PngPicture picture = {width(), height(), rowBytes(), 1, dpi, {}};
   return writePngFile(path, picture, dots_.data());
 }
 
-std::string PagePicture::writePbm(const std::string& path) const {
-  std::string fault = checkShape();
-  if (!fault.empty()) return fault;
+Result<void> PagePicture::writePbm(const std::string& path) const {
+  const Result<void> shaped = checkShape();
+  if (!shaped) return shaped;
   File file(std::fopen(path.c_str(), "wb"));
   if (!file) return cannotWrite(path);
   std::fprintf(file.get(), "P4\n%zu %zu\n", width(), height());

@@ -1,5 +1,5 @@
-// The picture that one page's image packets make: one bit a dot, and how its rows are found again,
-// for no packet says how long a row is. Written out as PNG or PBM, printed dots black.
+// The picture of one page's image packets, one bit per dot. No packet contains the length of a row,
+// so it is derived from their lengths. Written as PNG or PBM, with black dots.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_STREAM_PAGE_PICTURE_H
 #define KORVEL_TOOLS_STREAM_PAGE_PICTURE_H
@@ -9,34 +9,34 @@
 #include <string>
 #include <vector>
 
+#include "tools/common/result.h"
 #include "tools/stream/stream_decoder.h"
 
 namespace korvel {
 
-// Bytes of a row of the image that follows an area packet; 0 when the packets leave it open.
-// `blocks` are the data lengths of the image packets known so far; pass `complete` when no more
-// follow. A narrow area is as wide as its image. A full one hides the image's width, but every
-// packet save the last carries four rows, and no row is shorter than the area.
+// Bytes of a row of the image that follows an area packet; 0 when they cannot be determined.
+// `blocks` are the data lengths of the image packets known so far; `complete` says that no more
+// follow. A narrow area is as wide as its image. A full-width area says nothing about the image's
+// width, but every packet except the last has four rows, and no row is shorter than the area.
 size_t bytesPerRow(const StreamItem& area, const std::vector<size_t>& blocks, bool complete);
 
 class PagePicture {
  public:
-  // Starts a page over with its area packet.
+  // Starts a new page with its area packet.
   void begin(const StreamItem& area);
   void add(const StreamItem& image);
 
   bool empty() const { return dots_.empty(); }
   const StreamItem& area() const { return area_; }
-  size_t rowBytes() const { return bytesPerRow(area_, blocks_, true); }  // 0: cannot be known
+  size_t rowBytes() const { return bytesPerRow(area_, blocks_, true); }  // 0: unknown
   size_t width() const { return rowBytes() * 8; }                        // dots
   size_t height() const;
   const std::vector<uint8_t>& dots() const { return dots_; }  // leftmost in the top bit, 1 prints
 
-  // Both return an empty text, or one sentence on what went wrong. `dpi` 0 writes no resolution.
-  // Empty when the packets make a picture, or what is wrong with them, always in English.
-  std::string checkShape() const;
-  std::string writePng(const std::string& path, unsigned dpi) const;
-  std::string writePbm(const std::string& path) const;
+  // Whether the packets make a picture of whole rows; the failure is always in English.
+  Result<void> checkShape() const;
+  Result<void> writePng(const std::string& path, unsigned dpi) const;  // `dpi` 0: no resolution
+  Result<void> writePbm(const std::string& path) const;
 
  private:
   StreamItem area_;

@@ -1,5 +1,5 @@
-// The framing: head 64, command, parameter, length (low byte first), data, check word 0, tail 9B;
-// and the rules that each command adds on its parameter, its length and the value of its data.
+// The framing: head 64, command, parameter, length (low byte first), data, check word 0, tail 9B.
+// Each command restricts its parameter, its length and the value of its data.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/stream/stream_decoder.h"
 

@@ -1,5 +1,5 @@
 // Reads the printer's command stream, byte by byte and strictly: runs of NUL bytes and framed
-// packets. Written from the printer's side; it knows nothing of the code that made the stream.
+// packets. Written from the printer's point of view, without the code that creates the stream.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_STREAM_STREAM_DECODER_H
 #define KORVEL_TOOLS_STREAM_STREAM_DECODER_H
@@ -24,14 +24,14 @@ struct StreamItem {
   unsigned word(size_t at) const { return data[at] | static_cast<unsigned>(data[at + 1]) << 8; }
 };
 
-// Number of NUL bytes that open a page.
+// Number of NUL bytes at the start of a page.
 inline constexpr size_t kPageStartBytes = 64;
 
 struct PacketRule;
 
-// A parser that takes bytes as they come and hands every whole item to a sink. The first breach
-// of the framing ends it: from then on push() and finish() return false and error() tells the
-// offset, what stood there and what should have, as in "offset 133: have 0x00, want tail 0x9B".
+// A parser that accepts bytes in parts of any size and passes every complete item to a sink. It
+// stops at the first malformed byte: from then on push() and finish() return false, and error() has
+// the offset, the byte and what was expected: "offset 133: have 0x00, want tail 0x9B".
 class StreamDecoder {
  public:
   using Sink = std::function<void(const StreamItem&)>;
@@ -43,7 +43,7 @@ class StreamDecoder {
 
   bool failed() const { return !error_.empty(); }
   const std::string& error() const { return error_; }
-  uint64_t offset() const { return offset_; }  // bytes taken so far
+  uint64_t offset() const { return offset_; }  // bytes accepted so far
 
  private:
   void takeByte(uint8_t byte);
@@ -60,7 +60,7 @@ class StreamDecoder {
 
   Sink sink_;
   State state_ = State::kBoundary;
-  bool afterPageStart_ = false;  // a second run of NULs may not follow the first at once
+  bool afterPageStart_ = false;  // two runs of NUL bytes may not follow each other
   size_t taken_ = 0;             // bytes of the current state's field
   size_t length_ = 0;            // announced data bytes
   const PacketRule* rule_ = nullptr;

@@ -1,4 +1,4 @@
-// One line an item; the words for a packet are the printer's, not those of any caller.
+// One line per item; packets have the names that the printer's commands have.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/stream/stream_listing.h"
 

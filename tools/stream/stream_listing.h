@@ -1,4 +1,4 @@
-// The stream as text, a line an item: "000064 control 0", "000161 image 4 rows x 125 bytes".
+// The stream as text, one line per item: "000064 control 0", "000161 image 4 rows x 125 bytes".
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_STREAM_STREAM_LISTING_H
 #define KORVEL_TOOLS_STREAM_STREAM_LISTING_H
@@ -11,12 +11,12 @@
 
 namespace korvel {
 
-// One item in words, without offset. An image packet is told in rows when `rowBytes` is not 0 and
-// divides it, else in bytes alone.
+// One item as text, without offset. The size of an image packet is in rows when `rowBytes` is not 0
+// and divides it, otherwise in bytes.
 std::string itemText(const StreamItem& item, size_t rowBytes);
 
-// Writes lines in the stream's order. The first image packet behind a full-width area waits for
-// the item after it, which decides how long a row is.
+// Writes lines in the order of the stream. The first image packet after a full-width area waits for
+// the next item, which determines the length of a row.
 class StreamListing {
  public:
   using Line = std::function<void(const std::string&)>;  // without line end
@@ -24,7 +24,7 @@ class StreamListing {
   explicit StreamListing(Line line) : line_(std::move(line)) {}
 
   void add(const StreamItem& item);
-  void finish();  // writes what still waits
+  void finish();  // writes a waiting packet
 
  private:
   void write(const StreamItem& item, bool complete);

@@ -29,10 +29,10 @@
 // Narrow pages go the same way. A row takes 2 * kLanes + 1 blocks at least, so a page narrower
 // than that costs what a page of that width costs: still some hundred times less than the plain
 // form at a hundred columns, which is why there is no second way for them.
+#include "image/diffusion/diffusion_dispatch.h"
+#include "image/diffusion/diffusion_feed_and_drain.h"
 #include "image/diffusion/diffusion_plan.h"
 #include "image/diffusion/diffusion_ring.h"
-#include "image/diffusion/diffusion_rows.h"
-#include "image/diffusion/diffusion_traffic.h"
 #include "lanes/lanes.h"
 
 namespace KORVEL_TARGET {
@@ -190,9 +190,9 @@ constexpr DiffusionMethod kMethod = {scratchBytes<kKernel>, halftone<kKernel>};
 
 }  // namespace
 
-extern const DiffusionRows kDiffusionRows;
-const DiffusionRows kDiffusionRows = {kMethod<kFloydSteinberg>, kMethod<kBurkes>,
-                                      kMethod<kStucki>,         kMethod<kJarvisJudiceNinke>,
-                                      kMethod<kSierra>,         kMethod<kStevensonArce>};
+extern const DiffusionKernels kDiffusionKernels;
+const DiffusionKernels kDiffusionKernels = {kMethod<kFloydSteinberg>, kMethod<kBurkes>,
+                                            kMethod<kStucki>,         kMethod<kJarvisJudiceNinke>,
+                                            kMethod<kSierra>,         kMethod<kStevensonArce>};
 
 }  // namespace KORVEL_TARGET

@@ -1,4 +1,4 @@
-// What the printer gets around a page: setup, controls, feeds, the image, the post action.
+// The commands that are sent around a page: setup, controls, feeds, the image, the post action.
 // The page is one row of eight dots at 203 dpi.
 // SPDX-License-Identifier: Apache-2.0
 #include "driver/page_sequence.h"
@@ -49,7 +49,7 @@ struct PageJob {
     takeDumpPaths();
   }
 
-  // Both return what was logged; standard output is caught too.
+  // Both return the log; standard output is captured too.
   std::string start() {
     CapturedStdout caughtOutput;
     CapturedStderr captured;
@@ -76,7 +76,7 @@ TEST(PageStart, SendsNulsPastTheStreamsAndThenTheSetup) {
   PageJob job;
   EXPECT_EQ(job.start(), "DEBUG: Enter jobSetup\nDEBUG: Exit jobSetup\n");
   EXPECT_EQ(job.output, std::string(64, '\0'));
-  EXPECT_EQ(hexText(job.stream.text()), kSetup) << "a copy of the stream gets no NUL";
+  EXPECT_EQ(hexText(job.stream.text()), kSetup) << "a copy of the stream has no NUL bytes";
 
   job.printer.getOutputStreams() = {stdout};
   job.start();
@@ -131,20 +131,20 @@ struct Case {
   const char* paperType;
   int32_t tattoo;
   std::string first;   // packets of the first page
-  std::string second;  // and of the one that follows it
+  std::string second;  // packets of the next page
 };
 
 const std::string kPlain = kBegin + kImage + kFinish;
 const std::string kMarked = kBegin + kBack + kImage + kFinish;
 
 const Case kCases[] = {
-    {"nothing asked for", "", "", "", 0, kPlain, kPlain},
+    {"no post action", "", "", "", 0, kPlain, kPlain},
     {"the job's post action is not the page's", "AfterJob", "TearOff", "LabelGaps", 0, kPlain,
      kPlain},
-    {"nor is its cut", "AfterJob", "Cut", "LabelGaps", 0, kPlain, kPlain},
+    {"the job's cut is not the page's", "AfterJob", "Cut", "LabelGaps", 0, kPlain, kPlain},
     {"never", "Never", "Cut", "LabelGaps", 0, kPlain, kPlain},
-    {"every page in another case is none", "everypage", "Cut", "LabelGaps", 0, kPlain, kPlain},
-    {"marked labels are brought back each time", "", "", "LabelMark", 0, kMarked, kMarked},
+    {"EveryPage in lower case is unknown", "everypage", "Cut", "LabelGaps", 0, kPlain, kPlain},
+    {"black-mark media is re-aligned before every page", "", "", "LabelMark", 0, kMarked, kMarked},
     {"tear off every page", "EveryPage", "TearOff", "LabelGaps", 0,
      kBegin + kImage + kTear + kFinish, kBegin + kBack + kImage + kTear + kFinish},
     {"tear off on plain media", "EveryPage", "TearOff", "", 0, kBegin + kImage + kTear + kFinish,
@@ -156,8 +156,8 @@ const Case kCases[] = {
     {"cut on marks", "EveryPage", "Cut", "LabelMark", 0,
      kBegin + kBack + kImage + kTear + kCut + kFinish,
      kBegin + kBack + kImage + kTear + kCut + kFinish},
-    {"another action is none", "EveryPage", "Peel", "LabelGaps", 0, kPlain, kPlain},
-    {"a stencil's own feed has to come back too", "", "", "", 1,
+    {"an unknown action is ignored", "EveryPage", "Peel", "LabelGaps", 0, kPlain, kPlain},
+    {"the feed before a stencil is fed back as well", "", "", "", 1,
      kBegin + kPreFeed + kImage + kFinish, kBegin + kBack + kPreFeed + kImage + kFinish},
 };
 

@@ -1,5 +1,5 @@
-// Look-ups in a printer description, with what is marked, what is default and what is missing.
-// Every look-up also accepts that there is no description.
+// Look-ups in a PPD: marked choices, defaults, missing options.
+// Every look-up also accepts a missing PPD.
 // SPDX-License-Identifier: Apache-2.0
 #include "driver/ppd_access.h"
 
@@ -19,7 +19,7 @@ struct PpdCloser {
 };
 using Ppd = std::unique_ptr<ppd_file_t, PpdCloser>;
 
-// Nothing is marked in it.
+// A PPD in which no choice is marked.
 Ppd opened(const std::string& lines, const std::string& modelName = "Z4") {
   const TemporaryFolder folder;
   Ppd ppd(ppdOpenFile(folder.write("test.ppd", writtenPpd(lines, modelName)).c_str()));
@@ -34,7 +34,7 @@ TEST(PpdChoice, IsTheMarkedOneElseTheDefault) {
   ppdMarkOption(ppd.get(), "Level", "3");
   EXPECT_STREQ(pellamPpdGetChoice(ppd.get(), "Level", "1")->choice, "3") << "marked";
   EXPECT_EQ(pellamPpdGetChoice(ppd.get(), "Other", "1"), nullptr) << "no such option";
-  EXPECT_EQ(pellamPpdGetChoice(nullptr, "Level", "1"), nullptr) << "no description";
+  EXPECT_EQ(pellamPpdGetChoice(nullptr, "Level", "1"), nullptr) << "no PPD";
 }
 
 TEST(PpdChoice, IsNoneWhenTheDefaultIsNoChoice) {
@@ -92,9 +92,9 @@ TEST(PpdAttribute, IsItsValueElseTheDefault) {
   };
   const Case cases[] = {
       {"without a spec", "TestLength", "", "12.5mm", 12.5},
-      {"with one", "TestLength", "wide", "-0.25", -0.25},
-      {"with another", "TestLength", "narrow", "fallback", 3.5},
-      {"a text is no number", "TestText", "", "words", 0.0},
+      {"with a spec", "TestLength", "wide", "-0.25", -0.25},
+      {"with another spec", "TestLength", "narrow", "fallback", 3.5},
+      {"a text that is not a number", "TestText", "", "words", 0.0},
       {"no such attribute", "TestNothing", "", "fallback", 3.5},
   };
   for (const Case& c : cases) {
@@ -114,7 +114,7 @@ TEST(PpdAttribute, WithoutAValueIsTheDefault) {
   char* const value = std::exchange(attribute->value, nullptr);
   EXPECT_STREQ(pellamPpdGetAttrAsStrDefault(ppd.get(), "TestText", "", "fallback"), "fallback");
   EXPECT_EQ(pellamPpdGetAttrAsFloatDefault(ppd.get(), "TestText", "", 3.5), 3.5);
-  attribute->value = value;  // freed with the description
+  attribute->value = value;  // freed with the PPD
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The settings record as descriptions and job options fill it, and the lines that tell of it.
-// Descriptions lie in a folder of the test's own; the environment is put back.
+// The settings record as filled from PPDs and job options, and its log lines.
+// The PPDs are in a temporary folder; the environment is restored.
 // SPDX-License-Identifier: Apache-2.0
 #include "driver/settings_reader.h"
 
@@ -21,7 +21,7 @@
 
 namespace {
 
-// Sets the variable PPD, or unsets it, while it lives.
+// Sets or unsets the variable PPD during its lifetime.
 class PpdVariable {
  public:
   explicit PpdVariable(const char* path) {
@@ -49,7 +49,7 @@ struct Parsed {
   std::string log;
 };
 
-// Parses into a record full of rubbish. An empty description stands for none.
+// Parses into a record full of garbage. An empty `ppd` means no PPD.
 Parsed parse(const std::string& ppd, const char* options) {
   const TemporaryFolder folder;
   const std::string path = ppd.empty() ? "" : folder.write("test.ppd", ppd);
@@ -110,7 +110,7 @@ TEST(Settings, AreAllDefaultsWithoutADescription) {
   for (const char* options : {"", "MirrorImage PageSize=A4 Brightness=5"}) {
     const Parsed parsed = parse("", options);
     EXPECT_EQ(parsed.log, kLogOfNothing) << options;
-    // What the log does not tell, in a record that was full of rubbish.
+    // Fields that are not logged, in a record that was full of garbage.
     EXPECT_EQ(parsed.settings.Rotate180, 0);
     EXPECT_EQ(std::string(parsed.settings.FilterOutputPath, 256), std::string(256, '\0'));
   }
@@ -124,7 +124,7 @@ TEST(Settings, AreAllDefaultsWithADescriptionThatCannotBeRead) {
   EXPECT_EQ(captured.text(), kLogOfNothing);
 }
 
-// Every option that is read, with defaults that differ from those without a description.
+// Every option that is read, with defaults that differ from those without a PPD.
 std::string fullPpd() {
   return writtenPpd(kPpdPageSizes + ppdOption("MediaMethod", "Direct", {"Direct", "Transfer"}) +
                         ppdOption("PaperType", "LabelMark", {"LabelGaps", "LabelMark"}) +
@@ -202,7 +202,7 @@ TEST(Settings, OfTheJobGoOverTheDefaults) {
   EXPECT_EQ(parsed.settings.Rotate180, 0);
 }
 
-// One option, one choice: what the record holds then.
+// One option, one choice, and the resulting field of the record.
 struct Number {
   const char* keyword;
   const char* choice;
@@ -263,10 +263,10 @@ TEST(Settings, OfTrueAndFalseComeInManyWays) {
   const Case cases[] = {
       {"yes over a default of no", {"no", "yes"}, "MirrorImage=yes", 1},
       {"the bare name", {"False", "True"}, "MirrorImage", 1},
-      {"no before the name", {"True", "False"}, "noMirrorImage", 0},
-      {"no before the name, on false", {"False", "True"}, "noMirrorImage", 0},
+      {"a \"no\" prefix", {"True", "False"}, "noMirrorImage", 0},
+      {"a \"no\" prefix, default false", {"False", "True"}, "noMirrorImage", 0},
       {"in capitals", {"False", "True"}, "MirrorImage=TRUE", 1},
-      {"a choice that is none leaves the default", {"True", "False"}, "MirrorImage=maybe", 1},
+      {"an unknown choice leaves the default", {"True", "False"}, "MirrorImage=maybe", 1},
       {"the last one counts", {"False", "True"}, "MirrorImage=true MirrorImage=false", 0},
       {"another option changes nothing", {"False", "True"}, "NegativeImage=true", 0},
   };
@@ -314,7 +314,7 @@ TEST(PageSizes, BecomeMillimetres) {
        "DEBUG:PageSizeName: Custom\n"
        "DEBUG:Custom Size: (100.000000,25.000000,1.000000,2.000000,97.000000,21.000000)\n"
        "DEBUG:Set page size: width 35.279999 mm, height 8.820000 mm\n"},
-      {"a size that is not there leaves the default", "PageSize=Nothing", "Square", 0x1.966cf4p+4f,
+      {"an unknown size leaves the default", "PageSize=Nothing", "Square", 0x1.966cf4p+4f,
        0x1.966cf4p+4f,
        "DEBUG:PageSizeName: Square\n"
        "DEBUG:Custom Size: (72.000000,72.000000,1.000000,2.000000,70.000000,69.000000)\n"
@@ -340,7 +340,7 @@ TEST(PageSizes, AreNothingWhenTheDescriptionHasNone) {
   EXPECT_EQ(settings.pageHeight, 0.0f);
 }
 
-// The spooler's library takes every keyword that begins with Default for a default: an option of
+// The CUPS library treats every keyword that begins with Default as a default, so an option with
 // such a name never has choices.
 TEST(Settings, LookUpResolutionAndSpeedByKeywordsThatStayEmpty) {
   const std::string ppd = writtenPpd(ppdOption("Resolution", "203dpi", {"203dpi", "300dpi"}) +

@@ -1,5 +1,5 @@
-// Printer descriptions written by hand, as small as the spooler's library accepts them.
-// A test adds the lines that it is about.
+// Hand-written PPDs, as small as the CUPS library accepts them.
+// Each test adds the lines that it needs.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TESTS_DRIVER_WRITTEN_PPD_H
 #define KORVEL_TESTS_DRIVER_WRITTEN_PPD_H
@@ -19,7 +19,7 @@ inline std::string ppdOption(const std::string& keyword, const std::string& defa
   return text + "*CloseUI: *" + keyword + "\n";
 }
 
-// Two page sizes and a custom one. The numbers are points.
+// Two page sizes and a custom size, in points.
 inline const char* const kPpdPageSizes =
     "*VariablePaperSize: True\n"
     "*HWMargins: 1 2 3 4\n"
@@ -44,7 +44,7 @@ inline const char* const kPpdPageSizes =
     "*PaperDimension Square/Square: \"72 72\"\n"
     "*PaperDimension Tall/Tall: \"144 288\"\n";
 
-// A whole description with `lines` in it.
+// A complete PPD that contains `lines`.
 inline std::string writtenPpd(const std::string& lines, const std::string& modelName = "Z4") {
   return "*PPD-Adobe: \"4.3\"\n"
          "*FormatVersion: \"4.3\"\n"

@@ -3,7 +3,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include "image/diffusion/diffusion_rows.h"
+#include "image/diffusion/diffusion_dispatch.h"
 #include "tests/filter/image/owned_image.h"
 #include "tests/support/scarce_memory.h"
 
@@ -81,7 +81,7 @@ TEST(ImageMemory, KeepsThePictureWhoseErrorsHaveNoRoom) {
     DitherMethod method;
     const DiffusionMethod& rows;
   };
-  const DiffusionRows& rows = diffusionRows();
+  const DiffusionKernels& rows = diffusionKernels();
   const Case cases[] = {
       {"Burkes", 2, rows.burkes},
       {"Stucki", 3, rows.stucki},

@@ -23,12 +23,19 @@ bool dumpsAllowed = true;
 
 }  // namespace
 
-FILE* pellamOpenOwnFile(const char* path) {
+bool pellamDumpsAreOn() { return true; }
+
+OwnFile pellamOpenOwnFile(const char* path, DiskReserve) {
+  OwnFile file;
   paths.push_back(path);
-  if (!dumpsAllowed) return nullptr;
+  if (!dumpsAllowed) return file;
   dumps.emplace_back();
-  return open_memstream(&dumps.back().bytes, &dumps.back().size);
+  file.state = OwnFileState::kOpen;
+  file.stream = open_memstream(&dumps.back().bytes, &dumps.back().size);
+  return file;
 }
+
+bool pellamCloseOwnFile(OwnFile* file, const char*) { return std::fclose(file->stream) == 0; }
 
 void allowDumps(bool allowed) { dumpsAllowed = allowed; }
 

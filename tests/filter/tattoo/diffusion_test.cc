@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "tattoo/tattoo_reference.h"
 #include "tests/filter/tattoo/grey_image.h"
+#include "tests/filter/tattoo/whole_images.h"
 
 namespace {
 
@@ -21,7 +23,7 @@ TEST(Bounds, IncludeZeroAndExcludeTheSides) {
       {100, 0, 3, 2, false},
   };
   for (const Case& c : kCases) {
-    EXPECT_EQ(isWithinBounds(c.x, c.y, c.width, c.height), c.inside)
+    EXPECT_EQ(reference::isWithinBounds(c.x, c.y, c.width, c.height), c.inside)
         << c.x << "," << c.y << " in " << c.width << " x " << c.height;
   }
 }
@@ -37,9 +39,11 @@ struct Case {
 void expectPictures(const std::vector<Case>& cases) {
   for (const Case& c : cases) {
     const QMImage source = greyImage(c.width, c.height, c.levels);
-    const QMImage result = edf_cus(source, c.threshold);
-    EXPECT_EQ(stencilPicture(result), pictureText(c.picture)) << c.sentence;
-    EXPECT_EQ(result.color, QM_IMG_GRAY) << c.sentence;
+    for (const auto quantise : {diffused, reference::edf_cus}) {
+      const QMImage result = quantise(source, c.threshold);
+      EXPECT_EQ(stencilPicture(result), pictureText(c.picture)) << c.sentence;
+      EXPECT_EQ(result.color, QM_IMG_GRAY) << c.sentence;
+    }
     EXPECT_EQ(pixelBytes(source), hexLine(c.levels)) << c.sentence << ": only read";
   }
 }

@@ -3,8 +3,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include "tattoo/filters.h"
+#include "tattoo/tattoo_reference.h"
 #include "tests/filter/tattoo/grey_image.h"
+#include "tests/filter/tattoo/whole_images.h"
 
 namespace {
 
@@ -39,19 +40,22 @@ TEST(WeightedSum, RoundsThenClamps) {
   };
   // clang-format on
   for (const Case& c : kCases) {
-    const QMImage result =
-        add_Weighted(solidGrey(1, 1, c.level), solidGrey(1, 1, c.blurred), c.amount);
-    EXPECT_EQ(int{result.data[0]}, c.want) << c.sentence;
+    for (const auto weigh : {weighed, reference::add_Weighted}) {
+      const QMImage result = weigh(solidGrey(1, 1, c.level), solidGrey(1, 1, c.blurred), c.amount);
+      EXPECT_EQ(int{result.data[0]}, c.want) << c.sentence;
+    }
   }
 }
 
 TEST(WeightedSum, TakesPixelByPixel) {
   const QMImage source = greyImage(3, 2, "00 10 20  30 40 50");
   const QMImage blurred = greyImage(3, 2, "00 0F 21  30 20 FF");
-  const QMImage result = add_Weighted(source, blurred, 3.0f);
-  EXPECT_EQ(pixelBytes(result), hexLine("00 13 1D  30 A0 00"));
-  EXPECT_EQ(result.width, 3);
-  EXPECT_EQ(result.height, 2);
+  for (const auto weigh : {weighed, reference::add_Weighted}) {
+    const QMImage result = weigh(source, blurred, 3.0f);
+    EXPECT_EQ(pixelBytes(result), hexLine("00 13 1D  30 A0 00"));
+    EXPECT_EQ(result.width, 3);
+    EXPECT_EQ(result.height, 2);
+  }
 }
 
 TEST(UnsharpMask, AddsTheDetailAboveABlur) {
@@ -93,8 +97,10 @@ TEST(UnsharpMask, AddsTheDetailAboveABlur) {
   };
   for (const Case& c : kCases) {
     const QMImage source = greyImage(c.width, c.height, c.before);
-    const QMImage result = enh_unsharp_mask(source, c.amount, c.size);
-    EXPECT_EQ(pixelBytes(result), hexLine(c.after)) << c.sentence;
+    for (const auto sharpen : {sharpened, reference::enh_unsharp_mask}) {
+      const QMImage result = sharpen(source, c.amount, c.size);
+      EXPECT_EQ(pixelBytes(result), hexLine(c.after)) << c.sentence;
+    }
     EXPECT_EQ(pixelBytes(source), hexLine(c.before)) << c.sentence << ": only read";
   }
 }

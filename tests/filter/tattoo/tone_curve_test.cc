@@ -1,9 +1,11 @@
 // The two-segment tone curve: whole tables of 256 entries at chosen knees.
-// Worked out apart through the same approximations, one rounding an operation.
+// Worked out separately with the same approximations, one rounding per operation.
 // SPDX-License-Identifier: Apache-2.0
+#include "tattoo/tone_curve.h"
+
 #include <gtest/gtest.h>
 
-#include "tattoo/filters.h"
+#include "tattoo/tattoo_reference.h"
 #include "tests/filter/tattoo/grey_image.h"
 
 namespace {
@@ -188,9 +190,11 @@ TEST(ToneCurve, BendsTheTwoSegments) {
        "FD FF "},
   };
   for (const Case& c : kCases) {
+    const ToneTable table = toneTable(c.knee, c.low, c.high);
+    EXPECT_EQ(hexText(table.levels, sizeof table.levels), hexLine(c.table)) << c.sentence;
     QMImage image = everyLevel();
     const unsigned char* pixels = image.data;
-    enh_piecewise_gamma(image, c.knee, c.low, c.high);
+    reference::enh_piecewise_gamma(image, c.knee, c.low, c.high);
     EXPECT_EQ(pixelBytes(image), hexLine(c.table)) << c.sentence;
     EXPECT_EQ(image.data, pixels) << c.sentence << ": in place";
   }
@@ -198,7 +202,7 @@ TEST(ToneCurve, BendsTheTwoSegments) {
 
 TEST(ToneCurve, ReplacesEveryPixelOnce) {
   QMImage image = greyImage(3, 2, "00 40 FF  FF 40 00");
-  enh_piecewise_gamma(image, 64, 0.85f, 0.7f);
+  reference::enh_piecewise_gamma(image, 64, 0.85f, 0.7f);
   EXPECT_EQ(pixelBytes(image), hexLine("00 40 FF  FF 40 00"));
 }
 

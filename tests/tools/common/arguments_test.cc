@@ -13,6 +13,8 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+const korvel::Help kHelp = {"Usage: tool", "", {}, nullptr, {}, ""};
+
 // A tool with a flag -q or --quiet, values -o or --out, a text -p, a number --port from 0 to 99,
 // and operands. Returns what it understood.
 std::string understood(Words line) {
@@ -20,7 +22,7 @@ std::string understood(Words line) {
   std::vector<char*> pointers;
   for (std::string& word : line) pointers.push_back(word.data());
   pointers.push_back(nullptr);
-  korvel::Arguments words(static_cast<int>(line.size()), pointers.data(), "tool", "Usage: tool\n");
+  korvel::Arguments words(static_cast<int>(line.size()), pointers.data(), "tool", kHelp);
   std::string text;
   while (words.next()) {
     if (words.is("-q", "--quiet")) {
@@ -28,13 +30,13 @@ std::string understood(Words line) {
     } else if (words.is("-o", "--out")) {
       text += "out=" + words.value() + ";";
     } else if (words.is("-p")) {
-      text += "p=" + words.text() + ";";
+      text += "p=" + words.nonEmptyValue() + ";";
     } else if (words.is("--port")) {
       text += "port=" + std::to_string(words.number(0, 99)) + ";";
     } else if (words.isOption()) {
       words.unknown();
     } else {
-      text += "operand " + words.word() + ";";
+      text += "operand " + words.text() + ";";
     }
   }
   return text;
@@ -55,7 +57,7 @@ TEST(Arguments, AreUnderstoodInEverySpelling) {
       {"a value that looks like an option", {"-o", "--quiet"}, "out=--quiet;"},
       {"a lone dash is an operand", {"-"}, "operand -;"},
       {"operands between options", {"a", "-q", "b"}, "operand a;quiet;operand b;"},
-      {"no options behind two dashes", {"-q", "--", "-q", "--"}, "quiet;operand -q;operand --;"},
+      {"no options after two dashes", {"-q", "--", "-q", "--"}, "quiet;operand -q;operand --;"},
       {"two dashes at the end", {"--"}, ""},
       {"the least and the greatest number", {"--port=0", "--port", "99"}, "port=0;port=99;"},
   };
@@ -70,16 +72,15 @@ TEST(Arguments, WrongOnesEndWithStatusTwoAndOneSentence) {
       {{"--loud"}, "tool: unknown option '--loud'; see tool --help\n"},
       {{"-qq"}, "tool: -q takes no value; see tool --help\n"},
       {{"--quiet=1"}, "tool: --quiet takes no value; see tool --help\n"},
-      {{"-o"}, "tool: -o wants a value; see tool --help\n"},
-      {{"-p"}, "tool: -p wants a value; see tool --help\n"},
-      {{"-p", ""}, "tool: -p wants a value; see tool --help\n"},
-      {{"--port", "100"},
-       "tool: --port wants a number from 0 to 99, have '100'; see tool --help\n"},
-      {{"--port=-1"}, "tool: --port wants a number from 0 to 99, have '-1'; see tool --help\n"},
-      {{"--port=1x"}, "tool: --port wants a number from 0 to 99, have '1x'; see tool --help\n"},
-      {{"--port="}, "tool: --port wants a number from 0 to 99, have ''; see tool --help\n"},
+      {{"-o"}, "tool: -o needs a value; see tool --help\n"},
+      {{"-p"}, "tool: -p needs a value; see tool --help\n"},
+      {{"-p", ""}, "tool: -p needs a value; see tool --help\n"},
+      {{"--port", "100"}, "tool: --port needs a number from 0 to 99, not '100'; see tool --help\n"},
+      {{"--port=-1"}, "tool: --port needs a number from 0 to 99, not '-1'; see tool --help\n"},
+      {{"--port=1x"}, "tool: --port needs a number from 0 to 99, not '1x'; see tool --help\n"},
+      {{"--port="}, "tool: --port needs a number from 0 to 99, not ''; see tool --help\n"},
       {{"--port=99999999999999999999"},
-       "tool: --port wants a number from 0 to 99, have '99999999999999999999'; see tool --help\n"},
+       "tool: --port needs a number from 0 to 99, not '99999999999999999999'; see tool --help\n"},
   };
   for (const auto& c : kCases) {
     EXPECT_EXIT(understood(c.line), testing::ExitedWithCode(2),

@@ -1,9 +1,12 @@
-// The tools in every language: each text has a translation, and the programs say it. What other
-// programs read stays as it is.
+// The tools in every language: every text has a translation, and the programs use it. Texts that
+// other programs read are not translated.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <clocale>
+#include <cstdlib>
+#include <cwchar>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -19,15 +22,20 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr double kSeconds = 20;
-const char* const kLanguages[] = {"de", "es", "fr", "it", "ja", "nl", "pl", "pt", "zh_CN"};
-const char* const kTools[] = {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup",
-                              "korvel-spool"};
+const char* const kLanguages[] = {"de", "es", "fr", "it", "ja", "nl", "pl", "pt", "pt_BR", "zh_CN"};
+const char* const kTools[] = {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup"};
 
 std::string source(const std::string& path) { return std::string(KORVEL_SOURCE_DIR "/") + path; }
 
 std::string contentOf(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// Those that define the marks of texts, or show them in a comment.
+bool isNoSource(const fs::path& path) {
+  return path.stem() == "translation" || path.filename() == "help.h" ||
+         path.filename() == "result.h";
 }
 
 // The lines of a file, without its comments.
@@ -48,7 +56,7 @@ CommandResult runIn(const std::string& language, std::vector<std::string> words)
       {{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", language}, {"TEXTDOMAINDIR", KORVEL_CATALOGUE_DIR}});
 }
 
-TEST(Languages, AreTheNineBesideEnglish) {
+TEST(Languages, AreTheTenBesidesEnglish) {
   EXPECT_EQ(linesOf(source("po/LINGUAS")),
             std::set<std::string>(std::begin(kLanguages), std::end(kLanguages)));
 }
@@ -58,7 +66,7 @@ TEST(Texts, AreGatheredFromEverySourceThatHasAny) {
   std::set<std::string> sources;
   for (const auto& entry : fs::recursive_directory_iterator(source("tools"))) {
     const fs::path& path = entry.path();
-    if (!entry.is_regular_file() || path.stem() == "translation") continue;
+    if (!entry.is_regular_file() || isNoSource(path)) continue;
     if (!std::regex_search(contentOf(path.string()), kText)) continue;
     sources.insert(path.lexically_relative(KORVEL_SOURCE_DIR).string());
   }
@@ -83,7 +91,7 @@ TEST(Texts, AreTranslatedIntoEveryLanguage) {
   }
 }
 
-TEST(Tools, SpeakTheUsersLanguage) {
+TEST(Tools, UseTheUsersLanguage) {
   struct Case {
     const char* language;
     std::vector<std::string> words;
@@ -118,14 +126,14 @@ TEST(Tools, SpeakTheUsersLanguage) {
        "korvel-setup: --check, --list ed --emulated si escludono a vicenda; vedere korvel-setup "
        "--help\n"},
       {"ja",
-       {"korvel-preview", "/nowhere.pdf"},
-       1,
-       "korvel-preview: ファイル /nowhere.pdf がありません\n"},
-      {"nl", {"korvel-preview", "/"}, 1, "korvel-preview: / is een map\n"},
-      {"pl",
-       {"korvel-spool", "--filter", "x"},
+       {"korvel-preview"},
        2,
-       "korvel-spool: nie podano pliku rastrowego; zobacz korvel-spool --help\n"},
+       "korvel-preview: ファイルが指定されていません。korvel-preview --help を参照してください\n"},
+      {"nl", {"korvel-preview", "/"}, 1, "korvel-preview: / is een map.\n"},
+      {"pl",
+       {"korvel-preview", "-P", "a", "-p", "b", "c"},
+       2,
+       "korvel-preview: -P i -p wykluczają się wzajemnie; zobacz korvel-preview --help\n"},
       {"pt",
        {"korvel-decode", "a", "b"},
        2,
@@ -133,7 +141,7 @@ TEST(Tools, SpeakTheUsersLanguage) {
       {"pt_BR",
        {"korvel-decode", "a", "b"},
        2,
-       "korvel-decode: mais de um ficheiro; veja korvel-decode --help\n"},
+       "korvel-decode: mais de um arquivo; veja korvel-decode --help\n"},
       {"zh_CN",
        {"korvel-setup", "--emulated", "-v", "x"},
        2,
@@ -165,6 +173,30 @@ TEST(Tools, NameAllTheirOptionsInEveryLanguage) {
       EXPECT_EQ(help.status, 0) << tool << " " << language;
       EXPECT_NE(help.output, english) << tool << " " << language;
       EXPECT_EQ(optionsIn(help.output), optionsIn(english)) << tool << " " << language;
+    }
+  }
+}
+
+// Columns according to the C library: a test of the layout must not use the layout's own widths.
+int columnsOf(const std::string& line) {
+  std::vector<wchar_t> wide(line.size() + 1);
+  const size_t count = std::mbstowcs(wide.data(), line.c_str(), wide.size());
+  return count == static_cast<size_t>(-1) ? -1 : wcswidth(wide.data(), count);
+}
+
+TEST(Tools, FitTheirHelpInto80ColumnsInEveryLanguage) {
+  ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+  std::vector<std::string> languages(std::begin(kLanguages), std::end(kLanguages));
+  languages.emplace_back("en");
+  for (const std::string tool : kTools) {
+    for (const std::string& language : languages) {
+      std::istringstream lines(runIn(language, {tool, "--help"}).output);
+      size_t count = 0;
+      for (std::string line; std::getline(lines, line); ++count) {
+        const int columns = columnsOf(line);
+        EXPECT_TRUE(columns >= 0 && columns <= 80) << tool << " " << language << ": " << line;
+      }
+      EXPECT_GT(count, 8u) << tool << " " << language;
     }
   }
 }

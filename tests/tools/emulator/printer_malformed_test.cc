@@ -1,4 +1,4 @@
-// Streams that break: cut off behind every byte, and with a wrong byte at every place. The printer
+// Malformed streams: cut off after every byte, and with a wrong byte at every place. The printer
 // names the offset, answers nothing more, and serves the next host.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ constexpr size_t kLength = 145;
 struct Packet {
   size_t start;
   size_t data;   // bytes
-  size_t stop;   // offset behind it
+  size_t stop;   // offset after it
   bool checked;  // its data has forbidden values
   bool anyLength;
 };
@@ -52,28 +52,28 @@ std::string breach(size_t offset) {
 }
 
 // Sends bytes to a printer that serves one host after another. Returns its reply in hex and sets
-// the line on the breach, if it told one.
+// the line that reports the malformed byte, if any.
 std::string serve(PrinterProcess* printer, int port, const std::vector<uint8_t>& bytes,
-                  std::string* told) {
+                  std::string* report) {
   HostConnection host(port);
   host.send(bytes);
   host.endSending();
   std::string reply = hexText(host.receiveAll());
-  told->clear();
+  report->clear();
   for (const std::string& line : printer->linesTo("disconnected")) {
-    if (line.starts_with("malformed")) *told = line;
+    if (line.starts_with("malformed")) *report = line;
   }
   return reply;
 }
 
 TEST(PrinterMalformed, AStreamMayEndBetweenPacketsOnly) {
-  PrinterProcess printer({"--port", "0", "--speed", "100000"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--speed", "100000"});
   const int port = printer.number();
   const std::vector<uint8_t> whole = hexBytes(kStream);
   ASSERT_EQ(kLength, whole.size());
   for (size_t length = 0; length <= kLength; ++length) {
-    std::string told;
-    serve(&printer, port, {whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)}, &told);
+    std::string report;
+    serve(&printer, port, {whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)}, &report);
     std::string want;
     if (length > 0 && length < 64) {
       want = breach(length) + "the end after " + std::to_string(length) +
@@ -84,7 +84,7 @@ TEST(PrinterMalformed, AStreamMayEndBetweenPacketsOnly) {
       want = breach(length) + "the end, want the rest of the packet at " +
              std::to_string(packet->start);
     }
-    EXPECT_EQ(want, told) << length << " bytes";
+    EXPECT_EQ(want, report) << length << " bytes";
   }
   printer.signal(SIGTERM);
   EXPECT_EQ(0, printer.status());
@@ -113,19 +113,19 @@ std::string answerToWrongByte(size_t offset) {
 }
 
 TEST(PrinterMalformed, AWrongByteIsNamedWhereverItStands) {
-  PrinterProcess printer({"--port", "0", "--speed", "100000"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--speed", "100000"});
   const int port = printer.number();
   for (size_t offset = 0; offset < kLength; ++offset) {
     std::vector<uint8_t> bytes = hexBytes(kStream);
     bytes[offset] = 0xEE;
-    std::string told;
-    const std::string reply = serve(&printer, port, bytes, &told);
+    std::string report;
+    const std::string reply = serve(&printer, port, bytes, &report);
     const std::string want = answerToWrongByte(offset);
     if (want.empty()) {
-      EXPECT_EQ("", told) << "offset " << offset;
+      EXPECT_EQ("", report) << "offset " << offset;
       EXPECT_EQ(26u + 12u, reply.size()) << "offset " << offset;
     } else {
-      EXPECT_EQ(want, told.substr(0, want.size())) << "offset " << offset;
+      EXPECT_EQ(want, report.substr(0, want.size())) << "offset " << offset;
       EXPECT_EQ("", reply) << "offset " << offset;
     }
   }
@@ -134,7 +134,7 @@ TEST(PrinterMalformed, AWrongByteIsNamedWhereverItStands) {
 }
 
 TEST(PrinterMalformed, NothingIsAnsweredBehindABreach) {
-  PrinterProcess printer({"--port", "0"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0"});
   const int port = printer.number();
   const std::string request = "64 10 40 00 00 00 00 00 00 9B";
   HostConnection host(port);

@@ -16,8 +16,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // 64 NUL bytes, setup with density 8.
 const char kPageStart[] =
     "00000000 00000000 00000000 00000000 00000000 00000000 00000000 00000000"
@@ -74,20 +72,20 @@ std::string band(const std::string& path, size_t left, size_t width) {
 
 TEST(PrinterProgram, AJobOfTwoPagesGoesThrough) {
   const TemporaryFolder folder;
-  PrinterProcess printer({"--port", "0", "--out", folder.file("out"), "--pages", "--speed",
-                          "100000", "--media", "continuous", "--once"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--out", folder.file("out"), "--pages",
+                                          "--speed", "100000", "--media", "continuous", "--once"});
   HostConnection host(printer.number());
   ASSERT_TRUE(host.connected());
   host.send(stream({kPageStart, kRequest}));
   EXPECT_EQ(hexLine(kReadyReply), hexText(host.receive(13)));
   host.send(stream({kBegin, kPage, kEnd}));
-  EXPECT_TRUE(printer.tells("sheet 1 out"));
+  EXPECT_TRUE(printer.reports("sheet 1 out"));
   host.send(stream({kRequest}));
   EXPECT_EQ(hexLine(kOutReply), hexText(host.receive(13)));
   host.send(stream({kPageStart, kRequest}));
   EXPECT_EQ(hexLine(kReadyReply), hexText(host.receive(13)));
   host.send(stream({kBegin, kPage, kFeedToEdge, kEnd}));
-  EXPECT_TRUE(printer.tells("sheet 2 out"));
+  EXPECT_TRUE(printer.reports("sheet 2 out"));
   host.send(stream({kBegin, kCut, kEnd}));
   host.endSending();
   EXPECT_EQ("", host.receiveAll());
@@ -113,7 +111,7 @@ TEST(PrinterProgram, AJobOfTwoPagesGoesThrough) {
 }
 
 TEST(PrinterProgram, EveryEventIsALine) {
-  PrinterProcess printer({"--port", "0", "--speed", "100000", "--once"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--speed", "100000", "--once"});
   HostConnection host(printer.number());
   host.send(stream({kPageStart, kRequest, kBegin, kPage, kFeedToEdge, kEnd}));
   host.endSending();
@@ -140,7 +138,8 @@ TEST(PrinterProgram, EveryEventIsALine) {
 }
 
 TEST(PrinterProgram, QuietTellsThePortAlone) {
-  PrinterProcess printer({"--port", "0", "--once", "--quiet", "--scenario", "silent"});
+  PrinterProcess printer(KORVEL_PRINTER,
+                         {"--port", "0", "--once", "--quiet", "--scenario", "silent"});
   HostConnection host(printer.number());
   host.send(stream({kPageStart, kRequest}));
   host.endSending();
@@ -150,7 +149,7 @@ TEST(PrinterProgram, QuietTellsThePortAlone) {
 }
 
 TEST(PrinterProgram, ASecondHostWaitsForTheFirst) {
-  PrinterProcess printer({"--port", "0"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0"});
   const int port = printer.number();
   HostConnection first(port);
   first.send(stream({kRequest}));
@@ -169,17 +168,18 @@ TEST(PrinterProgram, ASecondHostWaitsForTheFirst) {
 
 TEST(PrinterProgram, ASignalEndsItAtAnyTime) {
   for (const int number : {SIGTERM, SIGINT}) {
-    PrinterProcess printer({"--port", "0", "--scenario", "out-of-paper"});
+    PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--scenario", "out-of-paper"});
     HostConnection host(printer.number());
     host.send(stream({kPageStart, kBegin, kPage, kEnd}));
-    EXPECT_TRUE(printer.tells("image 5 rows"));
+    EXPECT_TRUE(printer.reports("image 5 rows"));
     printer.signal(number);
     EXPECT_EQ(0, printer.status()) << "signal " << number;
   }
 }
 
 TEST(PrinterProgram, TheControlPortTakesScenarios) {
-  PrinterProcess printer({"--port", "0", "--control-port", "0", "--speed", "100000"});
+  PrinterProcess printer(KORVEL_PRINTER,
+                         {"--port", "0", "--control-port", "0", "--speed", "100000"});
   const int port = printer.number();
   HostConnection control(printer.number());
   HostConnection host(port);
@@ -201,7 +201,7 @@ TEST(PrinterProgram, TheControlPortTakesScenarios) {
   EXPECT_EQ("ok: paper out 0x00080000, no paper, cover closed, pages waiting 1, sheets out 0",
             control.ask("state"));
   EXPECT_EQ("ok", control.ask("load"));
-  EXPECT_TRUE(printer.tells("sheet 1 out"));
+  EXPECT_TRUE(printer.reports("sheet 1 out"));
   EXPECT_EQ(hexLine(kOutReply), status());
   EXPECT_EQ("error: the line is longer than 1000 characters",
             control.ask("state" + std::string(1000, ' ') + "now"));
@@ -210,7 +210,7 @@ TEST(PrinterProgram, TheControlPortTakesScenarios) {
 }
 
 TEST(PrinterProgram, AScriptMayEndWithoutALineEnd) {
-  PrinterProcess printer({"--port", "0", "--control-port", "0"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--control-port", "0"});
   printer.number();
   HostConnection control(printer.number());
   control.send(std::string("cover open\r\nstate\nquit"));
@@ -232,7 +232,7 @@ TEST(PrinterProgram, RepliesComeAsTheScenarioSays) {
   const Case cases[] = {
       {"in pieces", {"split 6"}, 13, hexLine(kReadyReply)},
       {"twice", {"glue"}, 26, hexLine(hexOf({kReadyReply, kReadyReply}))},
-      {"behind two bytes of noise", {"noise 2"}, 15, "3C 5E " + hexLine(kReadyReply)},
+      {"after two bytes of noise", {"noise 2"}, 15, "3C 5E " + hexLine(kReadyReply)},
       {"read slowly", {"slow 1000"}, 13, hexLine(kReadyReply)},
       {"read after a stall", {"stall for 0.05 after 3"}, 13, hexLine(kReadyReply)},
   };
@@ -241,7 +241,7 @@ TEST(PrinterProgram, RepliesComeAsTheScenarioSays) {
     for (const std::string& text : c.scenarios) {
       arguments.insert(arguments.end(), {"--scenario", text});
     }
-    PrinterProcess printer(arguments);
+    PrinterProcess printer(KORVEL_PRINTER, arguments);
     HostConnection host(printer.number());
     host.send(stream({kRequest}));
     EXPECT_EQ(c.reply, hexText(host.receive(c.bytes))) << c.sentence;
@@ -249,7 +249,7 @@ TEST(PrinterProgram, RepliesComeAsTheScenarioSays) {
 }
 
 TEST(PrinterProgram, APieceComesByItself) {
-  PrinterProcess printer({"--port", "0", "--scenario", "split 6"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--scenario", "split 6"});
   HostConnection host(printer.number());
   host.send(stream({kRequest}));
   EXPECT_EQ("64 FF 00 08 00 00", hexText(host.receive(6)));
@@ -260,12 +260,13 @@ TEST(PrinterProgram, APieceComesByItself) {
 TEST(PrinterProgram, ADisconnectedPageIsPrintedAsFarAsItCame) {
   const TemporaryFolder folder;
   // 97 bytes of the page start, 11 of a control, 14 of the area, 18 of the first block, 3 more.
-  PrinterProcess printer({"--port", "0", "--once", "--out", folder.path(), "--speed", "100000",
+  PrinterProcess printer(KORVEL_PRINTER,
+                         {"--port", "0", "--once", "--out", folder.path(), "--speed", "100000",
                           "--scenario", "disconnect after 143"});
   HostConnection host(printer.number());
   host.send(stream({kPageStart, kBegin, kPage, kEnd}));
   EXPECT_EQ("", host.receiveAll());
-  EXPECT_TRUE(printer.tells("area"));
+  EXPECT_TRUE(printer.reports("area"));
   const Lines lines = {"image 4 rows x 2 bytes", "page 1 broken off", "disconnected by the printer",
                        "sheet 1 out: " + folder.file("sheet-1.png") + " 1728 x 4"};
   EXPECT_EQ(lines, printer.linesTo("sheet 1 out"));
@@ -276,16 +277,16 @@ TEST(PrinterProgram, ADisconnectedPageIsPrintedAsFarAsItCame) {
 }
 
 TEST(PrinterProgram, TheNextJobFindsAReadyPrinter) {
-  PrinterProcess printer({"--port", "0", "--speed", "100000"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--port", "0", "--speed", "100000"});
   const int port = printer.number();
   {
     HostConnection cancelled(port);
     cancelled.send(stream({kPageStart, kBegin,
                            "64 43 00 04 00 58 03 10 00 00 00 00 00 9B"
                            "64 03 00 08 00 FF FF 80"}));
-    EXPECT_TRUE(printer.tells("area"));
+    EXPECT_TRUE(printer.reports("area"));
   }
-  EXPECT_TRUE(printer.tells("disconnected"));
+  EXPECT_TRUE(printer.reports("disconnected"));
   HostConnection host(port);
   host.send(stream({kPageStart, kRequest}));
   EXPECT_EQ(hexLine(kReadyReply), hexText(host.receive(13)));
@@ -293,22 +294,22 @@ TEST(PrinterProgram, TheNextJobFindsAReadyPrinter) {
 
 TEST(PrinterProgram, StandsInAsAPipe) {
   const TemporaryFolder folder;
-  PrinterProcess printer(
-      {"--stdin", "--reply-fd", "3", "--out", folder.path(), "--pages", "--speed", "1"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--stdin", "--reply-fd", "3", "--out", folder.path(),
+                                          "--pages", "--speed", "1"});
   // At 1 mm a second the page of 5 rows prints for 0.6 s: long enough to be asked meanwhile.
   printer.feed(stream({kRequest, kPageStart, kBegin, kPage, kEnd, kRequest}));
-  EXPECT_TRUE(printer.tells("status request -> printing"));
+  EXPECT_TRUE(printer.reports("status request -> printing"));
   EXPECT_EQ(0, printer.status());
   EXPECT_EQ(hexLine(hexOf({kReadyReply, kPrintingReply})), hexText(printer.replies()));
-  EXPECT_TRUE(printer.tells("sheet 1 out: " + folder.file("sheet-1.png") + " 1728 x 5"));
+  EXPECT_TRUE(printer.reports("sheet 1 out: " + folder.file("sheet-1.png") + " 1728 x 5"));
   EXPECT_EQ(pictureText(kPagePicture), band(folder.file("page-1.png"), 0, 16));
 }
 
 TEST(PrinterProgram, AtTheEndPagesWithoutPaperAreNamedAndLeft) {
-  PrinterProcess printer({"--stdin", "--scenario", "out-of-paper"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--stdin", "--scenario", "out-of-paper"});
   printer.feed(stream({kPageStart, kBegin, kPage, kEnd, kRequest}));
   EXPECT_EQ(0, printer.status());
-  EXPECT_TRUE(printer.tells("disconnected"));
+  EXPECT_TRUE(printer.reports("disconnected"));
   EXPECT_EQ(
       "left in the printer: paper out 0x00080000, no paper, cover closed, pages waiting 1, "
       "sheets out 0",
@@ -320,60 +321,62 @@ TEST(PrinterProgram, AFolderThatCannotBeWrittenIsAnError) {
   const TemporaryFolder folder;
   // A folder stands where the picture should.
   std::filesystem::create_directory(folder.file("sheet-1.png"));
-  PrinterProcess printer({"--stdin", "--out", folder.path(), "--quiet"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--stdin", "--out", folder.path(), "--quiet"});
   printer.feed(stream({kPageStart, kBegin, kPage, kEnd}));
   EXPECT_EQ(1, printer.status());
   EXPECT_EQ(
-      "korvel-printer: sheet 1: cannot write " + folder.file("sheet-1.png") + ": Is a directory\n",
+      "korvel-printer: sheet 1: Cannot write " + folder.file("sheet-1.png") + ": Is a directory.\n",
       printer.errors());
 }
 
 TEST(PrinterProgram, AFileInPlaceOfTheFolderIsAnError) {
   const TemporaryFolder folder;
   const std::string file = folder.write("file", "");
-  PrinterProcess printer({"--stdin", "--out", file + "/out"});
+  PrinterProcess printer(KORVEL_PRINTER, {"--stdin", "--out", file + "/out"});
   EXPECT_EQ(1, printer.status());
-  EXPECT_EQ("korvel-printer: cannot make the folder " + file + "/out: Not a directory\n",
+  EXPECT_EQ("korvel-printer: Cannot create the folder " + file + "/out: Not a directory.\n",
             printer.errors());
 }
 
 TEST(PrinterProgram, ATakenPortIsAnError) {
-  PrinterProcess first({"--port", "0"});
+  PrinterProcess first(KORVEL_PRINTER, {"--port", "0"});
   const std::string port = first.line();
-  PrinterProcess second({"--port", port});
+  PrinterProcess second(KORVEL_PRINTER, {"--port", port});
   EXPECT_EQ(1, second.status());
-  EXPECT_EQ("korvel-printer: cannot listen on port " + port + ": Address already in use\n",
+  EXPECT_EQ("korvel-printer: Cannot listen on port " + port + ": Address already in use.\n",
             second.errors());
 }
 
-TEST(PrinterProgram, WrongUsageIsToldInOneSentence) {
+TEST(PrinterProgram, WrongUsageIsReportedInOneSentence) {
   struct Case {
     std::vector<std::string> arguments;
     const char* fault;
   };
   const Case cases[] = {
-      {{"--port"}, "--port wants a value"},
-      {{"--port", "65536"}, "--port wants a number from 0 to 65535, have '65536'"},
-      {{"--port", "-1"}, "--port wants a number from 0 to 65535, have '-1'"},
-      {{"--port", ""}, "--port wants a number from 0 to 65535, have ''"},
-      {{"--control-port", "9100x"}, "--control-port wants a number from 0 to 65535, have '9100x'"},
-      {{"--dpi", "0"}, "--dpi wants a number from 1 to 9999, have '0'"},
-      {{"--speed", "0"}, "--speed wants a number from 1 to 100000, have '0'"},
+      {{"--port"}, "--port needs a value"},
+      {{"--port", "65536"}, "--port needs a number from 0 to 65535, not '65536'"},
+      {{"--port", "-1"}, "--port needs a number from 0 to 65535, not '-1'"},
+      {{"--port", ""}, "--port needs a number from 0 to 65535, not ''"},
+      {{"--control-port", "9100x"}, "--control-port needs a number from 0 to 65535, not '9100x'"},
+      {{"--dpi", "0"}, "--dpi needs a number from 1 to 9999, not '0'"},
+      {{"--speed", "0"}, "--speed needs a number from 1 to 100000, not '0'"},
       {{"--speed", "99999999999999999999"},
-       "--speed wants a number from 1 to 100000, have '99999999999999999999'"},
-      {{"--media", "roll"}, "--media wants gap, mark, continuous or sheet, have 'roll'"},
-      {{"--out", ""}, "--out wants a folder"},
-      {{"--pages"}, "--pages wants --out beside it"},
-      {{"--stdin", "--port", "0"}, "--port and --stdin exclude each other"},
-      {{"--reply-fd", "3"}, "--reply-fd wants --stdin beside it"},
+       "--speed needs a number from 1 to 100000, not '99999999999999999999'"},
+      {{"--media", "roll"}, "--media needs gap, mark, continuous or sheet, not 'roll'"},
+      {{"--out", ""}, "--out needs a value"},
+      {{"--pages"}, "--pages needs --out"},
+      {{"--stdin", "--port", "0"}, "--port and --stdin cannot be combined"},
+      {{"--reply-fd", "3"}, "--reply-fd needs --stdin"},
       {{"--stdin", "--reply-fd", "900"}, "--reply-fd: descriptor 900 is not open"},
       {{"--scenario", "fire"}, "--scenario: unknown scenario 'fire'"},
-      {{"--scenario", "quit"}, "--scenario: 'quit' belongs on the control port"},
+      {{"--scenario", "quit"}, "--scenario: 'quit' is for the control port"},
+      {{"--scenario", "reply drain-refused"},
+       "--scenario: 'reply drain-refused' needs a spooler's side channel"},
       {{"--verbose"}, "unknown option '--verbose'"},
       {{"stream.bin"}, "unexpected argument 'stream.bin'"},
   };
   for (const Case& c : cases) {
-    PrinterProcess printer(c.arguments);
+    PrinterProcess printer(KORVEL_PRINTER, c.arguments);
     EXPECT_EQ(2, printer.status()) << c.fault;
     EXPECT_EQ("korvel-printer: " + std::string(c.fault) + "; see korvel-printer --help\n",
               printer.errors());
@@ -381,10 +384,10 @@ TEST(PrinterProgram, WrongUsageIsToldInOneSentence) {
 }
 
 TEST(PrinterProgram, HelpAndVersionGoToStandardOutput) {
-  PrinterProcess help({"--help"});
+  PrinterProcess help(KORVEL_PRINTER, {"--help"});
   EXPECT_EQ(0, help.status());
   EXPECT_EQ("Usage: korvel-printer [OPTION]...", help.line());
-  PrinterProcess version({"--version"});
+  PrinterProcess version(KORVEL_PRINTER, {"--version"});
   EXPECT_EQ(0, version.status());
   EXPECT_EQ("korvel-printer 1.0.0", version.line());
 }

@@ -11,6 +11,7 @@
 #include "tests/support/character_picture.h"
 #include "tests/support/hex_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/tools/result_text.h"
 
 namespace korvel {
 namespace {
@@ -51,7 +52,7 @@ const Case kCases[] = {
      0,
      SheetEnd::kAttached,
      {"#.......", ".#......", "..#.....", "...#....", "....#..."}},
-    {"fed length is blank before and behind",
+    {"fed length is blank before and after",
      8,
      "00 00 08 00",
      {"FF"},
@@ -59,7 +60,7 @@ const Case kCases[] = {
      1,
      SheetEnd::kAttached,
      {"........", "........", "########", "........"}},
-    {"a cut is a whole line behind the paper",
+    {"a cut is a whole line after the paper",
      8,
      "00 00 08 00",
      {"FF"},
@@ -141,7 +142,7 @@ TEST(PrinterSheet, ShowsWhatAUserHoldsInHand) {
 TEST(PrinterSheet, IsWrittenInThreeColours) {
   const TemporaryFolder folder;
   for (const Case& c : kCases) {
-    EXPECT_EQ("", sheetOf(c).writePng(folder.file("sheet.png"), 203)) << c.sentence;
+    EXPECT_EQ("", failureOf(sheetOf(c).writePng(folder.file("sheet.png"), 203))) << c.sentence;
     EXPECT_EQ(pictureText(c.picture), drawnFile(folder.file("sheet.png"))) << c.sentence;
   }
 }
@@ -163,11 +164,11 @@ TEST(PrinterSheet, TakesTheAreasWidthWhenThePacketsLeaveTheRowOpen) {
 TEST(PrinterSheet, TellsWhyItCannotBeWritten) {
   const TemporaryFolder folder;
   const SheetPicture sheet = sheetOf(kCases[0]);
-  EXPECT_EQ("cannot write " + folder.path() + "/no/sheet.png: No such file or directory",
-            sheet.writePng(folder.path() + "/no/sheet.png", 203));
+  EXPECT_EQ("Cannot write " + folder.path() + "/no/sheet.png: No such file or directory.",
+            failureOf(sheet.writePng(folder.path() + "/no/sheet.png", 203)));
   const Case narrow = {"", 8, "00 00 00 00", {"FF"}, 0, 0, SheetEnd::kAttached, {}};
-  EXPECT_EQ("the sheet has no length, so there is no picture",
-            sheetOf(narrow).writePng(folder.file("sheet.png"), 203));
+  EXPECT_EQ("The sheet has no length, so there is no picture.",
+            failureOf(sheetOf(narrow).writePng(folder.file("sheet.png"), 203)));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The emulated printer's world as tables: what comes at which moment, the status word behind it,
-// and the lines it tells. At 254 dots per inch and 100 mm a second a dot line takes a millisecond.
+// The emulated printer as tables: what arrives when, the status word after it, and the events it
+// reports. At 254 dots per inch and 100 mm per second a row takes a millisecond.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/emulator/printer_world.h"
 
@@ -23,7 +23,7 @@ struct Row {
   Micros at;
   const char* what;  // an item in words, "break off", "give <scenario>", or nothing
   uint64_t word;
-  const char* told;  // the lines, "; " between them
+  const char* events;  // the lines, "; " between them
 };
 
 struct Story {
@@ -78,35 +78,34 @@ class World {
   explicit World(Media media)
       : world_(
             {254, 100, media},
-            {[this](const std::string& line) { tell(line); }, [](unsigned, const PagePicture&) {},
+            {[this](const std::string& line) { report(line); }, [](unsigned, const PagePicture&) {},
              [this](unsigned number, const SheetPicture& sheet, const char* what) {
-               tell("sheet " + std::to_string(number) + " " + what + " " +
-                    std::to_string(sheet.width()) + " x " + std::to_string(sheet.height()));
+               report("sheet " + std::to_string(number) + " " + what + " " +
+                      std::to_string(sheet.width()) + " x " + std::to_string(sheet.height()));
              }}) {}
 
-  // Does what a row says and returns the lines told.
+  // Does what a row says and returns the events.
   std::string take(Micros at, const std::string& what) {
-    told_.clear();
+    events_.clear();
     if (what.empty()) {
       world_.advance(at);
     } else if (what == "break off") {
       world_.breakOff(at);
     } else if (what.starts_with("give ")) {
-      Scenario scenario;
-      std::string fault;
-      EXPECT_TRUE(parseScenario(what.substr(5), &scenario, &fault)) << fault;
-      EXPECT_TRUE(world_.apply(scenario, at));
+      const Result<Scenario> scenario = parseScenario(what.substr(5));
+      EXPECT_TRUE(scenario.ok()) << what;
+      EXPECT_TRUE(world_.apply(scenario.value(), at));
     } else {
       world_.take(itemOf(what), at);
     }
-    return told_;
+    return events_;
   }
   PrinterWorld& operator*() { return world_; }
 
  private:
-  void tell(const std::string& line) { told_ += (told_.empty() ? "" : "; ") + line; }
+  void report(const std::string& line) { events_ += (events_.empty() ? "" : "; ") + line; }
 
-  std::string told_;
+  std::string events_;
   PrinterWorld world_;
 };
 
@@ -116,7 +115,7 @@ void check(const std::vector<Story>& stories) {
     for (const Row& row : c.rows) {
       const std::string where =
           std::string(c.sentence) + ", at " + std::to_string(row.at) + " '" + row.what + "'";
-      EXPECT_EQ(row.told, world.take(row.at, row.what)) << where;
+      EXPECT_EQ(row.events, world.take(row.at, row.what)) << where;
       EXPECT_EQ(row.word, (*world).statusWord()) << where;
     }
   }
@@ -148,7 +147,7 @@ TEST(PrinterWorld, APageMakesItBusyThenOutAndTheNextReady) {
         {0, "image 05", kPrinting, ""},
         {0, "control 1", kPrinting, "image 5 rows x 1 bytes; control 1"},
         {5000, "", kOut, "sheet 1 out 2592 x 5"}}},
-      {"the sheet waits for the control behind it",
+      {"the sheet waits for the control after it",
        Media::kGap,
        {{0, "area 0 8", kPrinting, "area offset 0 width 8"},
         {0, "image FF", kPrinting, ""},
@@ -208,7 +207,7 @@ TEST(PrinterWorld, FeedsMakeTheSheetAndTakeTheirTime) {
         {102000, "image FF FF", kPrinting, ""},
         {102000, "control 1", kPrinting, "image 2 rows x 1 bytes; control 1"},
         {104000, "", kOut, "sheet 2 out 2592 x 102"}}},
-      {"a tear-off and a cut behind the job",
+      {"a tear-off and a cut after the job",
        Media::kGap,
        {{0, "area 0 8", kPrinting, "area offset 0 width 8"},
         {0, "image FF FF", kPrinting, ""},
@@ -267,7 +266,7 @@ TEST(PrinterWorld, FeedsMakeTheSheetAndTakeTheirTime) {
        {{0, "feed 5 0", kPrinting,
          "feed mode 5 lines 0; no mark on this paper: feed mode 5 goes to the edge"},
         {130000, "", kReady, ""}}},
-      {"a cut without a sheet is only told", Media::kGap, {{0, "cut", kReady, "cut"}}},
+      {"a cut without a sheet is only reported", Media::kGap, {{0, "cut", kReady, "cut"}}},
   });
 }
 
@@ -397,7 +396,7 @@ TEST(PrinterWorld, PagesThatBreakOffArePrintedAsFarAsTheyCame) {
         {0, "break off", kPrinting, "image 2 rows x 2 bytes; page 1 broken off"},
         {2000, "", kOut, "sheet 1 out 2592 x 2"},
         {2000, "page start", kReady, "page start"}}},
-      {"behind the image",
+      {"after the image",
        Media::kGap,
        {{0, "area 0 8", kPrinting, "area offset 0 width 8"},
         {0, "image FF", kPrinting, ""},
@@ -562,14 +561,13 @@ TEST(PrinterWorld, TellsItsStateInOneLine) {
             (*world).stateText());
 }
 
-TEST(PrinterWorld, LeavesTheLineToOthers) {
+TEST(PrinterWorld, LeavesTheConnectionToOthers) {
   World world(Media::kGap);
   for (const char* text : {"silent", "noise 1", "split", "glue", "slow 1", "stall for 1",
                            "disconnect", "state", "quit"}) {
-    Scenario scenario;
-    std::string fault;
-    ASSERT_TRUE(parseScenario(text, &scenario, &fault)) << fault;
-    EXPECT_FALSE((*world).apply(scenario, 0)) << text;
+    const Result<Scenario> scenario = parseScenario(text);
+    ASSERT_TRUE(scenario.ok()) << text;
+    EXPECT_FALSE((*world).apply(scenario.value(), 0)) << text;
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "tests/spooler/picture.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/tools/result_text.h"
 
 namespace {
 
@@ -57,12 +58,12 @@ TEST(ContactSheet, HoldsEveryDotAndPrintsNoOther) {
   for (int i = 0; i < 10; ++i) cells.push_back({"A name", "A note", blackPage(50, 30)});
   const korvel::ContactSheet sheet("A title that is cut off where the sheet ends",
                                    std::move(cells));
-  ASSERT_EQ(sheet.writePng(folder.file("all.png"), 203), "");
+  ASSERT_EQ(failureOf(sheet.writePng(folder.file("all.png"), 203)), "");
   const Picture all = readPicture(folder.file("all.png"));
   EXPECT_EQ(all.printed(), 10u * 400 * 120);
   EXPECT_EQ(all.part(24, 56 + 52, 400, 120).printed(), 400u * 120);
-  EXPECT_EQ(sheet.writePng(folder.path() + "/no/all.png", 203),
-            "cannot write " + folder.path() + "/no/all.png: No such file or directory");
+  EXPECT_EQ(failureOf(sheet.writePng(folder.path() + "/no/all.png", 203)),
+            "Cannot write " + folder.path() + "/no/all.png: No such file or directory.");
 }
 
 }  // namespace

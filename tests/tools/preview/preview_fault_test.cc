@@ -1,4 +1,5 @@
-// Every failure is one sentence, and tells wrong usage from what cannot be shown.
+// Every failure is one sentence; wrong usage has another exit status than a file that cannot be
+// shown.
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
@@ -19,31 +20,23 @@ TEST(PreviewFaults, WrongUsageIsStatusTwo) {
   PreviewRunner runner;
   const std::string raster = runner.files().write("page.ras", rasterOf("8x8 203dpi picture=black"));
   const UsageCase kCases[] = {
-      {{}, "which file?"},
-      {{label, "-P"}, "-P wants a value"},
-      {{label, "--out", ""}, "--out wants a value"},
+      {{}, "no file given"},
+      {{label, "-P"}, "-P needs a value"},
+      {{label, "--out", ""}, "--out needs a value"},
       {{label, "-x"}, "unknown option '-x'"},
       {{label, label}, "more than one file: "},
       {{label, "--pages=1"}, "--pages takes no value"},
-      {{label, "--out="}, "--out wants a value"},
-      {{label, "-n", "0"}, "-n wants a number from 1 to 9999, have '0'"},
-      {{label, "-n", "99999"}, "-n wants a number from 1 to 9999, have '99999'"},
-      {{label, "-n", "2x"}, "-n wants a number from 1 to 9999, have '2x'"},
-      {{label, "-Pa", "-p", "b"}, "-P and -p exclude each other"},
+      {{label, "--out="}, "--out needs a value"},
+      {{label, "-n", "0"}, "-n needs a number from 1 to 9999, not '0'"},
+      {{label, "-n", "99999"}, "-n needs a number from 1 to 9999, not '99999'"},
+      {{label, "-n", "2x"}, "-n needs a number from 1 to 9999, not '2x'"},
+      {{label, "-Pa", "-p", "b"}, "-P and -p cannot be combined"},
       {{label, "--halftones", "--pages"},
-       "--halftones makes one picture: leave --pages and --stream out"},
+       "--halftones cannot be combined with --pages and --stream"},
       {{label, "--halftones", "-o", "HalftoneType=None"},
-       "--halftones shows them all: leave -o HalftoneType out"},
-      {{"-p", ppd, raster, "-n", "2"}, "a raster file prints as it is, once; -n is for documents"},
-      {{"-p", ppd, label, "-o", "Darknes=Dark"}, "unknown option Darknes"},
-      {{"-p", ppd, label, "-o", "Darkness=Hot"},
-       "the printer description offers no Darkness=Hot, only Light Middle Dark"},
-      {{"-p", ppd, label, "-o", "PostAction="},
-       "the option PostAction wants a value, one of None TearOff Cut"},
-      {{"-p", ppd, label, "-o", "MirrorImage=yes"},
-       "the printer description offers no MirrorImage=yes, only False True"},
-      {{"-p", ppd, label, "-o", "fit-to-page PageSize=Custom.axb"},
-       "the printer description offers no PageSize=Custom.axb, only"},
+       "--halftones shows all of them; remove -o HalftoneType"},
+      {{"-p", ppd, raster, "-n", "2"},
+       "-n is not for raster files, which contain all their copies"},
   };
   for (const UsageCase& c : kCases) {
     const CommandResult result = runner.preview(c.arguments);
@@ -51,6 +44,41 @@ TEST(PreviewFaults, WrongUsageIsStatusTwo) {
     EXPECT_TRUE(result.output.starts_with(std::string("korvel-preview: ") + c.sentence))
         << result.output;
     EXPECT_TRUE(result.output.ends_with("; see korvel-preview --help\n")) << result.output;
+  }
+}
+
+TEST(PreviewFaults, InvalidOptionsAreStatusTwoWithTheNearestValidOnes) {
+  const std::string label = exampleFile("label.pdf");
+  const std::string ppd = ppdOf("korvel-label-203");
+  const struct {
+    const char* option;
+    const char* sentence;
+  } kCases[] = {
+      {"Darknes=Dark", "There is no option Darknes. Nearest options: Darkness."},
+      {"Colour=red", "There is no option Colour. Nearest options: ColorModel."},
+      {"Stapling=yes",
+       "There is no option Stapling. Show all options: korvel-setup --list -m MODEL"},
+      {"Darkness=Hot", "There is no choice Darkness=Hot. All choices: Light, Middle, Dark."},
+      {"PostAction=", "There is no choice PostAction=. All choices: None, TearOff, Cut."},
+      {"MirrorImage=yes", "There is no choice MirrorImage=yes. All choices: False, True."},
+      {"HalftoneType=Tatoo",
+       "There is no choice HalftoneType=Tatoo. Nearest choices: Tattoo, Tattoo_Z4."},
+      {"HalftoneType=Fine",
+       "There is no choice HalftoneType=Fine. Show all choices: korvel-setup --list -m MODEL"},
+      {"PageSize=2x1",
+       "There is no choice PageSize=2x1. Nearest choices: 1x2Rotated, 2x4, 2x2, 1x1, "
+       "Custom.WIDTHxHEIGHTmm."},
+      {"fit-to-page PageSize=Custom.axb",
+       "There is no choice PageSize=Custom.axb. Nearest choices: Custom.WIDTHxHEIGHTmm."},
+      {"PageSize=custom.50x80mm",
+       "There is no choice PageSize=custom.50x80mm. Nearest choices: Custom.WIDTHxHEIGHTmm."},
+      {"media=iso_a4", "There is no choice media=iso_a4. Nearest choices: Custom.WIDTHxHEIGHTmm."},
+  };
+  PreviewRunner runner;
+  for (const auto& c : kCases) {
+    const CommandResult result = runner.preview({"-p", ppd, label, "-o", c.option});
+    EXPECT_EQ(result.status, 2) << c.option;
+    EXPECT_EQ(result.output, std::string("korvel-preview: ") + c.sentence + "\n");
   }
 }
 
@@ -85,34 +113,32 @@ TEST(PreviewFaults, WhatCannotBeShownIsStatusOne) {
     Words arguments;
     std::string sentence;
   } kCases[] = {
-      {{files.file("no.pdf")}, "there is no file " + files.file("no.pdf")},
-      {{files.path()}, files.path() + " is a directory"},
-      {{"/dev/null"}, "/dev/null is not a plain file"},
-      {{files.write("empty.pdf", "")}, files.file("empty.pdf") + " is empty"},
+      {{files.file("no.pdf")},
+       "Cannot read " + files.file("no.pdf") + ": No such file or directory."},
+      {{files.path()}, files.path() + " is a directory."},
+      {{"/dev/null"}, "/dev/null is not a regular file."},
+      {{files.write("empty.pdf", "")}, files.file("empty.pdf") + " is empty."},
       {{files.write("bytes", std::string("\1\2\0\3", 4))},
-       files.file("bytes") + " is not a PDF, PNG, JPEG, text or CUPS raster file"},
-      {{"-p", "korvel-nothing", label},
-       "there is no printer description korvel-nothing here or in "},
+       files.file("bytes") + " is not a PDF, PNG, JPEG, text or CUPS raster file."},
+      {{"-p", "korvel-nothing", label}, "There is no PPD korvel-nothing here or in "},
       {{"-p", files.file("no.ppd"), label},
-       "cannot read the printer description " + files.file("no.ppd") +
-           ": No such file or directory"},
-      {{"-p", label, raster}, label + " is not a printer description (PPD)"},
+       "Cannot read " + files.file("no.ppd") + ": No such file or directory."},
+      {{"-p", label, raster}, label + " is not a PPD."},
       {{"-p", foreign, label},
-       foreign + " is not of a Korvel printer: it does not print with rastertokorvel"},
+       foreign + " is not for a Korvel printer: it does not use the filter rastertokorvel."},
       {{"-p", ppd, "--out", raster + "/x", label},
-       "cannot make the folder " + raster + "/x: Not a directory"},
+       "Cannot create the folder " + raster + "/x: Not a directory."},
       {{"-p", ppd, "--filter", "/no/filter", "--out", files.file("shown"), raster},
-       "cannot run /no/filter: No such file or directory"},
+       "Cannot run /no/filter: No such file or directory."},
       {{"-p", ppd, "--out", files.file("shown"), nothing},
-       nothing + " cannot be shown: it has no pages"},
+       "Cannot show " + nothing + ": There are no pages."},
       {{"-p", ppd, "--out", files.file("shown"), deep},
-       "the filter stopped with status 1: Unsupported bits per pixel : 24 ! Requires 8 bits per "
+       "The filter failed with status 1: Unsupported bits per pixel : 24 ! Requires 8 bits per "
        "pixel!"},
       {{"-p", ppd, "--out", files.file("shown"), broken},
-       "the rasteriser cannot make pages of " + broken + ": "},
+       "Cannot convert " + broken + " to pages: "},
       {{"-P", "labels", label},
-       "the spooler does not answer for queue labels; start it, or name a printer description with "
-       "-p instead"},
+       "The print service does not answer for queue labels; start it, or name a PPD with -p."},
   };
   for (const auto& c : kCases) {
     const CommandResult result = runner.preview(c.arguments);

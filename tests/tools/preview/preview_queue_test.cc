@@ -40,7 +40,7 @@ TEST(PreviewOfAQueue, HearsTheQueuesDefaultsAndTheOptionsOverThem) {
   const CommandResult missing = runner.preview({"-P", "nobody", document}, spooler.address());
   EXPECT_EQ(missing.status, 1);
   EXPECT_EQ(missing.output,
-            "korvel-preview: the spooler has no queue nobody; lpstat -e lists those there are\n");
+            "korvel-preview: There is no queue nobody. Show all queues: lpstat -e\n");
 }
 
 }  // namespace

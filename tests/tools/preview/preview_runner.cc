@@ -1,4 +1,4 @@
-// Every program is told where to leave what it leaves.
+// Every program gets a folder for the files that it leaves.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/tools/preview/preview_runner.h"
 

@@ -35,7 +35,7 @@ class PreviewRunner {
 
 std::string ppdOf(const std::string& name);          // "korvel-label-203"
 std::string exampleFile(const std::string& name);    // "label.pdf"
-std::string rasterOf(const std::string& pageWords);  // a page a line, see raster_maker.h
+std::string rasterOf(const std::string& pageWords);  // one line per page, see raster_maker.h
 std::string fileBytes(const std::string& path);      // "(none)" when it cannot be read
 
 #endif

@@ -56,7 +56,7 @@ TEST(DeviceChoice, ProposesWhatTheDeviceTells) {
       {"two resolutions, both",
        {"usb://Korvel/K220?serial=7", "", "Korvel K220", ""},
        "korvel-k220-203 korvel-k220-300 "},
-      {"the resolution that it tells first",
+      {"the resolution that it reports first",
        {"usb://Korvel/K220", "", "Korvel K220 300dpi", ""},
        "korvel-k220-300 korvel-k220-203 "},
       {"one-way twins on a line that brings nothing back",

@@ -50,7 +50,7 @@ void failWith(QueueFacts* facts, const char* message) {
 struct Case {
   const char* sentence;
   std::function<void(QueueFacts*)> change;
-  const char* want;  // the findings, hints behind a question mark; a line each
+  const char* want;  // the findings, hints after a question mark; one per line
 };
 
 void expectFindings(const Case& c) {
@@ -66,122 +66,123 @@ void expectFindings(const Case& c) {
 TEST(QueueDoctor, FindsWhatIsWrongWithTheInstallation) {
   const Case kCases[] = {
       {"another driver's queue", [](QueueFacts* f) { f->description = "*PPD-Adobe: \"4.3\"\n"; },
-       "Queue labels does not use a Korvel description; make one that does: korvel-setup -v "
+       "Queue labels does not use a Korvel driver. Create a queue that does: korvel-setup -v "
        "'socket://192.0.2.7' -p NAME\n"},
       {"an old description", [](QueueFacts* f) { f->installed += "*New: True\n"; },
-       "The description of queue labels is not the installed one; refresh it: korvel-setup -p "
-       "labels -m korvel-k220-203\n"},
+       "The driver of queue labels is not the installed version. Update it: korvel-setup -p labels "
+       "-m korvel-k220-203\n"},
       {"a description that is gone", [](QueueFacts* f) { f->installedName = f->installed = ""; },
-       "The description of queue labels is not installed here; choose another: korvel-setup --list "
-       "shows them, korvel-setup -p labels -m MODEL sets it.\n"},
+       "The driver of queue labels is not installed. Choose another one: korvel-setup -p labels -m "
+       "MODEL (korvel-setup --list shows all)\n"},
       {"no filter", [](QueueFacts* f) { f->filter = FilterFile::kMissing; },
-       "The print filter /usr/lib/cups/filter/rastertokorvel is missing; install the package "
-       "printer-driver-korvel again.\n"},
+       "The print filter /usr/lib/cups/filter/rastertokorvel is missing; reinstall the package "
+       "printer-driver-korvel.\n"},
       {"a filter without the right to run",
        [](QueueFacts* f) { f->filter = FilterFile::kNotExecutable; },
-       "The print filter /usr/lib/cups/filter/rastertokorvel cannot be executed; as root: chmod "
-       "755 /usr/lib/cups/filter/rastertokorvel\n"},
+       "The print filter /usr/lib/cups/filter/rastertokorvel is not executable. As root: chmod 755 "
+       "/usr/lib/cups/filter/rastertokorvel\n"},
       {"a filter that others may write", [](QueueFacts* f) { f->filter = FilterFile::kUnsafe; },
-       "The spooler runs no filter that others may write to; as root: chown root:root "
-       "/usr/lib/cups/filter/rastertokorvel && chmod 755 /usr/lib/cups/filter/rastertokorvel\n"},
+       "The print service does not run filters that other users can change. As root: chown "
+       "root:root /usr/lib/cups/filter/rastertokorvel && chmod 755 "
+       "/usr/lib/cups/filter/rastertokorvel\n"},
       {"many pictures", [](QueueFacts* f) { f->dumpBytes = 1234567890; },
-       "The pictures that the filter leaves in /var/spool/cups/tmp take 1234 MB; as root: find "
+       "The image dumps of the filter in /var/spool/cups/tmp take 1234 MB. As root: find "
        "/var/spool/cups/tmp -maxdepth 1 \\( -name 'origin_*.bmp' -o -name 'dithered_*.bmp' \\) "
        "-delete\n"},
   };
   for (const Case& c : kCases) expectFindings(c);
 }
 
-TEST(QueueDoctor, FindsWhatIsWrongWithTheLine) {
+TEST(QueueDoctor, FindsWhatIsWrongWithTheConnection) {
   const Case kCases[] = {
-      {"a reporting model on a line without answers",
+      {"a reporting model on a one-way connection",
        [](QueueFacts* f) {
          f->queue.uri = "lpd://192.0.2.7/raw";
          f->answer = PrinterAnswer::kNotAsked;
        },
-       "Queue labels waits for its printer's answers, but lpd://192.0.2.7/raw never brings one, "
-       "which costs about 20 minutes a page; take the one-way description: korvel-setup -p labels "
-       "-m korvel-k220-203-oneway\n"},
+       "Queue labels waits for replies of the printer, but lpd://192.0.2.7/raw returns none; this "
+       "costs about 20 minutes per page. Choose the one-way driver: korvel-setup -p labels -m "
+       "korvel-k220-203-oneway\n"},
       {"a silent printer", [](QueueFacts* f) { f->answer = PrinterAnswer::kSilent; },
-       "The printer at socket://192.0.2.7 does not answer, which costs about 20 minutes a page; "
-       "switch it off and on, and if it stays silent take the one-way description: korvel-setup -p "
-       "labels -m korvel-k220-203-oneway\n"},
+       "The printer at socket://192.0.2.7 does not answer; this costs about 20 minutes per page. "
+       "Switch it off and on again. If it still does not answer, choose the one-way driver: "
+       "korvel-setup -p labels -m korvel-k220-203-oneway\n"},
       {"nobody there", [](QueueFacts* f) { f->answer = PrinterAnswer::kNotReached; },
-       "Nothing can be reached at socket://192.0.2.7; switch the printer on and look at its cable, "
-       "or tell its new address: korvel-setup -p labels -v socket://ADDRESS\n"},
+       "Cannot reach the printer at socket://192.0.2.7; switch it on and check its cable, or "
+       "change the address: korvel-setup -p labels -v socket://ADDRESS\n"},
       {"a one-way description that need not be", [](QueueFacts* f) { beOneWay(f); },
-       "? The printer at socket://192.0.2.7 answers; its own description would tell of missing "
-       "paper and an open cover: korvel-setup -p labels -m korvel-k220-203\n"},
+       "? The printer at socket://192.0.2.7 answers; with its two-way driver the queue would "
+       "report missing paper and an open cover: korvel-setup -p labels -m korvel-k220-203\n"},
   };
   for (const Case& c : kCases) expectFindings(c);
 }
 
-TEST(QueueDoctor, TellsWhatTheQueueWaitsFor) {
+TEST(QueueDoctor, ReportsWhatTheQueueWaitsFor) {
   const Case kCases[] = {
       {"open cover", [](QueueFacts* f) { f->queue.reasons = {"cover-open-warning"}; },
-       "The printer's cover is open; close it, and queue labels goes on.\n"},
+       "The printer's cover is open; close it to continue queue labels.\n"},
       {"no paper", [](QueueFacts* f) { f->queue.reasons = {"media-empty-warning"}; },
-       "The printer reports no paper, or a sheet that still lies in its exit; take the sheet or "
-       "load paper, and queue labels goes on.\n"},
+       "The printer has no paper, or a sheet is still in its output; load paper or remove the "
+       "sheet to continue queue labels.\n"},
       {"a stopped queue that takes no jobs",
        [](QueueFacts* f) {
          f->queue.stopped = true;
          f->queue.accepting = false;
        },
-       "Queue labels is stopped; mend what is told here and start it: cupsenable labels\n"
-       "Queue labels refuses new jobs; let it take them: cupsaccept labels\n"},
+       "Queue labels is stopped. Solve the problems shown here, then start it: cupsenable labels\n"
+       "Queue labels rejects new jobs. Let it accept them: cupsaccept labels\n"},
   };
   for (const Case& c : kCases) expectFindings(c);
 }
 
-TEST(QueueDoctor, TellsTheLastErrorInPlainWords) {
+TEST(QueueDoctor, ExplainsTheLastError) {
   const Case kCases[] = {
       {"page size",
        [](QueueFacts* f) { failWith(f, "Paper size must not less than 1.0 : (0.9, 0.9)"); },
-       "Job 7 asked for a page size that the description does not have; choose one that it offers, "
-       "or name a custom size of at least 10 mm.\n"},
+       "Job 7 has a page size that the driver does not support; choose another size, or a custom "
+       "size of at least 10 mm.\n"},
       {"another description's pages",
        [](QueueFacts* f) {
          failWith(f, "Unsupported bits per pixel : 1 ! Requires 8 bits per pixel!");
        },
-       "The pages of job 7 were made for another printer description; set the queue's description "
-       "anew with korvel-setup and print again.\n"},
+       "The pages of job 7 were made for another driver; choose the queue's driver again with "
+       "korvel-setup and print again.\n"},
       {"damaged pages", [](QueueFacts* f) { failWith(f, "Page rows too short"); },
-       "The pages of job 7 are damaged; print the document again from its program.\n"},
+       "The pages of job 7 are damaged; print the document again from its application.\n"},
       {"a giant page", [](QueueFacts* f) { failWith(f, "Page too large"); },
-       "A page of job 7 is longer than the printer can take; cut the document into pages.\n"},
+       "A page of job 7 is too long for the printer; divide the document into pages.\n"},
       {"no pages", [](QueueFacts* f) { failWith(f, "Unable to open raster file - No such file"); },
-       "The pages of job 7 could not be read; look whether the disk is full, and print again.\n"},
+       "Cannot read the pages of job 7; check whether the disk is full, and print again.\n"},
       {"no response", [](QueueFacts* f) { failWith(f, "The printer is not responding."); },
-       "The printer did not respond to job 7; switch it on and look at its cable.\n"},
+       "The printer did not respond to job 7; switch it on and check its cable.\n"},
       {"no printer",
        [](QueueFacts* f) {
          failWith(f, "The printer may not exist or is unavailable at this time.");
        },
-       "The printer was not there for job 7; switch it on, look at its cable and address.\n"},
+       "Cannot reach the printer of job 7; switch it on, and check its cable and address.\n"},
       {"a busy printer", [](QueueFacts* f) { failWith(f, "The printer is busy."); },
-       "The printer served somebody else during job 7; wait, or stop the other sender.\n"},
+       "The printer was busy with another job during job 7; wait, or cancel the other job.\n"},
       {"an unknown name", [](QueueFacts* f) { failWith(f, "Unable to locate printer \"k220\"."); },
-       "The name of job 7's printer is not known in the network; use its number address.\n"},
+       "The printer's host name in job 7 is unknown; use its IP address.\n"},
       {"a missing program",
        [](QueueFacts* f) { failWith(f, "cannot start filter - No such file or directory"); },
-       "A program that job 7 needs is missing; install cups-filters and printer-driver-korvel "
-       "again.\n"},
+       "A program that job 7 needs is missing; reinstall the packages cups-filters and "
+       "printer-driver-korvel.\n"},
       {"a crash", [](QueueFacts* f) { failWith(f, "rastertokorvel crashed on signal 11"); },
-       "A filter of job 7 broke off; print the document again, and if it happens again, print it "
-       "as a PDF.\n"},
+       "A filter of job 7 crashed; print the document again, and if it crashes again, print it as "
+       "a PDF.\n"},
       {"a failed filter", [](QueueFacts* f) { failWith(f, "Filter failed"); },
-       "A filter of job 7 failed; cupsctl --debug-logging, print again, and read the last lines of "
+       "A filter of job 7 failed; run cupsctl --debug-logging, print again, and read the end of "
        "/var/log/cups/error_log.\n"},
-      {"words that are not known", [](QueueFacts* f) { failWith(f, "Out of luck"); },
-       "Job 7 ended with the words \"Out of luck\"; cupsctl --debug-logging, print again, and read "
-       "the last lines of /var/log/cups/error_log.\n"},
+      {"an unknown message", [](QueueFacts* f) { failWith(f, "Out of luck"); },
+       "Job 7 failed: \"Out of luck\". Run cupsctl --debug-logging, print again, and read the end "
+       "of /var/log/cups/error_log.\n"},
       {"a job that is being tried again",
        [](QueueFacts* f) {
          f->job = {7, IPP_JSTATE_PROCESSING, ""};
          f->queue.message = "The printer is not responding.";
        },
-       "The printer did not respond to job 7; switch it on and look at its cable.\n"},
+       "The printer did not respond to job 7; switch it on and check its cable.\n"},
   };
   for (const Case& c : kCases) expectFindings(c);
 }
@@ -195,7 +196,7 @@ TEST(QueueDoctor, FindsNoFaultWithAWellQueue) {
          f->installed += "*DefaultNew: True\r\n";
        },
        ""},
-      {"one-way on a line without answers",
+      {"one-way on a one-way connection",
        [](QueueFacts* f) {
          beOneWay(f);
          f->queue.uri = "lpd://192.0.2.7/raw";

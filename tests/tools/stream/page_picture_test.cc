@@ -11,6 +11,7 @@
 
 #include "tests/support/hex_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/tools/result_text.h"
 
 namespace {
 
@@ -48,7 +49,7 @@ std::string shownDots(const std::string& path, unsigned* width) {
 TEST(PagePicture, ShowsPrintedDotsBlack) {
   const TemporaryFolder folder;
   const std::string path = folder.path() + "/page.png";
-  ASSERT_EQ("", pictureOf("80 01 00 FF").writePng(path, 203));
+  ASSERT_EQ("", failureOf(pictureOf("80 01 00 FF").writePng(path, 203)));
   unsigned width = 0;
   EXPECT_EQ(
       "#..............#"
@@ -60,7 +61,7 @@ TEST(PagePicture, ShowsPrintedDotsBlack) {
 TEST(PagePicture, WritesPortableBitmapsAsTheyPrint) {
   const TemporaryFolder folder;
   const std::string path = folder.path() + "/page.pbm";
-  ASSERT_EQ("", pictureOf("80 01 00 FF").writePbm(path));
+  ASSERT_EQ("", failureOf(pictureOf("80 01 00 FF").writePbm(path)));
   EXPECT_EQ(hexText(std::string("P4\n16 2\n\x80\x01\x00\xFF", 12)),
             hexText(folder.read("page.pbm")));
 }
@@ -75,11 +76,13 @@ TEST(PagePicture, TellsWhyThereIsNoPicture) {
   };
   const Case cases[] = {
       {"rows that are not whole", pictureOf("80 01 00"), folder.path() + "/a.pbm",
-       "the image of 3 bytes is not whole rows of 2 bytes"},
+       "The image of 3 bytes does not consist of whole rows of 2 bytes."},
       {"a folder that is not there", pictureOf("80 01"), folder.path() + "/none/a.pbm",
-       "cannot write " + folder.path() + "/none/a.pbm: No such file or directory"},
+       "Cannot write " + folder.path() + "/none/a.pbm: No such file or directory."},
   };
-  for (const Case& c : cases) EXPECT_EQ(c.answer, c.picture.writePbm(c.path)) << c.sentence;
+  for (const Case& c : cases) {
+    EXPECT_EQ(c.answer, failureOf(c.picture.writePbm(c.path))) << c.sentence;
+  }
 }
 
 TEST(PagePicture, CollectsThePacketsOfAPageAndForgetsThemAtTheNext) {

@@ -120,7 +120,7 @@ TEST(StreamDecoder, TakesNothingMoreAfterABreach) {
   EXPECT_EQ("offset 9: have 0x9C, want tail 0x9B", have.error);
 }
 
-// A full-width area hides how long the rows are; the packets' lengths tell it where they can.
+// A full-width area does not determine the row length; the lengths of the packets may.
 TEST(StreamListing, FindsTheRowLengthOfAFullWidthImage) {
   const std::string area = "64 43 00 04 00 00 00 C0 06 00 00 00 00 9B ";  // offset 0 width 1728
   const auto block = [](int bytes) {

@@ -1,0 +1,42 @@
+// What korvel-setup shows, and what it asks for: device, driver, queue name.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_TOOLS_SETUP_SETUP_DIALOG_H
+#define KORVEL_TOOLS_SETUP_SETUP_DIALOG_H
+
+#include <string>
+#include <vector>
+
+#include "tools/setup/queue_setup.h"
+
+namespace korvel {
+
+void showDevices(const std::vector<Device>& devices, const std::vector<Description>& all);
+void showDescriptions(const std::vector<Description>& all);
+void showOptions(const std::string& description);  // of the text of a PPD
+
+// Whether a non-empty answer means yes: it begins like `yes`, which is the word in the user's
+// language, or with an English y, in upper or lower case.
+bool agrees(const std::string& answer, const std::string& yes);
+
+class SetupDialog {
+ public:
+  // Without a user it asks nothing, and chooses only what is unambiguous.
+  explicit SetupDialog(bool hasUser) : hasUser_(hasUser) {}
+
+  // Fills in the plan's URI, driver and name. Fails when one of them is missing or ambiguous.
+  Result<void> complete(const PrintSystem& system, const std::vector<Description>& all,
+                        QueuePlan* plan) const;
+  bool wantsTestPage() const;
+
+ private:
+  Result<Device> chooseDevice(const PrintSystem& system, const std::vector<Description>& all) const;
+  Result<Description> chooseDescription(const Device& device,
+                                        const std::vector<Description>& all) const;
+  std::string chooseName(const PrintSystem& system, const QueuePlan& plan) const;
+
+  bool hasUser_;
+};
+
+}  // namespace korvel
+
+#endif
