@@ -38,9 +38,19 @@ MadeFile measured(MadeFile made, const nlohmann::json& answer) {
   return made;
 }
 
-// What the raster depends on: the halftone and its neighbours do their work later.
+// Options that only the filter reads. All others may change the raster page, as CenterOfPixel does.
+constexpr const char* kFilterOptions[] = {
+    "AntiWrinkle",   "Brightness", "Contrast", "Darkness",  "HalftoneType", "MirrorImage",
+    "NegativeImage", "Occurrence", "Origin",   "PaperType", "PostAction"};
+
+std::string rasterOptions(Choices choices) {
+  for (const char* name : kFilterOptions) choices.erase(name);
+  return optionText(choices);
+}
+
+// Everything that the raster page depends on.
 std::string pageKey(const Queue& queue, const PageSettings& settings, const PageShape& shape) {
-  return queue.name + "/" + queue.version + "/" + settings.choices.at("PageSize") + "/" +
+  return queue.name + "/" + queue.version + "/" + rasterOptions(settings.choices) + "/" +
          std::to_string(settings.page) + "/" + matrixText(shape.placed.matrix);
 }
 
@@ -142,7 +152,7 @@ Result<MadeFile> Renderer::page(Document* document, const Queue& queue,
        document->file(document->isPdf ? "upload" : "picture.pgm"), std::to_string(settings.page),
        number(where.document.width), number(where.document.height), number(where.geometry.width),
        number(where.geometry.height), matrixText(where.placed.matrix), queue.ppd,
-       "PageSize=" + settings.choices.at("PageSize"), *raster.path},
+       rasterOptions(settings.choices), *raster.path},
       ticket);
   if (!made) return made.failure();
   document->keepPage(measured(raster, made.value()));
