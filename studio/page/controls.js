@@ -56,7 +56,7 @@ function makeSwitch(o, value, change) {
 function makeSlider(o, value, change) {
   const numbers = o.choices.map((c) => c.value);
   const input = make('input', { type: 'range', min: 0, max: numbers.length - 1, step: 1, value: numbers.indexOf(value) });
-  const output = make('output', { textContent: value });
+  const output = make('b', { textContent: value });
   input.setAttribute('aria-valuetext', value);
   input.addEventListener('input', () => {
     output.textContent = numbers[input.value];
@@ -127,7 +127,7 @@ export function refresh(queue, options) {
     else if (input.type === 'range') {
       const numbers = option(queue, control.dataset.option).choices.map((c) => c.value);
       input.value = numbers.indexOf(value);
-      control.querySelector('output').textContent = value;
+      control.querySelector('b').textContent = value;
     } else input.value = value;
     if (control.dataset.option === kNegative) {
       const free = !queue.conflicts.some(([a, b, c, d]) => a === kNegative && b === 'True' && options[c] === d);

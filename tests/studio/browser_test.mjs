@@ -96,7 +96,7 @@ const parts = {
       await openDocument(browser);
       const steps = [
         ['#size', '2x4'], ['[name=fit][value=fill]', true], ['#turn', '30'], ['#right', '5'], ['#down', '-4'], ['#placed-width', '30'],
-        ['[data-option=Brightness] input', '11'], ['[data-option=Contrast] input', '9'], ['[data-option=MirrorImage] input', true],
+        ['[data-option=Brightness] input', '11'], ['[data-option=Contrast] input', '3'], ['[data-option=MirrorImage] input', true],
         ['[name=halftone][value=Tattoo]', true], ['[data-option=NegativeImage] input', true], ['[data-option=Origin] select', 'Rotation180'],
       ];
       const seen = [await picture(browser)];
@@ -187,7 +187,7 @@ const parts = {
           }
           rows.push([row, first, text]);
         }
-        return rows;`, { width: page.width, height: page.height, size: 25.4 / 203, left: 1.02 * 25.4 / 72, top: 0 });
+        return rows;`, { width: page.width, height: page.height, size: 25.4 / 203, left: 0, top: 0 });
       let compared = 0;
       let black = 0;
       let wrong = 0;

@@ -35,7 +35,7 @@ TEST(QueueDriver, DescribesOptionsSizesAndConflicts) {
   const json size = find(label["sizes"], "value", "4x6");
   EXPECT_NEAR(size["width"].get<double>(), 101.6, 0.01);
   EXPECT_NEAR(size["height"].get<double>(), 152.4, 0.01);
-  EXPECT_NEAR(size["margins"][0].get<double>(), 0.67 * 25.4 / 72, 0.01);
+  EXPECT_NEAR(size["margins"][0].get<double>(), 0, 0.01);
   EXPECT_EQ(find(label["options"], "name", "HalftoneType")["choices"].size(), 10u);
   EXPECT_EQ(find(label["options"], "name", "AntiWrinkle"), nullptr);
   EXPECT_EQ(find(label["options"], "name", "PageRegion"), nullptr);
@@ -43,6 +43,9 @@ TEST(QueueDriver, DescribesOptionsSizesAndConflicts) {
   EXPECT_FALSE(label["conflicts"].empty());
   const json stencil = driver("m6")->describe("en");
   EXPECT_EQ(stencil["dpi"], 300);
+  const json margins = find(stencil["sizes"], "value", "A4")["margins"];
+  EXPECT_NEAR(margins[0].get<double>(), 14.18 * 25.4 / 72, 0.01);
+  EXPECT_NEAR(margins[1].get<double>(), 31.16 * 25.4 / 72, 0.01);
   EXPECT_EQ(stencil["custom"], nullptr);
   EXPECT_EQ(find(stencil["options"], "name", "AntiWrinkle")["choices"].size(), 4u);
 }
