@@ -8,6 +8,7 @@
 #include <iterator>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include "tools/common/translation.h"
 
@@ -37,12 +38,14 @@ std::string withoutLayout(const std::string& source) {
   return compact;
 }
 
-// Style sheets need no blanks behind their punctuation either.
+// Style sheets need no blanks beside their punctuation either.
 std::string withoutBlanks(std::string style) {
-  for (const char* mark : {": ", "; ", ", ", " {", "{ ", " }", ";\n", "{\n", "}\n"}) {
-    const std::string kept = std::string(1, mark[0] == ' ' ? mark[1] : mark[0]);
-    for (size_t at = style.find(mark); at != std::string::npos; at = style.find(mark, at)) {
-      style.replace(at, 2, kept);
+  constexpr std::pair<const char*, const char*> kShorter[] = {
+      {": ", ":"}, {"; ", ";"}, {", ", ","},  {" {", "{"},  {"{ ", "{"},
+      {" }", "}"}, {";}", "}"}, {";\n", ";"}, {"{\n", "{"}, {"}\n", "}"}};
+  for (const auto& [longer, shorter] : kShorter) {
+    for (size_t at = style.find(longer); at != std::string::npos; at = style.find(longer, at)) {
+      style.replace(at, 2, shorter);
     }
   }
   return style;
