@@ -129,12 +129,24 @@ class Parser {
          (have.empty() ? "nothing" : "'" + have + "'"));
   }
 
+  // The first word of a scenario, and what parses the others.
+  struct Verb {
+    const char* word;
+    ScenarioKind kind;
+    void (Parser::*parse)(Scenario*);
+  };
+  static const Verb kVerbs[];
+
   Scenario parseWords();
+  void parseNothing(Scenario* /*scenario*/) {}
   void parseOutOfPaper(Scenario* scenario);
   void parseCover(Scenario* scenario);
   void parseSilent(Scenario* scenario);
   void parseReply(Scenario* scenario);
+  void parseNoise(Scenario* scenario) { scenario->bytes = number("bytes", 1, kMostNoise); }
   void parseSplit(Scenario* scenario);
+  void parseSlow(Scenario* scenario);
+  void parseDisconnect(Scenario* scenario) { scenario->bytes = bytesAfter(); }
   void parseStall(Scenario* scenario);
   Micros seconds();
   int64_t pages();
@@ -228,66 +240,41 @@ void Parser::parseSplit(Scenario* scenario) {
   scenario->bytes = hasBytes ? number("bytes", 1, kMostBytes) : kDefaultSplit;
 }
 
+void Parser::parseSlow(Scenario* scenario) {
+  if (!nextIs("off")) scenario->bytes = number("off or bytes per second", 1, kMostBytes);
+}
+
 void Parser::parseStall(Scenario* scenario) {
   if (!nextIs("for")) expected("for SECONDS", next());
   scenario->duration = seconds();
   scenario->bytes = bytesAfter();
 }
 
+const Parser::Verb Parser::kVerbs[] = {
+    {"out-of-paper", ScenarioKind::kOutOfPaper, &Parser::parseOutOfPaper},
+    {"load", ScenarioKind::kLoad, &Parser::parseNothing},
+    {"cover", ScenarioKind::kCoverOpen, &Parser::parseCover},
+    {"silent", ScenarioKind::kSilent, &Parser::parseSilent},
+    {"reply", ScenarioKind::kReply, &Parser::parseReply},
+    {"noise", ScenarioKind::kNoise, &Parser::parseNoise},
+    {"split", ScenarioKind::kSplit, &Parser::parseSplit},
+    {"glue", ScenarioKind::kGlue, &Parser::parseNothing},
+    {"slow", ScenarioKind::kSlow, &Parser::parseSlow},
+    {"stall", ScenarioKind::kStall, &Parser::parseStall},
+    {"disconnect", ScenarioKind::kDisconnect, &Parser::parseDisconnect},
+    {"state", ScenarioKind::kState, &Parser::parseNothing},
+    {"quit", ScenarioKind::kQuit, &Parser::parseNothing}};
+
 Scenario Parser::parseWords() {
-  constexpr std::pair<const char*, ScenarioKind> kKinds[] = {
-      {"out-of-paper", ScenarioKind::kOutOfPaper},
-      {"load", ScenarioKind::kLoad},
-      {"cover", ScenarioKind::kCoverOpen},
-      {"silent", ScenarioKind::kSilent},
-      {"reply", ScenarioKind::kReply},
-      {"noise", ScenarioKind::kNoise},
-      {"split", ScenarioKind::kSplit},
-      {"glue", ScenarioKind::kGlue},
-      {"slow", ScenarioKind::kSlow},
-      {"stall", ScenarioKind::kStall},
-      {"disconnect", ScenarioKind::kDisconnect},
-      {"state", ScenarioKind::kState},
-      {"quit", ScenarioKind::kQuit}};
   Scenario scenario;
-  const auto* found = std::find_if(std::begin(kKinds), std::end(kKinds),
-                                   [this](const auto& each) { return nextIs(each.first); });
-  if (found == std::end(kKinds)) {
+  const auto* verb = std::find_if(std::begin(kVerbs), std::end(kVerbs),
+                                  [this](const Verb& each) { return nextIs(each.word); });
+  if (verb == std::end(kVerbs)) {
     fail(words_.empty() ? "no scenario is named" : "unknown scenario '" + words_[0] + "'");
     return scenario;
   }
-  scenario.kind = found->second;
-  switch (scenario.kind) {
-    case ScenarioKind::kOutOfPaper:
-      parseOutOfPaper(&scenario);
-      break;
-    case ScenarioKind::kCoverOpen:
-      parseCover(&scenario);
-      break;
-    case ScenarioKind::kSilent:
-      parseSilent(&scenario);
-      break;
-    case ScenarioKind::kReply:
-      parseReply(&scenario);
-      break;
-    case ScenarioKind::kNoise:
-      scenario.bytes = number("bytes", 1, kMostNoise);
-      break;
-    case ScenarioKind::kSplit:
-      parseSplit(&scenario);
-      break;
-    case ScenarioKind::kSlow:
-      if (!nextIs("off")) scenario.bytes = number("off or bytes per second", 1, kMostBytes);
-      break;
-    case ScenarioKind::kStall:
-      parseStall(&scenario);
-      break;
-    case ScenarioKind::kDisconnect:
-      scenario.bytes = bytesAfter();
-      break;
-    default:
-      break;
-  }
+  scenario.kind = verb->kind;
+  (this->*verb->parse)(&scenario);
   return scenario;
 }
 
