@@ -205,8 +205,8 @@ Result<std::vector<QueueState>> PrintQueues::list() {
 Result<QueueState> PrintQueues::state(const std::string& name) {
   Result<std::vector<QueueState>> queues = list();
   if (!queues) return queues.failure();
-  for (QueueState& queue : *queues) {
-    if (queue.name == name) return std::move(queue);
+  for (const QueueState& queue : *queues) {
+    if (queue.name == name) return queue;
   }
   return Failure{kNoQueue.english};
 }
