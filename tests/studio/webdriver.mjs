@@ -9,6 +9,7 @@ export class Browser {
   // Ends with `stop()`; chromedriver ends the browser.
   static async start({ width = 1280, height = 900, dark = false, language = 'en-US', touch = false } = {}) {
     const browser = new Browser();
+    process.on('exit', () => browser.driver?.kill());
     browser.driver = spawn('chromedriver', ['--port=0'], { stdio: ['ignore', 'pipe', 'ignore'] });
     browser.address = await new Promise((found, fault) => {
       let text = '';
