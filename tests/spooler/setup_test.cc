@@ -161,7 +161,8 @@ TEST_F(Setup, RefusesInOneSentence) {
       {"two things at once",
        {"--check", "--list"},
        2,
-       "korvel-setup: --check, --list and --emulated cannot be combined; see korvel-setup "
+       "korvel-setup: --check, --list, --emulated, --share and --unshare cannot be combined; see "
+       "korvel-setup "
        "--help\n"},
       {"no server",
        {"-h", "/nowhere/socket", "--check"},
@@ -387,9 +388,14 @@ TEST_F(Doctor, ReportsWhatTheQueueWaitsForAndWhyAJobFailed) {
   ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.jobState(job) == IPP_JSTATE_STOPPED; }));
   const CommandResult result = setup({"--check", "-d", "label"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.output, "label: Job " + std::to_string(job) +
-                               " has a page size that the driver does not support; choose another "
-                               "size, or a custom size of at least 10 mm.\n");
+  EXPECT_EQ(result.output,
+            "label: Job " + std::to_string(job) +
+                " has a page size that the driver does not support; choose another "
+                "size, or a custom size of at least 10 mm.\n" +
+                "label: Queues label and m6 send to the same printer without waiting "
+                "for each other. Let this one wait: lpadmin -p label -v "
+                "korvel://127.0.0.1:" +
+                std::to_string(printer_.port()) + "\n");
 }
 
 }  // namespace

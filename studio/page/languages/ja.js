@@ -1,0 +1,16 @@
+export default {
+  keys: '矢印キーで表示を、配置モードでは画像を動かします。＋と−で拡大縮小、0でページ全体、1でドットを表示します。',
+  undo: '元に戻す', redo: 'やり直す', language: '言語', close: '閉じる', preview: 'プレビュー', settings: '設定',
+  dropHere: '図案やラベルをここにドロップ', openFile: 'ファイルを選択', camera: '写真を撮る', formats: 'PNG、JPEG、TIFF、WebP、PDF（40 MBまで）。画像の貼り付けもできます。',
+  view: '表示', mode: '指の操作', look: '表示', place: '配置', zoomOut: '縮小', zoomIn: '拡大', whole: '全体', dots: 'ドット', working: '処理中…',
+  document: '文書', page: 'ページ', otherFile: '別のファイル', closeFile: '閉じる',
+  printer: 'プリンター', size: 'サイズ', customSize: 'カスタムサイズ', widthMm: '幅 (mm)', heightMm: '長さ (mm)',
+  fitting: '合わせ方', fit: '収める', fill: '満たす', trueSize: '実寸', ownSize: '任意', placedWidth: '画像の幅 (mm)', turn: '回転 (°)', right: '右へ (mm)', down: '下へ (mm)', turnLeft: '左90°', turnRight: '右90°', centre: '中央',
+  picture: '画像', halftone: 'ハーフトーン', compare: '比較', compareNone: '比較しない', paper: '用紙', copies: '部数', print: '印刷', printAgain: 'もう一度印刷', cancel: 'キャンセル',
+  Brightness: '明るく – 暗く', Contrast: 'コントラスト', MirrorImage: '左右反転', NegativeImage: 'ネガ', negativeNeedsTattoo: 'ステンシル用ハーフトーンのみ',
+  facts: '{0} × {1} ドット、{2} dpi、黒 {3} %', codeReadable: 'バーコード読取可: {0}', codeUnreadable: '印刷ではバーコードを読み取れません: {0}',
+  noPrinter: 'プリンターがありません。korvel-setup で設定してください。', printerStopped: 'プリンターは停止しています。', 'printer-idle': '準備完了', 'printer-printing': '印刷中', 'printer-stopped': 'プリンターは停止しています。',
+  'reason-media-empty': '用紙切れ: 用紙を入れてください。', 'reason-media-needed': '用紙切れ: 用紙を入れてください。', 'reason-cover-open': 'カバーが開いています。閉じてください。', 'reason-offline': 'プリンターの電源が切れているか、未接続です。', 'reason-connecting-to-device': 'プリンターに接続中…', 'reason-paused': 'プリンターは停止しています。', 'reason-cups-missing-filter': 'ドライバーが壊れています。再インストールしてください。',
+  job: 'ジョブ {0}: {1}', 'job-waiting': '待機中', 'job-held': '保留', 'job-printing': '印刷中', 'job-stopped': '停止', 'job-canceled': 'キャンセル済み', 'job-aborted': '失敗（印刷システムのログを参照）', 'job-done': '印刷済み',
+  'fault-offline': 'サーバーが応答しません。ネットワークを確認してください。', 'fault-failed': 'エラーが発生しました。もう一度お試しください。', 'fault-unknown-kind': 'PNG、JPEG、TIFF、WebP、PDF のいずれでもありません。', 'fault-damaged': 'ファイルが壊れているか不完全です。', 'fault-too-many-pixels': '画素数が多すぎます（最大6400万）。', 'fault-encrypted': 'PDF はパスワードで保護されています。', 'fault-too-many-pages': 'PDF が500ページを超えています。', 'fault-too-slow': '文書の処理に時間がかかりすぎました。', 'fault-busy': 'サーバーが混み合っています。少し待ってお試しください。', 'fault-too-large': 'ファイルが40 MBを超えています。', 'fault-empty-file': 'ファイルが空です。', 'fault-too-many-documents': '開いている文書が多すぎます。数分後にお試しください。', 'fault-no-document': '文書はサーバーにありません。開き直してください。', 'fault-no-queue': 'このプリンターはもうありません。', 'fault-no-spooler': '印刷システムが応答しません。', 'fault-refused': '印刷システムがジョブを受け付けませんでした。', 'fault-not-our-job': 'ジョブはすでに終了しています。', 'fault-no-token': '起動時に表示されたトークン付きのアドレスを開いてください。', 'fault-conflict': 'この設定は組み合わせられません。',
+};

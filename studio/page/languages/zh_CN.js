@@ -1,0 +1,16 @@
+export default {
+  keys: '方向键移动视图，在放置模式下移动图像。加号和减号缩放，0 显示整页，1 显示单个点。',
+  undo: '撤销', redo: '重做', language: '语言', close: '关闭', preview: '预览', settings: '设置',
+  dropHere: '将图案或标签拖放到此处', openFile: '选择文件', camera: '拍照', formats: 'PNG、JPEG、TIFF、WebP 或 PDF，最大 40 MB。也可以粘贴图像。',
+  view: '视图', mode: '手指操作', look: '查看', place: '放置', zoomOut: '缩小', zoomIn: '放大', whole: '整页', dots: '点', working: '正在处理…',
+  document: '文档', page: '页', otherFile: '其他文件', closeFile: '关闭',
+  printer: '打印机', size: '尺寸', customSize: '自定义尺寸', widthMm: '宽度 (mm)', heightMm: '长度 (mm)',
+  fitting: '缩放方式', fit: '适合', fill: '填满', trueSize: '实际大小', ownSize: '自定', placedWidth: '图像宽度 (mm)', turn: '旋转 (°)', right: '向右 (mm)', down: '向下 (mm)', turnLeft: '左转 90°', turnRight: '右转 90°', centre: '居中',
+  picture: '图像', halftone: '半色调', compare: '对比', compareNone: '不对比', paper: '纸张', copies: '份数', print: '打印', printAgain: '再次打印', cancel: '取消',
+  Brightness: '变浅 – 变深', Contrast: '对比度', MirrorImage: '镜像', NegativeImage: '负片', negativeNeedsTattoo: '仅用于转印纸半色调',
+  facts: '{0} × {1} 点，{2} dpi，黑色 {3} %', codeReadable: '条码可读：{0}', codeUnreadable: '打印后条码无法读取：{0}',
+  noPrinter: '没有打印机：请用 korvel-setup 设置。', printerStopped: '打印机已停止。', 'printer-idle': '就绪', 'printer-printing': '正在打印', 'printer-stopped': '打印机已停止。',
+  'reason-media-empty': '缺纸：请装入纸张。', 'reason-media-needed': '缺纸：请装入纸张。', 'reason-cover-open': '盖子已打开：请合上。', 'reason-offline': '打印机已关机或未连接。', 'reason-connecting-to-device': '正在连接打印机…', 'reason-paused': '打印机已停止。', 'reason-cups-missing-filter': '驱动程序已损坏：请重新安装。',
+  job: '作业 {0}：{1}', 'job-waiting': '等待中', 'job-held': '已保留', 'job-printing': '正在打印', 'job-stopped': '已停止', 'job-canceled': '已取消', 'job-aborted': '失败；请查看打印系统日志', 'job-done': '已打印',
+  'fault-offline': '服务器没有响应。请检查网络后重试。', 'fault-failed': '出错了，请重试。', 'fault-unknown-kind': '文件不是 PNG、JPEG、TIFF、WebP 或 PDF。', 'fault-damaged': '文件已损坏或不完整。', 'fault-too-many-pixels': '图像像素过多（最多 6400 万）。', 'fault-encrypted': 'PDF 受密码保护。', 'fault-too-many-pages': 'PDF 超过 500 页。', 'fault-too-slow': '处理文档用时过长。', 'fault-busy': '服务器繁忙，请稍后重试。', 'fault-too-large': '文件超过 40 MB。', 'fault-empty-file': '文件为空。', 'fault-too-many-documents': '打开的文档过多，请几分钟后重试。', 'fault-no-document': '文档已不在服务器上，请重新打开。', 'fault-no-queue': '该打印机已不存在。', 'fault-no-spooler': '打印系统没有响应。', 'fault-refused': '打印系统未接受作业。', 'fault-not-our-job': '作业已经结束。', 'fault-no-token': '请打开服务器启动时显示的带令牌的地址。', 'fault-conflict': '打印机无法组合这些设置。',
+};

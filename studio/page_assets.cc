@@ -1,0 +1,78 @@
+// Reads the folder.
+// SPDX-License-Identifier: Apache-2.0
+#include "studio/page_assets.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <system_error>
+#include <utility>
+
+#include "tools/common/translation.h"
+
+namespace fs = std::filesystem;
+
+namespace korvel {
+namespace {
+
+std::string typeOf(const std::string& extension) {
+  if (extension == ".html") return "text/html; charset=utf-8";
+  if (extension == ".css") return "text/css; charset=utf-8";
+  if (extension == ".js") return "text/javascript; charset=utf-8";
+  if (extension == ".svg") return "image/svg+xml";
+  return "";
+}
+
+// Without indentation and without comments on lines of their own or behind two blanks: fewer bytes
+// for every visitor. The page's sources have no text that goes over a line's end.
+std::string withoutLayout(const std::string& source) {
+  std::string compact;
+  std::istringstream in(source);
+  for (std::string line; std::getline(in, line);) {
+    line.erase(0, std::min(line.find_first_not_of(' '), line.size()));
+    line.erase(std::min(line.find("  // "), line.size()));
+    if (!line.empty() && !line.starts_with("//")) compact += line + "\n";
+  }
+  return compact;
+}
+
+// Style sheets need no blanks beside their punctuation either.
+std::string withoutBlanks(std::string style) {
+  constexpr std::pair<const char*, const char*> kShorter[] = {
+      {": ", ":"}, {"; ", ";"}, {", ", ","},  {" {", "{"},  {"{ ", "{"},
+      {" }", "}"}, {";}", "}"}, {";\n", ";"}, {"{\n", "{"}, {"}\n", "}"}};
+  for (const auto& [longer, shorter] : kShorter) {
+    for (size_t at = style.find(longer); at != std::string::npos; at = style.find(longer, at)) {
+      style.replace(at, 2, shorter);
+    }
+  }
+  return style;
+}
+
+}  // namespace
+
+Result<void> PageAssets::load(const std::string& folder) {
+  std::error_code fault;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder, fault)) {
+    const std::string type = typeOf(entry.path().extension());
+    if (type.empty() || !entry.is_regular_file(fault)) continue;
+    std::ifstream in(entry.path(), std::ios::binary);
+    const std::string source = withoutLayout({std::istreambuf_iterator<char>(in), {}});
+    const bool isStyle = entry.path().extension() == ".css";
+    assets_["/" + entry.path().lexically_relative(folder).string()] = {
+        type, isStyle ? withoutBlanks(source) : source};
+  }
+  if (!assets_.contains("/index.html")) {
+    return Failure{filled("The page is not in %s; install korvel-studio again.", folder.c_str())};
+  }
+  return {};
+}
+
+const PageAsset* PageAssets::find(const std::string& path) const {
+  const auto found = assets_.find(path == "/" ? "/index.html" : path);
+  return found == assets_.end() ? nullptr : &found->second;
+}
+
+}  // namespace korvel

@@ -1,0 +1,81 @@
+// Turned about its middle, scaled, and moved to its place.
+// SPDX-License-Identifier: Apache-2.0
+#include "studio/placement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace korvel {
+namespace {
+
+constexpr double kDegree = 3.14159265358979323846 / 180;
+
+// Quarter turns are exact, so that edges stay edges.
+void cosineAndSine(double degrees, double* cosine, double* sine) {
+  const double quarters = degrees / 90;
+  if (quarters == std::floor(quarters)) {
+    const int quarter = ((static_cast<int>(std::fmod(quarters, 4)) % 4) + 4) % 4;
+    *cosine = quarter == 0 ? 1 : quarter == 2 ? -1 : 0;
+    *sine = quarter == 1 ? 1 : quarter == 3 ? -1 : 0;
+    return;
+  }
+  *cosine = std::cos(degrees * kDegree);
+  *sine = std::sin(degrees * kDegree);
+}
+
+double scaleOf(const Placement& placement, const PageGeometry& page, double width, double height) {
+  const double across = page.printableWidth() / width;
+  const double along = page.printableHeight() / height;
+  switch (placement.fit) {
+    case Fit::kFit:
+      return std::min(across, along);
+    case Fit::kFill:
+      return std::max(across, along);
+    case Fit::kTrueSize:
+      return 1;
+    case Fit::kOwn:
+      return placement.scale;
+  }
+  return 1;
+}
+
+// In thousandths of a thousandth, with all its digits before the point.
+std::string decimal(double value) {
+  const long long millionths = std::llround(value * 1e6);
+  const unsigned long long size = static_cast<unsigned long long>(std::llabs(millionths));
+  std::string digits = std::to_string(size);
+  if (digits.size() < 7) digits.insert(0, 7 - digits.size(), '0');
+  digits.insert(digits.size() - 6, ".");
+  return (millionths < 0 ? "-" : "") + digits;
+}
+
+}  // namespace
+
+PlacedDocument place(const Placement& placement, const PageGeometry& page,
+                     const TrueSize& document) {
+  double cosine = 1;
+  double sine = 0;
+  cosineAndSine(placement.turn, &cosine, &sine);
+  const double width =
+      std::fabs(document.width * cosine) + std::fabs(document.height * sine);  // of the turned one
+  const double height = std::fabs(document.width * sine) + std::fabs(document.height * cosine);
+  PlacedDocument placed;
+  placed.scale = scaleOf(placement, page, width, height);
+  const double a = placed.scale * cosine;
+  const double b = -placed.scale * sine;  // clockwise on a page whose y axis points up
+  const double middleX = page.left + page.printableWidth() / 2 + placement.right * kPointsPerMm;
+  const double middleY = page.bottom + page.printableHeight() / 2 - placement.down * kPointsPerMm;
+  const double halfX = document.width / 2;
+  const double halfY = document.height / 2;
+  placed.matrix = {a, b, -b, a, middleX - a * halfX + b * halfY, middleY - b * halfX - a * halfY};
+  return placed;
+}
+
+std::string matrixText(const Matrix& matrix) {
+  std::string text;
+  for (const double value : matrix) text += (text.empty() ? "" : " ") + decimal(value);
+  return text;
+}
+
+}  // namespace korvel

@@ -1,0 +1,62 @@
+// From a document and its settings to the raster page that prints and the dots that it makes. Each
+// step is a worker process; what has been made for the same settings is not made again.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_STUDIO_RENDERER_H
+#define KORVEL_STUDIO_RENDERER_H
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "studio/document_store.h"
+#include "studio/placement.h"
+#include "studio/print_queues.h"
+#include "tools/common/result.h"
+
+namespace korvel {
+
+struct PageSettings {
+  Choices choices;  // complete
+  Placement placement;
+  unsigned page = 1;
+};
+
+struct PageShape {
+  PageGeometry geometry;
+  TrueSize document;  // of the page of the document, points
+  PlacedDocument placed;
+};
+
+class Renderer {
+ public:
+  // Paths of the two programs.
+  Renderer(const std::string& worker, const std::string& filter);
+
+  // Reads the upload of a new document.
+  Result<void> import(Document* document, const std::string& upload);
+
+  Result<PageShape> shape(const Document& document, const Queue& queue,
+                          const PageSettings& settings) const;
+  Result<MadeFile> page(Document* document, const Queue& queue, const PageSettings& settings,
+                        Ticket* ticket);
+  Result<MadeFile> dots(Document* document, const Queue& queue, const PageSettings& settings,
+                        Ticket* ticket);
+  Result<nlohmann::json> barcodes(const MadeFile& raster, const MadeFile& dots);
+
+ private:
+  class Turn;
+  Result<nlohmann::json> run(const std::vector<std::string>& words, Ticket* ticket);
+
+  std::string worker_;
+  std::string filter_;
+  std::mutex mutex_;
+  std::condition_variable free_;
+  unsigned most_;  // steps at a time
+  unsigned running_ = 0;
+  unsigned waiting_ = 0;
+};
+
+}  // namespace korvel
+
+#endif

@@ -1,0 +1,175 @@
+// One step of a preview, in a process of its own with limits on memory, time and file size, started
+// by korvel-studio: reading an upload, composing and rasterising a page, making its dots, looking
+// for barcodes. Answers with one line of JSON.
+// SPDX-License-Identifier: Apache-2.0
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "studio/sentences.h"
+#include "studio/worker/barcode_reader.h"
+#include "studio/worker/page_composer.h"
+#include "studio/worker/page_dots.h"
+#include "studio/worker/picture_reader.h"
+#include "studio/worker/worker_answer.h"
+#include "tools/common/result.h"
+
+namespace korvel {
+
+namespace {
+// What decoders print by themselves must not reach the answer.
+int answerDescriptor = STDOUT_FILENO;
+
+void answer(const nlohmann::json& text) {
+  const std::string line = text.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
+  if (write(answerDescriptor, line.data(), line.size()) < 0) _exit(1);
+}
+}  // namespace
+
+void endWorker(const std::string& sentence) {
+  answer({{"error", sentence}});
+  _exit(1);
+}
+
+void endWorker(const Sentence& sentence) { endWorker(std::string(sentence.english)); }
+
+}  // namespace korvel
+
+namespace {
+
+using korvel::endWorker;
+using nlohmann::json;
+using Words = std::vector<std::string>;
+
+constexpr rlim_t kMemoryBytes = rlim_t{1} << 30;
+constexpr rlim_t kProcessorSeconds = 30;
+constexpr rlim_t kFileBytes = rlim_t{512} << 20;
+constexpr rlim_t kOpenFiles = 256;
+
+template <typename T>
+T must(korvel::Result<T> result) {
+  if (!result) endWorker(result.sentence());
+  return std::move(result).value();
+}
+void must(const korvel::Result<void>& result) {
+  if (!result) endWorker(result.sentence());
+}
+
+void limit(int resource, rlim_t most) {
+  rlimit old = {};
+  getrlimit(static_cast<__rlimit_resource>(resource), &old);
+  const rlim_t value = old.rlim_max == RLIM_INFINITY || old.rlim_max > most ? most : old.rlim_max;
+  const rlimit wanted = {value, value};
+  setrlimit(static_cast<__rlimit_resource>(resource), &wanted);
+}
+
+// Inherited by everything that the worker starts.
+void setLimits() {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+#ifndef KORVEL_WITHOUT_MEMORY_LIMIT  // the address sanitizer reserves terabytes
+  limit(RLIMIT_AS, kMemoryBytes);
+#endif
+  limit(RLIMIT_CPU, kProcessorSeconds);
+  limit(RLIMIT_FSIZE, kFileBytes);
+  limit(RLIMIT_NOFILE, kOpenFiles);
+  limit(RLIMIT_CORE, 0);
+  setenv("KORVEL_DUMPS", "off", 1);
+}
+
+std::string headOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::string head(16, '\0');
+  in.read(head.data(), static_cast<std::streamsize>(head.size()));
+  head.resize(static_cast<size_t>(in.gcount()));
+  return head;
+}
+
+// import UPLOAD GREY: GREY is written for pictures.
+json import(const Words& words) {
+  const std::string& upload = words.at(0);
+  const std::string head = headOf(upload);
+  if (head.empty()) endWorker(korvel::kEmptyFile);
+  if (head.starts_with("%PDF-")) {
+    json pages = json::array();
+    for (const auto& page : must(korvel::readPdfPages(upload))) {
+      pages.push_back({page.width, page.height});
+    }
+    return {{"kind", "pdf"}, {"pages", pages}};
+  }
+  const std::string type = korvel::pictureType(head);
+  if (type.empty()) endWorker(korvel::kUnknownKind);
+  korvel::GreyPicture picture = must(korvel::readPicture(upload, type));
+  korvel::reduceToPrintable(&picture);
+  must(korvel::saveGrey(picture, words.at(1)));
+  return {{"kind", "picture"},
+          {"width", picture.width},
+          {"height", picture.height},
+          {"dpi", picture.dpi}};
+}
+
+// page picture|pdf FILE PAGE WIDTH HEIGHT MEDIAWIDTH MEDIAHEIGHT MATRIX PPD OPTIONS RASTER
+json page(const Words& words) {
+  const std::string& file = words.at(1);
+  const korvel::PageLayout layout = {std::stod(words.at(5)), std::stod(words.at(6)), words.at(7)};
+  const std::string& raster = words.at(10);
+  const std::string composed = raster + ".pdf";
+  if (words.at(0) == "pdf") {
+    must(korvel::composePdfPage(file, static_cast<unsigned>(std::stoul(words.at(2))), layout,
+                                composed));
+  } else {
+    const korvel::GreyPicture picture = must(korvel::loadGrey(file));
+    must(korvel::composePicture(picture, std::stod(words.at(3)), std::stod(words.at(4)), layout,
+                                composed));
+  }
+  auto size = korvel::rasterisePage(composed, words.at(8), words.at(9), raster);
+  std::remove(composed.c_str());
+  const korvel::RasterSize made = must(std::move(size));
+  return {{"width", made.width}, {"height", made.height}, {"dpi", made.dpi}};
+}
+
+// dots FILTER RASTER PPD OPTIONS PNG
+json dots(const Words& words) {
+  const korvel::DotsSize size =
+      must(korvel::makeDots({words.at(0), words.at(1), words.at(2), words.at(3), words.at(4)}));
+  return {{"width", size.width}, {"height", size.height}, {"printed", size.printed}};
+}
+
+// barcodes RASTER PNG
+json barcodes(const Words& words) { return korvel::readBarcodes(words.at(0), words.at(1)); }
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  setLimits();
+  korvel::answerDescriptor = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 10);
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  const Words words(argv + std::min(argc, 2), argv + argc);
+  const std::string verb = argc > 1 ? argv[1] : "";
+  try {
+    if (verb == "import")
+      korvel::answer(import(words));
+    else if (verb == "page")
+      korvel::answer(page(words));
+    else if (verb == "dots")
+      korvel::answer(dots(words));
+    else if (verb == "barcodes")
+      korvel::answer(barcodes(words));
+    else
+      return 2;
+  } catch (const std::bad_alloc&) {
+    endWorker(korvel::kTooManyPixels);
+  } catch (const std::exception&) {
+    endWorker(korvel::kDamaged);
+  }
+  return 0;
+}

@@ -1,0 +1,45 @@
+// From a composed page to the raster that a job sends, and from that raster to the dots that print.
+// The only file that knows how the tools run the rasteriser and the filter.
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVEL_STUDIO_WORKER_PAGE_DOTS_H
+#define KORVEL_STUDIO_WORKER_PAGE_DOTS_H
+
+#include <cstddef>
+#include <string>
+
+#include "tools/common/result.h"
+
+namespace korvel {
+
+struct RasterSize {
+  size_t width = 0;   // dots
+  size_t height = 0;  // rows
+  unsigned dpi = 0;
+};
+
+// `page` is a PDF file of the media's exact size. Writes one raster page to `target`.
+Result<RasterSize> rasterisePage(const std::string& page, const std::string& ppd,
+                                 const std::string& options, const std::string& target);
+
+// The raster page as a PGM picture, paper white. False when it cannot be read or written.
+bool writeGrey(const std::string& raster, const std::string& target);
+
+struct DotsJob {
+  std::string filter;  // path of rastertokorvel
+  std::string raster;
+  std::string ppd;  // of a model that is not asked for its status
+  std::string options;
+  std::string target;  // PNG, one bit for each dot
+};
+
+struct DotsSize {
+  size_t width = 0;  // dots, whole bytes
+  size_t height = 0;
+  size_t printed = 0;  // black dots
+};
+
+Result<DotsSize> makeDots(const DotsJob& job);
+
+}  // namespace korvel
+
+#endif
