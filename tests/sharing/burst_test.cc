@@ -144,6 +144,41 @@ TEST_F(Burst, RestartsOfTheSpoolerLoseAndDoubleNothing) {
   EXPECT_LE(numbers.size(), 34u);
 }
 
+// What --share sets, so that a power cut loses nothing that a client was promised.
+constexpr char kWritesAtOnce[] =
+    "DirtyCleanInterval 0\n"
+    "Listen @SOCKET@\n"
+    "Browsing No\n"
+    "DefaultAuthType None\n"
+    "<Location />\n"
+    "  Allow all\n"
+    "</Location>\n"
+    "<Policy default>\n"
+    "  JobPrivateAccess all\n"
+    "  JobPrivateValues none\n"
+    "  <Limit All>\n"
+    "    Order deny,allow\n"
+    "  </Limit>\n"
+    "</Policy>\n";
+
+TEST(KilledSpooler, KeepsQueuesAndAcceptedJobs) {
+  PrivateSpooler spooler(kWritesAtOnce);
+  ASSERT_FALSE(testing::Test::HasFailure());
+  const TemporaryFolder files;
+  const std::string file = files.write("label.pdf", makePdf({barLabel(9)}));
+  for (int round = 0; round < 5; ++round) {
+    const std::string queue = "labels" + std::to_string(round);
+    spooler.addQueue(queue, "korvel-label-203", 9);
+    std::vector<int> jobs;
+    for (int i = 0; i < 4; ++i) {
+      jobs.push_back(spooler.print(queue, {"-o", "job-hold-until=indefinite", file}));
+    }
+    spooler.killAndRestart();
+    for (const int job : jobs) EXPECT_EQ(spooler.jobState(job), IPP_JSTATE_HELD) << round;
+    EXPECT_EQ(spooler.queueState(queue), IPP_PSTATE_IDLE) << round;
+  }
+}
+
 // The most connections that a printer saw at a time while two queues sent to it.
 int connectionsAtATime(PrivateSpooler* spooler, const std::string& scheme) {
   const CrowdedPrinter printer;
