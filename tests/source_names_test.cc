@@ -28,15 +28,9 @@ std::map<std::string, std::set<std::string>> sharedNames(const std::vector<std::
 using Shared = std::map<std::string, std::set<std::string>>;
 
 TEST(SourceNames, AreUnique) {
-  const Shared allowed = {
-      // The printer's class in the filter, and the program korvel-printer.
-      {"korvel_printer", {"filter/protocol", "tools/emulator"}},
-  };
   const std::vector<std::string> files = sources(KORVEL_SOURCE_DIR);
   ASSERT_LT(150U, files.size());
   for (const auto& [name, folders] : sharedNames(files)) {
-    const auto found = allowed.find(name);
-    if (found != allowed.end() && found->second == folders) continue;
     std::string text = name + " is in";
     for (const std::string& folder : folders) text += " " + folder;
     ADD_FAILURE() << text;
