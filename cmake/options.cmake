@@ -20,6 +20,7 @@ if(KORVEL_HARDEN)
   target_compile_options(korvel_options INTERFACE -fstack-protector-strong
                                                   $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
   target_link_options(korvel_options INTERFACE -pie -Wl,-z,relro -Wl,-z,now)
+  set(CMAKE_REQUIRED_FLAGS -Werror)  # a compiler may accept a flag and say that it has no use for it
   foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
     string(MAKE_C_IDENTIFIER "KORVEL_HAS${flag}" known)
     check_cxx_compiler_flag(${flag} ${known})
@@ -27,6 +28,7 @@ if(KORVEL_HARDEN)
       target_compile_options(korvel_options INTERFACE ${flag})
     endif()
   endforeach()
+  unset(CMAKE_REQUIRED_FLAGS)
   # The linker marks a program only when every object is marked, and the C library's start files may
   # not be. They are compatible with a shadow stack, so this one may be claimed.
   include(CheckLinkerFlag)
