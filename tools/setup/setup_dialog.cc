@@ -193,6 +193,16 @@ bool agreesToChanges() {
   return agrees(ask(translated("Make these changes?"), yes), yes);
 }
 
+bool wantsOneWay(const std::string& uri) {
+  std::printf("%s\n", filled("The printer at %s does not answer. The one-way driver does not wait "
+                             "for it (20 labels with tear-off: 25 s instead of 82 s), but reports "
+                             "neither missing paper nor an open cover.",
+                             uri.c_str())
+                          .c_str());
+  const std::string yes = translated("yes");
+  return agrees(ask(translated("Use the one-way driver?"), yes), yes);
+}
+
 bool SetupDialog::wantsTestPage() const {
   const std::string yes = translated("yes");
   return agrees(ask(translated("Print a test page?"), yes), yes);

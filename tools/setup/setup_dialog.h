@@ -21,6 +21,9 @@ bool agrees(const std::string& answer, const std::string& yes);
 // Whether the changes shown above may be made.
 bool agreesToChanges();
 
+// Whether a queue of a silent printer should have the one-way driver.
+bool wantsOneWay(const std::string& uri);
+
 class SetupDialog {
  public:
   // Without a user it asks nothing, and chooses only what is unambiguous.
@@ -29,6 +32,7 @@ class SetupDialog {
   // Fills in the plan's URI, driver and name. Fails when one of them is missing or ambiguous.
   Result<void> complete(const PrintSystem& system, const std::vector<Description>& all,
                         QueuePlan* plan) const;
+  bool hasUser() const { return hasUser_; }
   bool wantsTestPage() const;
 
  private:
