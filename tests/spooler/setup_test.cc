@@ -55,6 +55,12 @@ class Setup : public testing::Test {
     words.insert(words.begin(), spooler_.toolPath("korvel-setup"));
     return run(words, kSeconds, spooler_.clientEnvironment());
   }
+  // In a terminal; `typed` is a format of printf.
+  CommandResult inTerminal(const std::string& words, const std::string& typed) {
+    const std::string line = "printf '" + typed + "' | script -qec '" +
+                             spooler_.toolPath("korvel-setup") + " " + words + "' /dev/null";
+    return run({"sh", "-c", line}, kSeconds, spooler_.clientEnvironment());
+  }
   // A command of the spooler's own.
   void command(const Words& words) {
     const CommandResult result = run(words, kSeconds, spooler_.clientEnvironment());
@@ -172,11 +178,19 @@ TEST_F(Setup, RefusesInOneSentence) {
        {"--json", "--list"},
        2,
        "korvel-setup: --json needs --check; see korvel-setup --help\n"},
+      {"a device that the print service does not know",
+       {"-v", "foo:bar", "-m", "m6", "-p", "new"},
+       1,
+       "korvel-setup: The print service does not accept the device URI: \"Bad device-uri "
+       "scheme \"foo\".\". Show all devices: korvel-setup --list\n"},
       {"no server",
        {"-h", "/nowhere/socket", "--check"},
        2,
-       "korvel-setup: The print service at /nowhere/socket does not answer. As root: systemctl "
-       "start cups\n"},
+       fs::exists("/run/systemd/system")
+           ? "korvel-setup: The print service at /nowhere/socket does not answer. As root: "
+             "systemctl start cups\n"
+           : "korvel-setup: The print service at /nowhere/socket does not answer. As root: "
+             "service cups start\n"},
   };
   for (const auto& c : kCases) {
     const CommandResult result = setup(c.words);
@@ -238,31 +252,112 @@ TEST_F(Setup, AsksInATerminalForMissingValues) {
     const char* typed;
     const char* queue;
     const char* model;
+    std::vector<const char*> defaults;
   } kCases[] = {
-      {"proposals taken", "-v usb://Korvel/R57", "\\n\\nno\\n", "r57", "Korvel R57 203 dpi, 1.0"},
-      {"the second description and a name", "-v usb://Korvel/R57", "2\\nboxes\\nno\\n", "boxes",
-       "Korvel R57 300 dpi, 1.0"},
-      {"a number that is none, and then one", "-v lpd://127.0.0.1/r57-korvel",
-       "9\\nx\\n2\\ntags\\nn\\n", "tags", "Korvel R57 300 dpi one-way, 1.0"},
-      {"a name that is taken by another device gets a number", "-v usb://Korvel/R57?serial=2",
-       "1\\n\\nn\\n", "r57-2", "Korvel R57 203 dpi, 1.0"},
-      {"an unknown printer is one that answers", "-v socket://127.0.0.1:1", "\\n\\nn\\n", "k220",
-       "Korvel K220 203 dpi, 1.0"},
-      {"but not where nothing comes back", "-v lpd://127.0.0.1/x", "\\n\\nn\\n", "k220-2",
-       "Korvel K220 203 dpi one-way, 1.0"},
-      {"no printer of ours: its address is asked for", "",
-       "\\nsocket://127.0.0.1:2\\n\\nfar\\nn\\n", "far", "Korvel K220 203 dpi, 1.0"},
+      {"proposals accepted",
+       "-v usb://Korvel/R57",
+       "\\n\\n\\n\\nno\\n",
+       "r57",
+       "Korvel R57 203 dpi, 1.0",
+       {"PageSize: 4x6", "HalftoneType: Ordered", "Contrast: 50"}},
+      {"the second driver, a common size, barcodes, and a name",
+       "-v usb://Korvel/R57",
+       "2\\n2\\n1\\nboxes\\nno\\n",
+       "boxes",
+       "Korvel R57 300 dpi, 1.0",
+       {"PageSize: 4x8", "HalftoneType: None", "Contrast: 50"}},
+      {"wrong numbers first; a size of one's own, and pictures",
+       "-v lpd://127.0.0.1/r57-korvel",
+       "9\\nx\\n2\\n55 x 33\\n55 x 33 mm\\n4\\n2\\ntags\\nn\\n",
+       "tags",
+       "Korvel R57 300 dpi one-way, 1.0",
+       {"PageSize: Custom.55x33mm", "HalftoneType: Ordered", "Contrast: 0"}},
+      {"values of the command line are not asked for",
+       "-v usb://Korvel/R57 -o PageSize=4x4 -o Contrast=20",
+       "\\nsquare\\nn\\n",
+       "square",
+       "Korvel R57 203 dpi, 1.0",
+       {"PageSize: 4x4", "Contrast: 20"}},
+      {"a name that is used for another device gets a number",
+       "-v usb://Korvel/R57?serial=2",
+       "1\\n\\n\\n\\nn\\n",
+       "r57-2",
+       "Korvel R57 203 dpi, 1.0",
+       {}},
+      {"an unknown printer is taken for one that answers",
+       "-v usb://Unknown/Printer",
+       "\\n\\n\\n\\nn\\n",
+       "k220",
+       "Korvel K220 203 dpi, 1.0",
+       {}},
+      {"but not where nothing comes back",
+       "-v lpd://127.0.0.1/x",
+       "\\n\\n\\n\\nn\\n",
+       "k220-2",
+       "Korvel K220 203 dpi one-way, 1.0",
+       {}},
+      {"no Korvel printer: its address is asked for, and used although nothing answers",
+       "",
+       "\\nsocket://127.0.0.1:2\\ny\\n\\n\\n\\nfar\\nn\\n",
+       "far",
+       "Korvel K220 203 dpi, 1.0",
+       {}},
+      {"an IP address for the number of a device; another one after it failed",
+       "",
+       "127.0.0.1:2\\n\\nlpd://127.0.0.1/k220\\n\\n\\n\\nnear\\nn\\n",
+       "near",
+       "Korvel K220 203 dpi one-way, 1.0",
+       {}},
+      {"a URI for the number of a device",
+       "",
+       "usb://Korvel/M6\\n\\n2\\nsheets\\nn\\n",
+       "sheets",
+       "Korvel M6 300 dpi, 1.0",
+       {"PageSize: Letter"}},
   };
   for (const auto& c : kCases) {
-    const std::string line = std::string("printf '") + c.typed + "' | script -qec '" +
-                             spooler_.toolPath("korvel-setup") + " " + c.words + "' /dev/null";
-    const CommandResult result = run({"sh", "-c", line}, kSeconds, spooler_.clientEnvironment());
+    const CommandResult result = inTerminal(c.words, c.typed);
     EXPECT_EQ(result.status, 0) << c.sentence << "\n" << result.output;
     EXPECT_NE(result.output.find("Which driver? [1] "), std::string::npos) << result.output;
+    EXPECT_EQ(result.output.find("192.0.2."), std::string::npos) << result.output;
+    const std::string description = spooler_.queueDescription(c.queue);
     const std::string nickname = std::string("*NickName: \"") + c.model + "\"";
-    EXPECT_NE(spooler_.queueDescription(c.queue).find(nickname), std::string::npos)
-        << c.sentence << "\n"
-        << result.output;
+    EXPECT_NE(description.find(nickname), std::string::npos) << c.sentence << "\n" << result.output;
+    for (const char* one : c.defaults)
+      EXPECT_TRUE(hasDefault(description, one)) << c.sentence << one;
+  }
+}
+
+TEST_F(Setup, TheEmulatedPrinterIsADeviceOfTheDialog) {
+  const TemporaryFolder files;
+  const std::string port = std::to_string(freePort());
+  const CommandResult result =
+      inTerminal("--test-page -m r57-203 -p try --port " + port + " --out " + files.file("sheets"),
+                 "emulated:\\n2\\n1\\n");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_TRUE(hasDefault(spooler_.queueDescription("try"), "PageSize: 4x8"));
+  EXPECT_TRUE(hasDefault(spooler_.queueDescription("try"), "HalftoneType: None"));
+  EXPECT_GT(readPicture(files.file("sheets/sheet-1.png")).printed(), 0u) << result.output;
+}
+
+TEST_F(Setup, ProposesTheOneWayDriverWhenThePrinterIsSilent) {
+  const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {});
+  printer.command("silent");
+  const struct {
+    const char* typed;
+    const char* model;
+  } kCases[] = {
+      {"\\nn\\n", "Korvel R57 203 dpi one-way, 1.0"},
+      {"n\\nn\\n", "Korvel R57 203 dpi, 1.0"},
+  };
+  for (const auto& c : kCases) {
+    command({KORVEL_LPADMIN, "-p", "r57", "-v", "socket://127.0.0.1:1", "-m", "raw"});
+    command({KORVEL_LPADMIN, "-x", "r57"});
+    const CommandResult result = inTerminal(
+        "-p r57 -m r57-203 -o PageSize=4x4 -o Contrast=0 -v " + toPort(printer.port()), c.typed);
+    EXPECT_EQ(result.status, 0) << result.output;
+    const std::string nickname = std::string("*NickName: \"") + c.model + "\"";
+    EXPECT_NE(spooler_.queueDescription("r57").find(nickname), std::string::npos) << result.output;
   }
 }
 
@@ -297,6 +392,35 @@ TEST_F(Setup, TakesAnEmulatedPrinterThatIsThere) {
             "Queue emulated is ready. Print with: lp -d emulated FILE\n"
             "A printer is already listening on port " +
                 port + " and prints the jobs of this queue.\n");
+}
+
+TEST_F(Setup, RefusesAnEmulatedPrinterThatItCannotStart) {
+  const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {});
+  const std::string port = std::to_string(printer.port());
+  const std::string running =
+      "korvel-setup: A printer is already listening on port " + port +
+      ", so that -m and --out would have no effect; stop it, or choose another port with --port.\n";
+  const struct {
+    const char* command;
+    Words words;
+    std::string message;
+  } kCases[] = {
+      {"silent off", {"-m", "z4"}, running},
+      {"silent off", {"--out", "/nowhere"}, running},
+      {"silent",
+       {},
+       "korvel-setup: Port " + port +
+           " is used by another program, or by a printer that is busy; choose another port with "
+           "--port.\n"},
+  };
+  for (const auto& c : kCases) {
+    printer.command(c.command);
+    Words words = {"--emulated", "--port", port};
+    words.insert(words.end(), c.words.begin(), c.words.end());
+    const CommandResult result = setup(words);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, c.message);
+  }
 }
 
 // ---- The doctor ----

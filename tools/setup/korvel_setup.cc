@@ -345,12 +345,6 @@ Result<int> makeQueue(const PrintSystem& system, QueuePlan plan, Probe probe) {
   return 0;
 }
 
-Result<int> makeAndTest(const PrintSystem& system, const QueuePlan& plan, bool testPage,
-                        Probe probe) {
-  const Result<int> made = makeQueue(system, plan, probe);
-  return made && testPage ? printTestPage(system, plan.name) : made;
-}
-
 Result<int> list(const PrintSystem& system, const Request& request) {
   const Result<Descriptions> all = descriptionsOf(system);
   if (!all) return all.failure();
@@ -378,11 +372,19 @@ Result<int> emulate(const PrintSystem& system, Request request) {
   const korvel::PrinterAnswer there = korvel::askPrinter(plan.uri).answer;
   if (there == korvel::PrinterAnswer::kSilent) {
     return Failure{
-        filled("Port %d is used by a program that is not a printer; choose another port "
-               "with --port.",
+        filled("Port %d is used by another program, or by a printer that is busy; choose another "
+               "port with --port.",
                request.emulated.port)};
   }
-  const Result<int> made = makeAndTest(system, plan, request.testPage, Probe::kNone);
+  const bool isChosen = !request.model.empty() || !request.emulated.folder.empty();
+  if (there == korvel::PrinterAnswer::kAnswers && isChosen) {
+    return Failure{
+        filled("A printer is already listening on port %d, so that -m and --out would have no "
+               "effect; stop it, or choose another port with --port.",
+               request.emulated.port)};
+  }
+  Result<int> made = makeQueue(system, plan, Probe::kNone);
+  if (made && request.testPage) made = printTestPage(system, plan.name);
   if (!made) return made;
   if (there == korvel::PrinterAnswer::kAnswers) {
     say(filled("A printer is already listening on port %d and prints the jobs of this queue.",
@@ -421,9 +423,15 @@ Result<int> setUpQueue(const PrintSystem& system, Request request) {
     const korvel::SetupDialog dialog(hasUser());
     const Result<void> completed = dialog.complete(system, all.value(), &plan);
     if (!completed) return completed.failure();
-    if (hasUser() && !request.testPage) request.testPage = dialog.wantsTestPage();
+    if (plan.uri == korvel::kEmulatedUri) {
+      request.model = plan.description.bareName();
+      return emulate(system, request);
+    }
   }
-  return makeAndTest(system, plan, request.testPage, Probe::kAskPrinter);
+  const Result<int> made = makeQueue(system, plan, Probe::kAskPrinter);
+  if (!made) return made;
+  if (!old && hasUser() && !request.testPage) request.testPage = korvel::wantsTestPage();
+  return request.testPage ? printTestPage(system, plan.name) : made;
 }
 
 // ---- Share ----
@@ -469,12 +477,18 @@ Result<int> share(const PrintSystem& system, Request request) {
   return 0;
 }
 
+Failure serviceFailure() {
+  if (access("/run/systemd/system", F_OK) == 0) {
+    return {filled("The print service at %s does not answer. As root: systemctl start cups",
+                   cupsServer())};
+  }
+  return {
+      filled("The print service at %s does not answer. As root: service cups start", cupsServer())};
+}
+
 Result<int> run(const Request& request) {
   const PrintSystem system;
-  if (!system.isThere()) {
-    return Failure{filled("The print service at %s does not answer. As root: systemctl start cups",
-                          cupsServer())};
-  }
+  if (!system.isThere()) return serviceFailure();
   if (request.check) return check(system, request);
   if (request.share || request.unshare) return share(system, request);
   if (!request.preset.empty()) return makePreset(system, request);
