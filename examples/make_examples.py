@@ -4,6 +4,7 @@
 The PDF files are plain text inside, so that a change can be read.
 SPDX-License-Identifier: Apache-2.0
 """
+import itertools
 import math
 import pathlib
 import struct
@@ -39,8 +40,59 @@ def words(x, y, size, text, font="F1"):
     return f"BT /{font} {size} Tf {x} {y} Td ({text}) Tj ET"
 
 
+# The modules of two symbols that both contain the number of the label, one bit each, rows from the top.
+# zint --barcode=20 -d KV2011748206 --dump
+CODE_128 = "D2163BAC5DEC9D8921949E99199B1D6"
+# zint --barcode=58 --secure=2 -d https://example.com/KV2011748206 --dump
+QR_CODE = """
+FE1C8BF8
+82A3D208
+BA66B2E8
+BA1F1AE8
+BAEA62E8
+82545A08
+FEAAABF8
+00168000
+AA731890
+E1CB1A48
+0B5423B8
+98F16C90
+BB30FE58
+8D158648
+BEEBE5D8
+211EBD50
+DBEB7E58
+51336E68
+AAEC6698
+58B969D0
+AF709F80
+00EDD8B8
+FE03DAD8
+8226C8D8
+BAE32F98
+BA7F0CA0
+BA8649C8
+82071A10
+FEFE9998
+""".split()
+
+
+def modules(x, y, width, height, rows):
+    """Rectangles for the runs of dark modules; `y` is the bottom of the lowest row."""
+    bars = []
+    for line, row in enumerate(reversed(rows)):
+        bits = "".join(f"{int(digit, 16):04b}" for digit in row)
+        at = 0
+        for dark, run in itertools.groupby(bits):
+            length = len(list(run))
+            if dark == "1":
+                bars.append(f"{x + at * width:.4f} {y + line * height:.4f} {length * width:.4f} {height:.4f} re f")
+            at += length
+    return "\n".join(bars)
+
+
 def label():
-    """A shipping label of 4 by 6 inches: text, rules, bars, a grey ramp, a black field."""
+    """A shipping label of 4 by 6 inches: text, rules, a Code 128 and a QR code, a grey ramp, a black field."""
     page = [
         "1.5 w 12 12 264 408 re S",
         "12 348 m 276 348 l S 12 236 m 276 236 l S 12 96 m 276 96 l S 200 348 m 200 420 l S",
@@ -56,12 +108,9 @@ def label():
         words(22, 280, 18, "Flat 3, 77 Mill Lane"),
         words(22, 254, 22, "Oldbridge  48 206", "F2"),
     ]
-    x, seed = 30.0, 20117  # bars of one to three modules; no code that a scanner knows
-    while x < 250:
-        seed = (seed * 1103515245 + 12345) % 2**31
-        bar, gap = 1 + (seed >> 16) % 3, 1 + (seed >> 20) % 3
-        page.append(f"{x:.2f} 124 {bar * 1.42:.2f} 100 re f")
-        x += (bar + gap) * 1.42
+    dot = 72 / 203
+    page.append(modules(80 * dot, 124, 4 * dot, 100, [CODE_128]))
+    page.append(modules(624 * dot, 160, 5 * dot, 5 * dot, QR_CODE))
     page.append(words(82, 106, 12, "KV 2011 7482 06"))
     for step in range(11):
         page.append(f"{step / 10:g} g {24 + step * 22} 52 22 34 re f")

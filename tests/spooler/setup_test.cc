@@ -37,6 +37,10 @@ int freePort() {
   return ntohs(address.sin_port);
 }
 
+std::string asking(const std::string& uri) {
+  return "Asking the printer at " + uri + " (at most 3 s)...\n";
+}
+
 std::string toPort(int port) { return "socket://127.0.0.1:" + std::to_string(port); }
 
 bool hasDefault(const std::string& description, const std::string& choice) {
@@ -50,6 +54,12 @@ class Setup : public testing::Test {
   CommandResult setup(Words words) {
     words.insert(words.begin(), spooler_.toolPath("korvel-setup"));
     return run(words, kSeconds, spooler_.clientEnvironment());
+  }
+  // In a terminal; `typed` is a format of printf.
+  CommandResult inTerminal(const std::string& words, const std::string& typed) {
+    const std::string line = "printf '" + typed + "' | script -qec '" +
+                             spooler_.toolPath("korvel-setup") + " " + words + "' /dev/null";
+    return run({"sh", "-c", line}, kSeconds, spooler_.clientEnvironment());
   }
   // A command of the spooler's own.
   void command(const Words& words) {
@@ -65,7 +75,8 @@ TEST_F(Setup, MakesAQueueThatPrintsAndCountsItsSheets) {
   const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {"--speed", "5000"});
   const Words words = {"-v", toPort(printer.port()), "-m", "k220-203",          "-p", "labels",
                        "-o", "PageSize=4x4",         "-o", "PostAction=TearOff"};
-  const std::string ready = "Queue labels is ready. Print with: lp -d labels FILE\n";
+  const std::string ready =
+      asking(toPort(printer.port())) + "Queue labels is ready. Print with: lp -d labels FILE\n";
   CommandResult result = setup(words);
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output, ready);
@@ -122,8 +133,8 @@ TEST_F(Setup, RefusesInOneSentence) {
       {"a bad name",
        {"-v", "socket://127.0.0.1", "-m", "m6", "-p", "two words"},
        1,
-       "korvel-setup: 'two words' is not a valid queue name; use letters, digits, hyphens and "
-       "underscores.\n"},
+       "korvel-setup: 'two words' is not a valid queue name; use letters, digits, hyphens "
+       "and underscores.\n"},
       {"another driver's queue",
        {"-p", "other", "-m", "m6"},
        1,
@@ -148,7 +159,7 @@ TEST_F(Setup, RefusesInOneSentence) {
        "korvel-setup: There is no queue nobody. Show all queues: lpstat -e\n"},
       {"an unknown queue",
        {"--check", "nobody"},
-       1,
+       2,
        "korvel-setup: There is no queue nobody. Show all queues: lpstat -e\n"},
       {"a queue without a word",
        {"labels"},
@@ -162,18 +173,61 @@ TEST_F(Setup, RefusesInOneSentence) {
        {"--check", "--list"},
        2,
        "korvel-setup: --check, --list, --emulated, --share and --unshare cannot be combined; see "
-       "korvel-setup "
-       "--help\n"},
+       "korvel-setup --help\n"},
+      {"a form without a check",
+       {"--json", "--list"},
+       2,
+       "korvel-setup: --json needs --check; see korvel-setup --help\n"},
+      {"a device that the print service does not know",
+       {"-v", "foo:bar", "-m", "m6", "-p", "new"},
+       1,
+       "korvel-setup: The print service does not accept the device URI: \"Bad device-uri "
+       "scheme \"foo\".\". Show all devices: korvel-setup --list\n"},
       {"no server",
        {"-h", "/nowhere/socket", "--check"},
-       1,
-       "korvel-setup: The print service at /nowhere/socket does not answer. As root: systemctl "
-       "start cups\n"},
+       2,
+       fs::exists("/run/systemd/system")
+           ? "korvel-setup: The print service at /nowhere/socket does not answer. As root: "
+             "systemctl start cups\n"
+           : "korvel-setup: The print service at /nowhere/socket does not answer. As root: "
+             "service cups start\n"},
   };
   for (const auto& c : kCases) {
     const CommandResult result = setup(c.words);
     EXPECT_EQ(result.status, c.status) << c.sentence;
     EXPECT_EQ(result.output, c.message) << c.sentence;
+  }
+}
+
+TEST_F(Setup, SaysWhatThePrinterAnswers) {
+  const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {});
+  const std::string uri = toPort(printer.port());
+  const std::string nowhere = toPort(freePort());
+  const std::string ready = "Queue labels is ready. Print with: lp -d labels FILE\n";
+  const struct {
+    const char* command;  // to the printer
+    const char* model;
+    std::string uri, want;
+  } kCases[] = {
+      {"silent off", "k220-203", nowhere,
+       "Queue labels was set up, but the printer at " + nowhere +
+           " cannot be reached. Switch it on, check its cable and address, then run: korvel-setup "
+           "--check labels\n"},
+      {"silent", "k220-203", uri,
+       "Queue labels was set up, but the printer at " + uri +
+           " does not answer; with this driver each page takes about 20 minutes. The one-way "
+           "driver does not wait for the printer (20 labels: 25 s instead of 82 s), but does not "
+           "report missing paper: korvel-setup -p labels -m korvel-k220-203-oneway\n"},
+      {"silent", "k220-203-oneway", uri, ready},
+      {"silent off", "k220-203", uri, ready},
+      {"cover open", "k220-203", uri,
+       ready + "The printer's cover is open; close it before printing.\n"},
+  };
+  for (const auto& c : kCases) {
+    printer.command(c.command);
+    const CommandResult result = setup({"-v", c.uri, "-m", c.model, "-p", "labels"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, asking(c.uri) + c.want) << c.command << " " << c.model;
   }
 }
 
@@ -198,31 +252,112 @@ TEST_F(Setup, AsksInATerminalForMissingValues) {
     const char* typed;
     const char* queue;
     const char* model;
+    std::vector<const char*> defaults;
   } kCases[] = {
-      {"proposals taken", "-v usb://Korvel/R57", "\\n\\nno\\n", "r57", "Korvel R57 203 dpi, 1.0"},
-      {"the second description and a name", "-v usb://Korvel/R57", "2\\nboxes\\nno\\n", "boxes",
-       "Korvel R57 300 dpi, 1.0"},
-      {"a number that is none, and then one", "-v lpd://127.0.0.1/r57-korvel",
-       "9\\nx\\n2\\ntags\\nn\\n", "tags", "Korvel R57 300 dpi one-way, 1.0"},
-      {"a name that is taken by another device gets a number", "-v usb://Korvel/R57?serial=2",
-       "1\\n\\nn\\n", "r57-2", "Korvel R57 203 dpi, 1.0"},
-      {"an unknown printer is one that answers", "-v socket://127.0.0.1:1", "\\n\\nn\\n", "k220",
-       "Korvel K220 203 dpi, 1.0"},
-      {"but not where nothing comes back", "-v lpd://127.0.0.1/x", "\\n\\nn\\n", "k220-2",
-       "Korvel K220 203 dpi one-way, 1.0"},
-      {"no printer of ours: its address is asked for", "",
-       "\\nsocket://127.0.0.1:2\\n\\nfar\\nn\\n", "far", "Korvel K220 203 dpi, 1.0"},
+      {"proposals accepted",
+       "-v usb://Korvel/R57",
+       "\\n\\n\\n\\nno\\n",
+       "r57",
+       "Korvel R57 203 dpi, 1.0",
+       {"PageSize: 4x6", "HalftoneType: Ordered", "Contrast: 50"}},
+      {"the second driver, a common size, barcodes, and a name",
+       "-v usb://Korvel/R57",
+       "2\\n2\\n1\\nboxes\\nno\\n",
+       "boxes",
+       "Korvel R57 300 dpi, 1.0",
+       {"PageSize: 4x8", "HalftoneType: None", "Contrast: 50"}},
+      {"wrong numbers first; a size of one's own, and pictures",
+       "-v lpd://127.0.0.1/r57-korvel",
+       "9\\nx\\n2\\n55 x 33\\n55 x 33 mm\\n4\\n2\\ntags\\nn\\n",
+       "tags",
+       "Korvel R57 300 dpi one-way, 1.0",
+       {"PageSize: Custom.55x33mm", "HalftoneType: Ordered", "Contrast: 0"}},
+      {"values of the command line are not asked for",
+       "-v usb://Korvel/R57 -o PageSize=4x4 -o Contrast=20",
+       "\\nsquare\\nn\\n",
+       "square",
+       "Korvel R57 203 dpi, 1.0",
+       {"PageSize: 4x4", "Contrast: 20"}},
+      {"a name that is used for another device gets a number",
+       "-v usb://Korvel/R57?serial=2",
+       "1\\n\\n\\n\\nn\\n",
+       "r57-2",
+       "Korvel R57 203 dpi, 1.0",
+       {}},
+      {"an unknown printer is taken for one that answers",
+       "-v usb://Unknown/Printer",
+       "\\n\\n\\n\\nn\\n",
+       "k220",
+       "Korvel K220 203 dpi, 1.0",
+       {}},
+      {"but not where nothing comes back",
+       "-v lpd://127.0.0.1/x",
+       "\\n\\n\\n\\nn\\n",
+       "k220-2",
+       "Korvel K220 203 dpi one-way, 1.0",
+       {}},
+      {"no Korvel printer: its address is asked for, and used although nothing answers",
+       "",
+       "\\nsocket://127.0.0.1:2\\ny\\n\\n\\n\\nfar\\nn\\n",
+       "far",
+       "Korvel K220 203 dpi, 1.0",
+       {}},
+      {"an IP address for the number of a device; another one after it failed",
+       "",
+       "127.0.0.1:2\\n\\nlpd://127.0.0.1/k220\\n\\n\\n\\nnear\\nn\\n",
+       "near",
+       "Korvel K220 203 dpi one-way, 1.0",
+       {}},
+      {"a URI for the number of a device",
+       "",
+       "usb://Korvel/M6\\n\\n2\\nsheets\\nn\\n",
+       "sheets",
+       "Korvel M6 300 dpi, 1.0",
+       {"PageSize: Letter"}},
   };
   for (const auto& c : kCases) {
-    const std::string line = std::string("printf '") + c.typed + "' | script -qec '" +
-                             spooler_.toolPath("korvel-setup") + " " + c.words + "' /dev/null";
-    const CommandResult result = run({"sh", "-c", line}, kSeconds, spooler_.clientEnvironment());
+    const CommandResult result = inTerminal(c.words, c.typed);
     EXPECT_EQ(result.status, 0) << c.sentence << "\n" << result.output;
     EXPECT_NE(result.output.find("Which driver? [1] "), std::string::npos) << result.output;
+    EXPECT_EQ(result.output.find("192.0.2."), std::string::npos) << result.output;
+    const std::string description = spooler_.queueDescription(c.queue);
     const std::string nickname = std::string("*NickName: \"") + c.model + "\"";
-    EXPECT_NE(spooler_.queueDescription(c.queue).find(nickname), std::string::npos)
-        << c.sentence << "\n"
-        << result.output;
+    EXPECT_NE(description.find(nickname), std::string::npos) << c.sentence << "\n" << result.output;
+    for (const char* one : c.defaults)
+      EXPECT_TRUE(hasDefault(description, one)) << c.sentence << one;
+  }
+}
+
+TEST_F(Setup, TheEmulatedPrinterIsADeviceOfTheDialog) {
+  const TemporaryFolder files;
+  const std::string port = std::to_string(freePort());
+  const CommandResult result =
+      inTerminal("--test-page -m r57-203 -p try --port " + port + " --out " + files.file("sheets"),
+                 "emulated:\\n2\\n1\\n");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_TRUE(hasDefault(spooler_.queueDescription("try"), "PageSize: 4x8"));
+  EXPECT_TRUE(hasDefault(spooler_.queueDescription("try"), "HalftoneType: None"));
+  EXPECT_GT(readPicture(files.file("sheets/sheet-1.png")).printed(), 0u) << result.output;
+}
+
+TEST_F(Setup, ProposesTheOneWayDriverWhenThePrinterIsSilent) {
+  const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {});
+  printer.command("silent");
+  const struct {
+    const char* typed;
+    const char* model;
+  } kCases[] = {
+      {"\\nn\\n", "Korvel R57 203 dpi one-way, 1.0"},
+      {"n\\nn\\n", "Korvel R57 203 dpi, 1.0"},
+  };
+  for (const auto& c : kCases) {
+    command({KORVEL_LPADMIN, "-p", "r57", "-v", "socket://127.0.0.1:1", "-m", "raw"});
+    command({KORVEL_LPADMIN, "-x", "r57"});
+    const CommandResult result = inTerminal(
+        "-p r57 -m r57-203 -o PageSize=4x4 -o Contrast=0 -v " + toPort(printer.port()), c.typed);
+    EXPECT_EQ(result.status, 0) << result.output;
+    const std::string nickname = std::string("*NickName: \"") + c.model + "\"";
+    EXPECT_NE(spooler_.queueDescription("r57").find(nickname), std::string::npos) << result.output;
   }
 }
 
@@ -259,6 +394,35 @@ TEST_F(Setup, TakesAnEmulatedPrinterThatIsThere) {
                 port + " and prints the jobs of this queue.\n");
 }
 
+TEST_F(Setup, RefusesAnEmulatedPrinterThatItCannotStart) {
+  const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {});
+  const std::string port = std::to_string(printer.port());
+  const std::string running =
+      "korvel-setup: A printer is already listening on port " + port +
+      ", so that -m and --out would have no effect; stop it, or choose another port with --port.\n";
+  const struct {
+    const char* command;
+    Words words;
+    std::string message;
+  } kCases[] = {
+      {"silent off", {"-m", "z4"}, running},
+      {"silent off", {"--out", "/nowhere"}, running},
+      {"silent",
+       {},
+       "korvel-setup: Port " + port +
+           " is used by another program, or by a printer that is busy; choose another port with "
+           "--port.\n"},
+  };
+  for (const auto& c : kCases) {
+    printer.command(c.command);
+    Words words = {"--emulated", "--port", port};
+    words.insert(words.end(), c.words.begin(), c.words.end());
+    const CommandResult result = setup(words);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, c.message);
+  }
+}
+
 // ---- The doctor ----
 
 class Doctor : public Setup {
@@ -279,6 +443,9 @@ class Doctor : public Setup {
   }
 
   const std::string well_ = "Queue m6 (Korvel M6 300 dpi, 1.0): no problems found.\n0";
+  const std::string noSheet_ =
+      "m6: The printer has no sheet loaded, or the last one is still in its output; it will wait "
+      "for a sheet when a job starts.\n";
   ListeningPrinter printer_;
   std::string uri_;
 };
@@ -332,7 +499,8 @@ TEST_F(Doctor, ChecksTheConnectionAndItsAdviceHelps) {
   printer_.command("silent off");
   EXPECT_EQ(findings(), "m6: The printer at " + uri_ +
                             " answers; with its two-way driver the queue would report missing "
-                            "paper and an open cover: korvel-setup -p m6 -m korvel-m6\n" +
+                            "paper and an open cover, but wait for the printer after each sheet "
+                            "(20 labels: 82 s instead of 25 s): korvel-setup -p m6 -m korvel-m6\n" +
                             wellOneWay);
 
   EXPECT_EQ(setup({"-p", "m6", "-m", "m6", "-v", "lpd://127.0.0.1/raw"}).status, 0);
@@ -343,9 +511,11 @@ TEST_F(Doctor, ChecksTheConnectionAndItsAdviceHelps) {
 
   const std::string nowhere = toPort(freePort());
   EXPECT_EQ(setup({"-p", "m6", "-v", nowhere}).status, 0);
-  EXPECT_EQ(findings(), "m6: Cannot reach the printer at " + nowhere +
-                            "; switch it on and check its cable, or change the address: "
-                            "korvel-setup -p m6 -v socket://ADDRESS\n1");
+  const std::string port = nowhere.substr(nowhere.rfind(':') + 1);
+  EXPECT_EQ(findings(), "m6: Nothing listens at " + nowhere +
+                            ". Start the emulated printer again: korvel-setup --emulated -p m6 -m "
+                            "korvel-m6 --port " +
+                            port + "\n1");
 }
 
 TEST_F(Doctor, ReportsWhatTheQueueWaitsForAndWhyAJobFailed) {
@@ -381,21 +551,77 @@ TEST_F(Doctor, ReportsWhatTheQueueWaitsForAndWhyAJobFailed) {
     ASSERT_TRUE(spooler_.waitForJob(job, kSeconds));
   }
   ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.reasons("m6").empty(); }));
-  EXPECT_EQ(findings(), well_);
+  EXPECT_EQ(findings(), noSheet_ + well_);  // the last one is still in the output
 
-  spooler_.addQueue("label", "korvel-label-203", printer_.port());
+  const ListeningPrinter other(spooler_.toolPath("korvel-printer"), {});
+  spooler_.addQueue("label", "korvel-label-203", other.port());
   const int job = spooler_.print("label", {"-o", "PageSize=Custom.0.9x0.9mm", document});
   ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.jobState(job) == IPP_JSTATE_STOPPED; }));
   const CommandResult result = setup({"--check", "-d", "label"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.output,
-            "label: Job " + std::to_string(job) +
-                " has a page size that the driver does not support; choose another "
-                "size, or a custom size of at least 10 mm.\n" +
-                "label: Queues label and m6 send to the same printer without waiting "
-                "for each other. Let this one wait: lpadmin -p label -v "
-                "korvel://127.0.0.1:" +
-                std::to_string(printer_.port()) + "\n");
+  EXPECT_EQ(result.output, "label: Job " + std::to_string(job) +
+                               " has a page size that the driver does not support; choose another "
+                               "size, or a custom size of at least 10 mm.\nlabel: Job " +
+                               std::to_string(job) +
+                               " is stopped. After solving its problem, start it again: lp -i "
+                               "label-" +
+                               std::to_string(job) + " -H restart (or remove it: cancel label-" +
+                               std::to_string(job) + ")\n");
+}
+
+TEST_F(Doctor, AsksAnIdlePrinterForItsStatus) {
+  printer_.command("cover open");
+  EXPECT_EQ(findings(), "m6: The printer's cover is open; close it to continue queue m6.\n1");
+  EXPECT_EQ(
+      findings({"--json"}),
+      "{\"queues\": [{\"queue\": \"m6\", \"driver\": \"Korvel M6 300 dpi, 1.0\", \"good\": "
+      "false, \"findings\": [{\"kind\": \"problem\", \"text\": \"The printer's cover is open; "
+      "close it to continue queue m6.\"}]}]}\n1");
+  printer_.command("cover close");
+  printer_.command("out-of-paper");
+  EXPECT_EQ(findings(), noSheet_ + well_);
+}
+
+TEST_F(Doctor, FindsASilentPrinterAfterHalfAMinute) {
+  const TemporaryFolder files;
+  const std::string document = files.write("sheet.pdf", makePdf({barLabel(3)}));
+  printer_.command("silent");
+  const int job = spooler_.print("m6", {"-o", "PageSize=Tattoo_A6", document});
+  ASSERT_TRUE(printer_.waitForEvent("status request -> silence", kSeconds));
+  EXPECT_EQ(findings(), well_);
+  std::string found;
+  ASSERT_TRUE(waitUntil(kSeconds, [&] { return (found = findings()) != well_; }));
+  EXPECT_TRUE(found.starts_with("m6: Job " + std::to_string(job) + " has been printing for "))
+      << found;
+  EXPECT_TRUE(
+      found.ends_with("s and the printer does not answer. Switch it off and on again. If "
+                      "that does not help, cancel the job (cancel m6-" +
+                      std::to_string(job) +
+                      ") and choose the one-way driver: korvel-setup -p m6 -m "
+                      "korvel-m6-oneway\n1"))
+      << found;
+  spooler_.cancel(job);
+}
+
+TEST_F(Doctor, ItsAdviceStartsAStoppedOrHeldJobAgain) {
+  const TemporaryFolder files;
+  const std::string document = files.write("sheet.pdf", makePdf({barLabel(3)}));
+  const std::string path = spooler_.filterPath();
+  fs::permissions(path, fs::perms(0757));  // the print service refuses to run it
+  const int stopped = spooler_.print("m6", {"-o", "PageSize=Tattoo_A6", document});
+  ASSERT_TRUE(
+      waitUntil(kSeconds, [&] { return spooler_.jobState(stopped) == IPP_JSTATE_STOPPED; }));
+  const int held = spooler_.print("m6", {"-o", "PageSize=Tattoo_A6", "-H", "hold", document});
+  const std::string restart = "lp -i m6-" + std::to_string(stopped) + " -H restart";
+  const std::string resume = "lp -i m6-" + std::to_string(held) + " -H resume";
+  const std::string found = findings();
+  EXPECT_NE(found.find(restart), std::string::npos) << found;
+  EXPECT_NE(found.find(resume), std::string::npos) << found;
+  fs::permissions(path, fs::perms(0755));
+  command({"sh", "-c", restart});
+  command({"sh", "-c", resume});
+  EXPECT_TRUE(spooler_.waitForJob(stopped, kSeconds));
+  EXPECT_TRUE(spooler_.waitForJob(held, kSeconds));
 }
 
 }  // namespace

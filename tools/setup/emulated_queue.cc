@@ -28,18 +28,19 @@ bool isStencilPrinter(const std::string& description) {
 }  // namespace
 
 Failure becomePrinter(const EmulatedPrinter& printer, const std::string& description) {
+  const std::string out = printer.folder.empty() ? "sheets" : printer.folder;
   const bool fine = keyword(description, "DefaultResolution").starts_with("300");
   std::vector<std::string> arguments = {"korvel-printer",
                                         "--port",
                                         std::to_string(printer.port),
                                         "--out",
-                                        printer.folder,
+                                        out,
                                         "--dpi",
                                         fine ? "300" : "203",
                                         "--media",
                                         isStencilPrinter(description) ? "sheet" : "gap"};
   if (printer.once) arguments.emplace_back("--once");
-  const char* folder = printer.folder.c_str();
+  const char* folder = out.c_str();
   const std::string what =
       printer.once
           ? filled("The emulated printer writes its sheets to %s and then exits.", folder)

@@ -11,8 +11,8 @@ namespace korvel {
 
 struct EmulatedPrinter {
   int port = 9100;
-  std::string folder = "sheets";
-  bool once = false;  // exit after the first job
+  std::string folder;  // empty: "sheets"
+  bool once = false;   // exit after the first job
 };
 
 // Replaces this program by korvel-printer, with the print head and media of the PPD `description`.

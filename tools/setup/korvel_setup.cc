@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,8 @@
 #include "tools/common/translation.h"
 #include "tools/setup/device_choice.h"
 #include "tools/setup/emulated_queue.h"
+#include "tools/setup/examination.h"
+#include "tools/setup/first_contact.h"
 #include "tools/setup/preset.h"
 #include "tools/setup/queue_facts.h"
 #include "tools/setup/queue_setup.h"
@@ -35,6 +38,7 @@ using korvel::Result;
 using korvel::translated;
 
 constexpr char kProgram[] = "korvel-setup";
+constexpr int kCannotCheck = 2;  // the exit status for monitoring
 
 const korvel::Help kHelp = {
     later("Usage: korvel-setup [-v URI] [-m MODEL] [-p QUEUE] [OPTION]...\n"
@@ -63,12 +67,14 @@ const korvel::Help kHelp = {
      later("--ready SIZE,...\tThe sizes that they are offered (the default of the queue)."),
      later("-n, --dry-run\tOnly show what --share or --unshare would change."),
      later("--check\tFind problems of queues; without names, of all queues of Korvel printers."),
+     later("--json\tPrint the result of --check as JSON."),
      later("-d QUEUE\tA queue to check."),
      later("--dump-folder DIR\tWhere the filter writes its image dumps (/var/spool/cups/tmp)."),
      later("--list\tList devices and drivers; with -m, list the options of a driver.")},
     nullptr,
     {},
-    later("Exit status: 0 success, 1 something failed or a queue has a problem, 2 wrong usage.")};
+    later("Exit status: 0 success, 1 something failed or a queue has a problem, 2 wrong usage, or "
+          "--check cannot check.")};
 
 struct Request {
   QueuePlan plan;
@@ -79,12 +85,14 @@ struct Request {
   korvel::SharingRequest sharing;
   std::string preset;
   bool check = false, list = false, emulate = false, testPage = false;
-  bool share = false, unshare = false;
+  bool share = false, unshare = false, json = false;
 };
 
 bool takeFlag(const korvel::Arguments& arguments, Request* request) {
   if (arguments.is("--check")) {
     request->check = true;
+  } else if (arguments.is("--json")) {
+    request->json = true;
   } else if (arguments.is("--list")) {
     request->list = true;
   } else if (arguments.is("--emulated")) {
@@ -164,6 +172,7 @@ Request parseArguments(int argc, char** argv) {
   if (!request.queues.empty() && !request.check && !request.testPage) {
     arguments.wrong(translated("-d needs --check or --test-page"));
   }
+  if (request.json && !request.check) arguments.wrong(translated("--json needs --check"));
   if (!operands.empty() && !request.check) {
     arguments.wrong(filled("unexpected argument '%s'", operands[0].c_str()));
   }
@@ -185,23 +194,24 @@ void say(const std::string& sentence) { std::printf("%s\n", korvel::shown(senten
 
 // ---- Check ----
 
-bool checkQueue(const PrintSystem& system, const korvel::Queue& queue, const Request& request) {
+korvel::Examination checkQueue(const PrintSystem& system, const korvel::Queue& queue,
+                               const Request& request) {
   std::vector<korvel::Finding> findings =
       korvel::examine(korvel::gatherFacts(system, queue, request.dumpFolder));
   for (const korvel::Finding& finding : korvel::examineSharing(
            korvel::gatherSharingFacts(system, queue, request.sharing.stateFolder))) {
     findings.push_back(finding);
   }
-  bool well = true;
-  for (const korvel::Finding& finding : findings) {
-    say(queue.name + ": " + finding.text);
-    well = well && !finding.fault;
+  return {queue.name, queue.makeAndModel, findings};
+}
+
+void showExamination(const korvel::Examination& examination) {
+  for (const korvel::Finding& finding : examination.findings) {
+    say(examination.queue + ": " + finding.text);
   }
-  if (well) {
-    say(filled("Queue %s (%s): no problems found.", queue.name.c_str(),
-               queue.makeAndModel.c_str()));
-  }
-  return well;
+  if (!korvel::isWell(examination)) return;
+  say(filled("Queue %s (%s): no problems found.", examination.queue.c_str(),
+             examination.makeAndModel.c_str()));
 }
 
 Result<std::vector<korvel::Queue>> queuesToCheck(const PrintSystem& system,
@@ -228,10 +238,13 @@ Result<int> check(const PrintSystem& system, Request request) {
   }
   const Result<std::vector<korvel::Queue>> queues = queuesToCheck(system, request.queues);
   if (!queues) return queues.failure();
-  bool well = true;
+  std::vector<korvel::Examination> examined;
   for (const korvel::Queue& queue : queues.value()) {
-    well = checkQueue(system, queue, request) && well;
+    examined.push_back(checkQueue(system, queue, request));
+    if (!request.json) showExamination(examined.back());
   }
+  if (request.json) std::printf("%s", korvel::asJson(examined).c_str());
+  const bool well = std::all_of(examined.begin(), examined.end(), korvel::isWell);
   return well ? 0 : 1;
 }
 
@@ -272,8 +285,39 @@ Result<int> printTestPage(const PrintSystem& system, const std::string& queue) {
   return 0;
 }
 
-// Checks the rest of the plan, and creates or updates the queue.
-Result<int> makeQueue(const PrintSystem& system, QueuePlan plan) {
+bool hasUser() { return isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0; }
+
+// Asks the printer of the queue, unless it is busy or neither its device nor its driver changes.
+// `description` is the text of the PPD.
+korvel::Contact contact(const PrintSystem& system, const QueuePlan& plan,
+                        const std::optional<korvel::Queue>& old, const std::string& description) {
+  korvel::Contact made = {
+      plan.name, plan.uri, plan.description.bareName(), korvel::asksForStatus(description), {}};
+  if (made.uri.empty() && old) made.uri = old->uri;
+  if (made.driver.empty()) made.driver = system.installedFor(description).bareName();
+  const bool changes = !old || !plan.uri.empty() || !plan.description.name.empty();
+  if (!changes || (old && old->busy) || !korvel::canBeAsked(made.uri)) return made;
+  say(filled("Asking the printer at %s (at most %d s)...", made.uri.c_str(),
+             korvel::kProbeSeconds));
+  std::fflush(stdout);
+  made.reply = korvel::askPrinter(made.uri);
+  return made;
+}
+
+// Exchanges the driver of a silent printer if the user agrees.
+void offerOneWay(const PrintSystem& system, QueuePlan* plan, korvel::Contact* contact) {
+  if (!korvel::waitsInVain(*contact) || !hasUser() || !korvel::wantsOneWay(contact->uri)) return;
+  const Descriptions all = system.descriptions();
+  const Description* twin = korvel::meant(korvel::oneWayTwin(contact->driver), all);
+  if (twin == nullptr) return;
+  plan->description = *twin;
+  contact->asks = false;
+}
+
+enum class Probe { kAskPrinter, kNone };
+
+// Checks the rest of the plan, asks the printer, and creates or updates the queue.
+Result<int> makeQueue(const PrintSystem& system, QueuePlan plan, Probe probe) {
   const auto old = system.queue(plan.name);
   Result<void> checked;
   if (!old) checked = korvel::checkName(plan.name);
@@ -289,15 +333,16 @@ Result<int> makeQueue(const PrintSystem& system, QueuePlan plan) {
                                ? system.queueDescription(plan.name)
                                : system.installedDescription(plan.description.name);
   checked = korvel::checkQueueOptions(text, plan.options);
-  if (checked) checked = korvel::setUp(plan);
   if (!checked) return checked.failure();
-  say(filled("Queue %s is ready. Print with: lp -d %s FILE", plan.name.c_str(), plan.name.c_str()));
+  korvel::Contact contacted = {plan.name, plan.uri, "", false, {}};
+  if (probe == Probe::kAskPrinter) {
+    contacted = contact(system, plan, old, text);
+    offerOneWay(system, &plan, &contacted);
+  }
+  checked = korvel::setUp(plan);
+  if (!checked) return checked.failure();
+  for (const std::string& sentence : korvel::sentencesOf(contacted)) say(sentence);
   return 0;
-}
-
-Result<int> makeAndTest(const PrintSystem& system, const QueuePlan& plan, bool testPage) {
-  const Result<int> made = makeQueue(system, plan);
-  return made && testPage ? printTestPage(system, plan.name) : made;
 }
 
 Result<int> list(const PrintSystem& system, const Request& request) {
@@ -324,14 +369,22 @@ Result<int> emulate(const PrintSystem& system, Request request) {
   plan.description = one.value();
   plan.uri = "socket://127.0.0.1:" + std::to_string(request.emulated.port);
   if (plan.name.empty()) plan.name = "emulated";
-  const korvel::PrinterAnswer there = korvel::askPrinter(plan.uri);
+  const korvel::PrinterAnswer there = korvel::askPrinter(plan.uri).answer;
   if (there == korvel::PrinterAnswer::kSilent) {
     return Failure{
-        filled("Port %d is used by a program that is not a printer; choose another port "
-               "with --port.",
+        filled("Port %d is used by another program, or by a printer that is busy; choose another "
+               "port with --port.",
                request.emulated.port)};
   }
-  const Result<int> made = makeAndTest(system, plan, request.testPage);
+  const bool isChosen = !request.model.empty() || !request.emulated.folder.empty();
+  if (there == korvel::PrinterAnswer::kAnswers && isChosen) {
+    return Failure{
+        filled("A printer is already listening on port %d, so that -m and --out would have no "
+               "effect; stop it, or choose another port with --port.",
+               request.emulated.port)};
+  }
+  Result<int> made = makeQueue(system, plan, Probe::kNone);
+  if (made && request.testPage) made = printTestPage(system, plan.name);
   if (!made) return made;
   if (there == korvel::PrinterAnswer::kAnswers) {
     say(filled("A printer is already listening on port %d and prints the jobs of this queue.",
@@ -367,13 +420,18 @@ Result<int> setUpQueue(const PrintSystem& system, Request request) {
     plan.description = one.value();
   }
   if (!old) {
-    const bool hasUser = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
-    const korvel::SetupDialog dialog(hasUser);
+    const korvel::SetupDialog dialog(hasUser());
     const Result<void> completed = dialog.complete(system, all.value(), &plan);
     if (!completed) return completed.failure();
-    if (hasUser && !request.testPage) request.testPage = dialog.wantsTestPage();
+    if (plan.uri == korvel::kEmulatedUri) {
+      request.model = plan.description.bareName();
+      return emulate(system, request);
+    }
   }
-  return makeAndTest(system, plan, request.testPage);
+  const Result<int> made = makeQueue(system, plan, Probe::kAskPrinter);
+  if (!made) return made;
+  if (!old && hasUser() && !request.testPage) request.testPage = korvel::wantsTestPage();
+  return request.testPage ? printTestPage(system, plan.name) : made;
 }
 
 // ---- Share ----
@@ -395,7 +453,7 @@ Result<int> makePreset(const PrintSystem& system, Request request) {
     const Result<void> moved = korvel::runLpadmin({"-p", base->name, "-v", plan.uri});
     if (!moved) return moved.failure();
   }
-  const Result<int> made = makeQueue(system, plan);
+  const Result<int> made = makeQueue(system, plan, Probe::kNone);
   if (!made || !korvel::isSharedByUs(request.sharing.stateFolder, base->name)) return made;
   request.sharing.queue = plan.name;
   const Result<void> shared = korvel::shareQueue(system, request.sharing);
@@ -407,8 +465,7 @@ Result<int> share(const PrintSystem& system, Request request) {
   korvel::SharingRequest& sharing = request.sharing;
   sharing.info = request.plan.info;
   sharing.location = request.plan.location;
-  const bool hasUser = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
-  if (hasUser) sharing.agreed = korvel::agreesToChanges;
+  if (hasUser()) sharing.agreed = korvel::agreesToChanges;
   const Result<void> done =
       request.share ? korvel::shareQueue(system, sharing) : korvel::unshareQueue(system, sharing);
   if (!done) return done.failure();
@@ -420,12 +477,18 @@ Result<int> share(const PrintSystem& system, Request request) {
   return 0;
 }
 
+Failure serviceFailure() {
+  if (access("/run/systemd/system", F_OK) == 0) {
+    return {filled("The print service at %s does not answer. As root: systemctl start cups",
+                   cupsServer())};
+  }
+  return {
+      filled("The print service at %s does not answer. As root: service cups start", cupsServer())};
+}
+
 Result<int> run(const Request& request) {
   const PrintSystem system;
-  if (!system.isThere()) {
-    return Failure{filled("The print service at %s does not answer. As root: systemctl start cups",
-                          cupsServer())};
-  }
+  if (!system.isThere()) return serviceFailure();
   if (request.check) return check(system, request);
   if (request.share || request.unshare) return share(system, request);
   if (!request.preset.empty()) return makePreset(system, request);
@@ -438,6 +501,9 @@ Result<int> run(const Request& request) {
 
 int main(int argc, char** argv) {
   korvel::startTranslation();
-  const Result<int> status = run(parseArguments(argc, argv));
-  return status ? status.value() : korvel::reportFailure(kProgram, status.sentence());
+  const Request request = parseArguments(argc, argv);
+  const Result<int> status = run(request);
+  if (status) return status.value();
+  const int failed = korvel::reportFailure(kProgram, status.sentence());
+  return request.check ? kCannotCheck : failed;
 }

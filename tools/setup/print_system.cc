@@ -8,6 +8,7 @@
 #include <cups/ppd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -139,6 +140,26 @@ const std::vector<const char*> kQueueAttributes = {"printer-name",
                                                    "print-scaling-default",
                                                    "scaling-default"};
 
+const std::vector<const char*> kJobAttributes = {"job-id",
+                                                 "job-state",
+                                                 "job-printer-state-message",
+                                                 "job-media-sheets-completed",
+                                                 "job-printer-up-time",
+                                                 "time-at-processing"};
+
+Job jobOf(const Group& group) {
+  Job job;
+  job.number = integer(group, "job-id");
+  job.state = integer(group, "job-state");
+  job.message = text(group, "job-printer-state-message");
+  job.sheets = integer(group, "job-media-sheets-completed");
+  const int begun = integer(group, "time-at-processing");
+  if (job.state == IPP_JSTATE_PROCESSING && begun > 0) {
+    job.seconds = integer(group, "job-printer-up-time") - begun;
+  }
+  return job;
+}
+
 // The content of a temporary file of the library, which is then removed.
 std::string taken(const char* path) {
   if (path == nullptr) return "";
@@ -213,18 +234,20 @@ std::vector<Queue> PrintSystem::queues() const {
   return all;
 }
 
-Job PrintSystem::newestJob(const std::string& queue) const {
-  ipp_t* asked =
-      request(IPP_OP_GET_JOBS, queue, {"job-id", "job-state", "job-printer-state-message"});
+std::vector<Job> PrintSystem::jobsToExamine(const std::string& queue) const {
+  ipp_t* asked = request(IPP_OP_GET_JOBS, queue, kJobAttributes);
   ippAddString(asked, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, "all");
   const Answer answer(cupsDoRequest(CUPS_HTTP_DEFAULT, asked, "/"));
-  Job newest;
-  answer.forEachGroup(IPP_TAG_JOB, [&newest](const Group& group) {
-    if (integer(group, "job-id") <= newest.number) return;
-    newest = {integer(group, "job-id"), integer(group, "job-state"),
-              text(group, "job-printer-state-message")};
+  std::vector<Job> all;
+  answer.forEachGroup(IPP_TAG_JOB, [&all](const Group& group) { all.push_back(jobOf(group)); });
+  std::sort(all.begin(), all.end(),
+            [](const Job& one, const Job& other) { return one.number < other.number; });
+  const int newest = all.empty() ? 0 : all.back().number;
+  std::erase_if(all, [newest](const Job& job) {
+    const bool failed = job.state == IPP_JSTATE_ABORTED && job.number == newest;
+    return job.state >= IPP_JSTATE_CANCELED && !failed;
   });
-  return newest;
+  return all;
 }
 
 std::string PrintSystem::queueDescription(const std::string& queue) const {

@@ -46,6 +46,8 @@ struct Job {
   int number = 0;  // 0: no job
   int state = 0;   // an ipp_jstate_t
   std::string message;
+  int seconds = 0;  // since its processing began; 0 when it is not being processed
+  int sheets = 0;   // as counted so far
 };
 
 // Every call asks the server. Lists and texts are empty when it has none.
@@ -57,8 +59,9 @@ class PrintSystem {
   std::vector<Device> devices() const;            // takes some seconds
   std::vector<Description> descriptions() const;  // of our printers only
   std::optional<Queue> queue(const std::string& name) const;
-  std::vector<Queue> queues() const;              // all, ours and others
-  Job newestJob(const std::string& queue) const;  // the one with the highest number
+  std::vector<Queue> queues() const;  // all, ours and others
+  // The jobs that are not finished, and the newest one if it failed; by their numbers.
+  std::vector<Job> jobsToExamine(const std::string& queue) const;
 
   // The texts of PPDs.
   std::string queueDescription(const std::string& queue) const;

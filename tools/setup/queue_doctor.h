@@ -5,27 +5,27 @@
 #define KORVEL_TOOLS_SETUP_QUEUE_DOCTOR_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/setup/print_system.h"
+#include "tools/setup/printer_probe.h"
 
 namespace korvel {
 
 enum class FilterFile { kFine, kMissing, kNotExecutable, kUnsafe, kNotLookedAt };
 
-// How the printer reacted to a status request.
-enum class PrinterAnswer { kAnswers, kSilent, kNotReached, kNotAsked };
-
 struct QueueFacts {
   Queue queue;
-  Job job;                    // the newest
+  std::vector<Job> jobs;      // as PrintSystem::jobsToExamine() lists them
   std::string description;    // the queue's PPD
   std::string installed;      // the installed PPD of the same model
   std::string installedName;  // its bare name; empty: none
   std::string filterPath;
   FilterFile filter = FilterFile::kNotLookedAt;
-  PrinterAnswer answer = PrinterAnswer::kNotAsked;
+  PrinterReply reply;                // only an idle printer is asked
+  std::optional<int> silentSeconds;  // of the connection of a busy queue
   std::string dumpFolder;
   uint64_t dumpBytes = 0;
 };
@@ -34,6 +34,9 @@ struct Finding {
   bool fault;        // false: an advice, not a problem
   std::string text;  // one sentence
 };
+
+// Whether the filter asks this model for its status; one-way drivers have other model names.
+bool asksForStatus(const std::string& description);
 
 std::vector<Finding> examine(const QueueFacts& facts);
 

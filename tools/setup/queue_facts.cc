@@ -2,32 +2,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/setup/queue_facts.h"
 
-#include <fcntl.h>
-#include <netdb.h>
-#include <poll.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
-
-#include "tools/common/process.h"
 
 namespace fs = std::filesystem;
 
 namespace korvel {
 
 namespace {
-
-constexpr int kConnectMilliseconds = 3000;
-constexpr int kAnswerMilliseconds = 2000;
-
-// A status request, and the first bytes of a reply.
-constexpr unsigned char kRequest[] = {0x64, 0x10, 0x40, 0, 0, 0, 0, 0, 0, 0x9B};
-constexpr unsigned char kReplyStart[] = {0x64, 0xFF};
 
 FilterFile lookAt(const std::string& path) {
   struct stat found;
@@ -52,50 +38,6 @@ uint64_t bytesOfDumps(const std::string& folder) {
   return sum;
 }
 
-// False when `fd` does not become ready for `events` in time.
-bool ready(int fd, short events, int milliseconds) {
-  pollfd watched = {fd, events, 0};
-  return poll(&watched, 1, milliseconds) == 1;
-}
-
-// Both return a closed descriptor when there is no connection.
-Descriptor connectTo(const addrinfo& address) {
-  Descriptor socket(::socket(address.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  const int fd = socket.get();
-  int fault = 0;
-  socklen_t size = sizeof fault;
-  const bool begun = connect(fd, address.ai_addr, address.ai_addrlen) == 0 || errno == EINPROGRESS;
-  if (begun && ready(fd, POLLOUT, kConnectMilliseconds) &&
-      getsockopt(fd, SOL_SOCKET, SO_ERROR, &fault, &size) == 0 && fault == 0) {
-    return socket;
-  }
-  return Descriptor();
-}
-
-Descriptor connectTo(const std::string& host, const std::string& port) {
-  addrinfo wanted = {};
-  wanted.ai_socktype = SOCK_STREAM;
-  addrinfo* addresses = nullptr;
-  if (getaddrinfo(host.c_str(), port.c_str(), &wanted, &addresses) != 0) return Descriptor();
-  Descriptor socket;
-  for (const addrinfo* at = addresses; at != nullptr && !socket.isOpen(); at = at->ai_next) {
-    socket = connectTo(*at);
-  }
-  freeaddrinfo(addresses);
-  return socket;
-}
-
-PrinterAnswer answerOn(int fd) {
-  if (send(fd, kRequest, sizeof kRequest, MSG_NOSIGNAL) != sizeof kRequest) {
-    return PrinterAnswer::kSilent;
-  }
-  unsigned char reply[64];
-  if (!ready(fd, POLLIN, kAnswerMilliseconds)) return PrinterAnswer::kSilent;
-  const ssize_t count = read(fd, reply, sizeof reply);
-  const bool good = count >= 2 && reply[0] == kReplyStart[0] && reply[1] == kReplyStart[1];
-  return good ? PrinterAnswer::kAnswers : PrinterAnswer::kSilent;
-}
-
 }  // namespace
 
 std::string filterPath() {
@@ -103,36 +45,19 @@ std::string filterPath() {
   return std::string(folder == nullptr ? KORVEL_CUPS_SERVERBIN : folder) + "/filter/rastertokorvel";
 }
 
-PrinterAnswer askPrinter(const std::string& uri) {
-  if (!uri.starts_with("socket://") && !uri.starts_with("korvel://")) {
-    return PrinterAnswer::kNotAsked;
-  }
-  const std::string scheme = uri.substr(0, uri.find("//") + 2);
-  std::string host =
-      uri.substr(scheme.size(), uri.find_first_of("/?", scheme.size()) - scheme.size());
-  std::string port = "9100";
-  const size_t colon = host.rfind(':');
-  if (colon != std::string::npos && host.find(']', colon) == std::string::npos) {
-    port = host.substr(colon + 1);
-    host.resize(colon);
-  }
-  if (host.starts_with("[") && host.ends_with("]")) host = host.substr(1, host.size() - 2);
-  const Descriptor connection = connectTo(host, port);
-  return connection.isOpen() ? answerOn(connection.get()) : PrinterAnswer::kNotReached;
-}
-
 QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,
                        const std::string& dumpFolder) {
   QueueFacts facts;
   facts.queue = queue;
-  facts.job = system.newestJob(queue.name);
+  facts.jobs = system.jobsToExamine(queue.name);
   facts.description = system.queueDescription(queue.name);
   const Description installed = system.installedFor(facts.description);
   facts.installedName = installed.bareName();
   if (!installed.name.empty()) facts.installed = system.installedDescription(installed.name);
   facts.filterPath = filterPath();
   if (system.isThisMachine()) facts.filter = lookAt(facts.filterPath);
-  if (!queue.busy) facts.answer = askPrinter(queue.uri);
+  facts.reply = queue.busy ? PrinterReply() : askPrinter(queue.uri);
+  if (queue.busy) facts.silentSeconds = secondsOfSilence(queue.uri);
   facts.dumpFolder = dumpFolder;
   facts.dumpBytes = bytesOfDumps(dumpFolder);
   return facts;

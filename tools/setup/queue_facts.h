@@ -17,10 +17,6 @@ std::string filterPath();
 QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,
                        const std::string& dumpFolder);
 
-// Asks a printer at socket://HOST[:PORT] or korvel://HOST[:PORT] for its status, and waits two
-// seconds for the reply. Does not ask at other addresses.
-PrinterAnswer askPrinter(const std::string& uri);
-
 }  // namespace korvel
 
 #endif

@@ -5,7 +5,9 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cctype>
+#include <initializer_list>
 
 #include "tools/common/process.h"
 #include "tools/common/shown_text.h"
@@ -41,11 +43,36 @@ bool isNameCharacter(const std::string& text) {
   return bytes != 0;
 }
 
+bool contains(const std::string& text, std::initializer_list<const char*> parts) {
+  return std::any_of(parts.begin(), parts.end(),
+                     [&text](const char* part) { return text.find(part) != std::string::npos; });
+}
+
 void append(std::vector<std::string>* arguments, const char* option, const std::string& value) {
   if (!value.empty()) arguments->insert(arguments->end(), {option, value});
 }
 
 }  // namespace
+
+Failure refusal(const std::string& reason) {
+  const char* quoted = reason.c_str();
+  if (contains(reason, {"device-uri"})) {
+    return {
+        filled("The print service does not accept the device URI: \"%s\". Show all devices: "
+               "korvel-setup --list",
+               quoted)};
+  }
+  if (contains(reason, {"Forbidden", "Unauthorized", "uthoriz", "Password", "not allowed"})) {
+    return {
+        filled("The print service refused the queue: \"%s\". Run korvel-setup as root or as a "
+               "member of the group lpadmin.",
+               quoted)};
+  }
+  return {
+      filled("The print service refused the queue: \"%s\". Details: "
+             "/var/log/cups/error_log.",
+             quoted)};
+}
 
 Result<void> runLpadmin(std::vector<std::string> arguments) {
   Program lpadmin;
@@ -54,10 +81,7 @@ Result<void> runLpadmin(std::vector<std::string> arguments) {
   const Result<ProgramOutput> output = runProgram(lpadmin, kWithOutput);
   if (!output) return Failure{translated("Cannot start lpadmin; install the package cups-client.")};
   if (output.value().waitStatus == 0) return {};
-  return Failure{
-      filled("The print service refused the queue: \"%s\". Run korvel-setup as root or as a member "
-             "of the group lpadmin.",
-             lastLine(output.value().text).c_str())};
+  return refusal(lastLine(output.value().text));
 }
 
 Result<void> checkName(const std::string& name) {

@@ -13,6 +13,9 @@
 
 namespace korvel {
 
+// Why lpadmin failed and what helps, by the last line of its output.
+Failure refusal(const std::string& reason);
+
 // Runs lpadmin with these arguments.
 Result<void> runLpadmin(std::vector<std::string> arguments);
 

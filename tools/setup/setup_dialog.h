@@ -21,20 +21,32 @@ bool agrees(const std::string& answer, const std::string& yes);
 // Whether the changes shown above may be made.
 bool agreesToChanges();
 
+// Whether a queue of a silent printer should have the one-way driver.
+bool wantsOneWay(const std::string& uri);
+
+bool wantsTestPage();
+
+// Stands for a printer that does not exist.
+inline constexpr char kEmulatedUri[] = "emulated:";
+
 class SetupDialog {
  public:
   // Without a user it asks nothing, and chooses only what is unambiguous.
   explicit SetupDialog(bool hasUser) : hasUser_(hasUser) {}
 
-  // Fills in the plan's URI, driver and name. Fails when one of them is missing or ambiguous.
+  // Fills in the plan's URI, driver and name; with a user also its label size and halftone. The URI
+  // is kEmulatedUri if the user chose the emulated printer. Fails when something is missing or
+  // ambiguous.
   Result<void> complete(const PrintSystem& system, const std::vector<Description>& all,
                         QueuePlan* plan) const;
-  bool wantsTestPage() const;
 
  private:
   Result<Device> chooseDevice(const PrintSystem& system, const std::vector<Description>& all) const;
   Result<Description> chooseDescription(const Device& device,
                                         const std::vector<Description>& all) const;
+  Result<Device> askForDevice(const std::vector<Device>& devices, size_t proposal) const;
+  void chooseSize(const std::string& description, QueuePlan* plan) const;
+  void chooseContent(const std::string& description, QueuePlan* plan) const;
   std::string chooseName(const PrintSystem& system, const QueuePlan& plan) const;
 
   bool hasUser_;

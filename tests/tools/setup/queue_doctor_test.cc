@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "tools/description/description_text.h"
@@ -31,7 +32,7 @@ QueueFacts wellQueue() {
   facts.installedName = "korvel-k220-203";
   facts.filterPath = "/usr/lib/cups/filter/rastertokorvel";
   facts.filter = FilterFile::kFine;
-  facts.answer = PrinterAnswer::kAnswers;
+  facts.reply.answer = PrinterAnswer::kAnswers;
   facts.dumpFolder = "/var/spool/cups/tmp";
   return facts;
 }
@@ -44,7 +45,7 @@ void beOneWay(QueueFacts* facts) {
 }
 
 void failWith(QueueFacts* facts, const char* message) {
-  facts->job = {7, IPP_JSTATE_STOPPED, message};
+  facts->jobs = {{7, IPP_JSTATE_ABORTED, message}};
 }
 
 struct Case {
@@ -112,21 +113,29 @@ TEST(QueueDoctor, FindsWhatIsWrongWithTheConnection) {
       {"a reporting model on a one-way connection",
        [](QueueFacts* f) {
          f->queue.uri = "lpd://192.0.2.7/raw";
-         f->answer = PrinterAnswer::kNotAsked;
+         f->reply.answer = PrinterAnswer::kNotAsked;
        },
        "Queue labels waits for replies of the printer, but lpd://192.0.2.7/raw returns none; this "
        "costs about 20 minutes per page. Choose the one-way driver: korvel-setup -p labels -m "
        "korvel-k220-203-oneway\n"},
-      {"a silent printer", [](QueueFacts* f) { f->answer = PrinterAnswer::kSilent; },
+      {"a silent printer", [](QueueFacts* f) { f->reply.answer = PrinterAnswer::kSilent; },
        "The printer at socket://192.0.2.7 does not answer; this costs about 20 minutes per page. "
        "Switch it off and on again. If it still does not answer, choose the one-way driver: "
        "korvel-setup -p labels -m korvel-k220-203-oneway\n"},
-      {"nobody there", [](QueueFacts* f) { f->answer = PrinterAnswer::kNotReached; },
+      {"nobody there", [](QueueFacts* f) { f->reply.answer = PrinterAnswer::kNotReached; },
        "Cannot reach the printer at socket://192.0.2.7; switch it on and check its cable, or "
        "change the address: korvel-setup -p labels -v socket://ADDRESS\n"},
+      {"an emulated printer that does not run",
+       [](QueueFacts* f) {
+         f->queue.uri = "socket://127.0.0.1:9101";
+         f->reply.answer = PrinterAnswer::kNotReached;
+       },
+       "Nothing listens at socket://127.0.0.1:9101. Start the emulated printer again: "
+       "korvel-setup --emulated -p labels -m korvel-k220-203 --port 9101\n"},
       {"a one-way description that need not be", [](QueueFacts* f) { beOneWay(f); },
        "? The printer at socket://192.0.2.7 answers; with its two-way driver the queue would "
-       "report missing paper and an open cover: korvel-setup -p labels -m korvel-k220-203\n"},
+       "report missing paper and an open cover, but wait for the printer after each sheet (20 "
+       "labels: 82 s instead of 25 s): korvel-setup -p labels -m korvel-k220-203\n"},
   };
   for (const Case& c : kCases) expectFindings(c);
 }
@@ -138,6 +147,25 @@ TEST(QueueDoctor, ReportsWhatTheQueueWaitsFor) {
       {"no paper", [](QueueFacts* f) { f->queue.reasons = {"media-empty-warning"}; },
        "The printer has no paper, or a sheet is still in its output; load paper or remove the "
        "sheet to continue queue labels.\n"},
+      {"an open cover of an idle printer", [](QueueFacts* f) { f->reply.coverOpen = true; },
+       "The printer's cover is open; close it to continue queue labels.\n"},
+      {"an open cover that the queue reports too",
+       [](QueueFacts* f) {
+         f->reply.coverOpen = true;
+         f->queue.reasons = {"cover-open-warning"};
+       },
+       "The printer's cover is open; close it to continue queue labels.\n"},
+      {"no paper in an idle printer", [](QueueFacts* f) { f->reply.noPaper = true; },
+       "The printer has no paper, or a sheet is still in its output; load paper or remove the "
+       "sheet to continue queue labels.\n"},
+      {"no sheet in an idle stencil printer",
+       [](QueueFacts* f) {
+         f->description += "*OpenUI *AntiWrinkle/x: Boolean\n";
+         f->installed = f->description;
+         f->reply.noPaper = true;
+       },
+       "? The printer has no sheet loaded, or the last one is still in its output; it will wait "
+       "for a sheet when a job starts.\n"},
       {"a stopped queue that takes no jobs",
        [](QueueFacts* f) {
          f->queue.stopped = true;
@@ -193,12 +221,71 @@ TEST(QueueDoctor, ExplainsTheLastError) {
        "of /var/log/cups/error_log.\n"},
       {"a job that is being tried again",
        [](QueueFacts* f) {
-         f->job = {7, IPP_JSTATE_PROCESSING, ""};
+         f->jobs = {{7, IPP_JSTATE_PROCESSING, ""}};
          f->queue.message = "The printer is not responding.";
        },
        "The printer did not respond to job 7; switch it on and check its cable.\n"},
   };
   for (const Case& c : kCases) expectFindings(c);
+}
+
+constexpr char kStuck[] =
+    "Job 7 has been printing for %s s and the printer does not answer. Switch it off and on again. "
+    "If that does not help, cancel the job (cancel labels-7) and choose the one-way driver: "
+    "korvel-setup -p labels -m korvel-k220-203-oneway\n";
+
+TEST(QueueDoctor, FindsAJobWhosePrinterIsSilent) {
+  const struct {
+    const char* sentence;
+    int seconds, sheets;
+    std::optional<int> silent;
+    std::function<void(QueueFacts*)> change;
+    const char* reported;  // the seconds of the finding; empty: none
+  } kCases[] = {
+      {"thirty seconds", 30, 0, 30, [](QueueFacts*) {}, ""},
+      {"longer, all of them in silence", 31, 0, 30, [](QueueFacts*) {}, "31"},
+      {"longer, but the printer answers", 800, 0, 1, [](QueueFacts*) {}, ""},
+      {"silence that ends soon enough", 800, 0, 29, [](QueueFacts*) {}, ""},
+      {"unknown silence, one sheet", 31, 1, {}, [](QueueFacts*) {}, "31"},
+      {"unknown silence, thirty seconds", 30, 1, {}, [](QueueFacts*) {}, ""},
+      {"unknown silence, as long as twenty labels may take", 220, 20, {}, [](QueueFacts*) {}, ""},
+      {"unknown silence, longer", 221, 20, {}, [](QueueFacts*) {}, "221"},
+      {"the one-way driver", 800, 1, 800, [](QueueFacts* f) { beOneWay(f); }, ""},
+      {"a reason to wait that the queue reports", 800, 1, 1,
+       [](QueueFacts* f) { f->queue.reasons = {"connecting-to-device"}; }, ""},
+  };
+  for (const auto& c : kCases) {
+    QueueFacts facts = wellQueue();
+    facts.reply = {};
+    c.change(&facts);
+    facts.jobs = {{7, IPP_JSTATE_PROCESSING, "", c.seconds, c.sheets}};
+    facts.silentSeconds = c.silent;
+    std::string want = *c.reported == 0 ? "" : kStuck;
+    if (!want.empty()) want.replace(want.find("%s"), 2, c.reported);
+    std::string have;
+    for (const korvel::Finding& finding : korvel::examine(facts)) have += finding.text + "\n";
+    EXPECT_EQ(have, want) << c.sentence;
+  }
+}
+
+TEST(QueueDoctor, LooksAtEveryJobThatIsStoppedOrHeld) {
+  QueueFacts facts = wellQueue();
+  facts.jobs = {{3, IPP_JSTATE_STOPPED, "Filter failed"},
+                {4, IPP_JSTATE_HELD, ""},
+                {5, IPP_JSTATE_PENDING, ""},
+                {9, IPP_JSTATE_STOPPED, "Out of luck"}};
+  std::string have;
+  for (const korvel::Finding& finding : korvel::examine(facts)) have += finding.text + "\n";
+  EXPECT_EQ(have,
+            "A filter of job 3 failed; run cupsctl --debug-logging, print again, and read the end "
+            "of /var/log/cups/error_log.\n"
+            "Job 3 is stopped. After solving its problem, start it again: lp -i labels-3 -H "
+            "restart (or remove it: cancel labels-3)\n"
+            "Job 4 is held. Print it: lp -i labels-4 -H resume (or remove it: cancel labels-4)\n"
+            "Job 9 failed: \"Out of luck\". Run cupsctl --debug-logging, print again, and read the "
+            "end of /var/log/cups/error_log.\n"
+            "Job 9 is stopped. After solving its problem, start it again: lp -i labels-9 -H "
+            "restart (or remove it: cancel labels-9)\n");
 }
 
 TEST(QueueDoctor, FindsNoFaultWithAWellQueue) {
@@ -214,33 +301,33 @@ TEST(QueueDoctor, FindsNoFaultWithAWellQueue) {
        [](QueueFacts* f) {
          beOneWay(f);
          f->queue.uri = "lpd://192.0.2.7/raw";
-         f->answer = PrinterAnswer::kNotAsked;
+         f->reply.answer = PrinterAnswer::kNotAsked;
        },
        ""},
       {"one-way and silent",
        [](QueueFacts* f) {
          beOneWay(f);
-         f->answer = PrinterAnswer::kSilent;
+         f->reply.answer = PrinterAnswer::kSilent;
        },
        ""},
-      {"a printer that was not asked", [](QueueFacts* f) { f->answer = PrinterAnswer::kNotAsked; },
-       ""},
+      {"a printer that was not asked",
+       [](QueueFacts* f) { f->reply.answer = PrinterAnswer::kNotAsked; }, ""},
       {"a filter on another machine", [](QueueFacts* f) { f->filter = FilterFile::kNotLookedAt; },
        ""},
       {"a few pictures", [](QueueFacts* f) { f->dumpBytes = 999'999'999; }, ""},
       {"a job that is printing",
        [](QueueFacts* f) {
-         f->job = {7, IPP_JSTATE_PROCESSING, "Printing page 3, 20% complete."};
+         f->jobs = {{7, IPP_JSTATE_PROCESSING, "Printing page 3, 20% complete."}};
        },
        ""},
       {"a job that went through",
        [](QueueFacts* f) {
-         f->job = {7, IPP_JSTATE_COMPLETED, "The printer is not responding."};
+         f->jobs = {{7, IPP_JSTATE_COMPLETED, "The printer is not responding."}};
        },
        ""},
       {"a cancelled job",
        [](QueueFacts* f) {
-         f->job = {7, IPP_JSTATE_CANCELED, "Page too large"};
+         f->jobs = {{7, IPP_JSTATE_CANCELED, "Page too large"}};
        },
        ""},
   };

@@ -59,4 +59,26 @@ TEST(QueueName, HasLettersDigitsHyphensAndUnderscoresOnly) {
             "'a;b' is not a valid queue name; use letters, digits, hyphens and underscores.");
 }
 
+TEST(QueueSetup, ARefusalNamesItsCause) {
+  const struct {
+    const char* reason;
+    const char* want;
+  } kCases[] = {
+      {"Bad device-uri \"foo:bar\".",
+       "The print service does not accept the device URI: \"Bad device-uri \"foo:bar\".\". Show "
+       "all "
+       "devices: korvel-setup --list"},
+      {"Forbidden",
+       "The print service refused the queue: \"Forbidden\". Run korvel-setup as root or as a "
+       "member of the group lpadmin."},
+      {"Unauthorized",
+       "The print service refused the queue: \"Unauthorized\". Run korvel-setup as root or as a "
+       "member of the group lpadmin."},
+      {"Unable to copy PPD file.",
+       "The print service refused the queue: \"Unable to copy PPD file.\". Details: "
+       "/var/log/cups/error_log."},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(korvel::refusal(c.reason).sentence, c.want) << c.reason;
+}
+
 }  // namespace
