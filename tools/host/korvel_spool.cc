@@ -5,11 +5,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <string>
 
 #include "tools/common/arguments.h"
 #include "tools/host/emulated_spooler.h"
+#include "tools/host/raster_check.h"
 
 namespace {
 
@@ -33,8 +35,8 @@ const korvel::Help kHelp = {
      "                         + joins replies, | splits one",
      "silent [for SECONDS], silent off, noise BYTES, split [BYTES], split off, glue",
      "                         as for korvel-printer"},
-    "Exit status: 0 the filter succeeded, 1 it failed, was killed or could not be run, 2 wrong "
-    "usage."};
+    "Exit status: 0 the filter succeeded, 1 it failed, was killed or could not be run, or the file "
+    "RASTER is damaged, 2 wrong usage."};
 
 constexpr char kProgram[] = "korvel-spool";
 
@@ -119,6 +121,12 @@ Result<int> statusOf(const korvel::SpoolerOutcome& outcome) {
   return outcome.status;
 }
 
+// What comes from standard input cannot be read twice.
+Result<void> checkRasterFile(const std::string& path) {
+  if (!std::filesystem::is_regular_file(path)) return {};
+  return korvel::checkRaster(path);
+}
+
 Result<int> run(Request request) {
   std::FILE* log = request.log.empty() ? stderr : std::fopen(request.log.c_str(), "wb");
   if (log == nullptr) {
@@ -131,7 +139,11 @@ Result<int> run(Request request) {
   if (log != stderr) std::fclose(log);
   if (!outcome) return outcome.failure();
   if (!written) return Failure{"Cannot write the filter's output."};
-  return statusOf(outcome.value());
+  const Result<int> status = statusOf(outcome.value());
+  if (!status || status.value() != 0) return status;
+  const Result<void> whole = checkRasterFile(request.job.raster);
+  if (!whole) return Failure{request.job.raster + ": " + whole.sentence()};
+  return status;
 }
 
 }  // namespace

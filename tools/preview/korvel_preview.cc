@@ -26,6 +26,7 @@
 #include "tools/common/translation.h"
 #include "tools/description/halftone_names.h"
 #include "tools/description/printer_description.h"
+#include "tools/host/raster_check.h"
 #include "tools/preview/contact_sheet.h"
 #include "tools/preview/document.h"
 #include "tools/preview/picture_scaling.h"
@@ -260,6 +261,8 @@ class Preview {
       raster_ = scratch_.file("pages.ras");
       const Result<void> unpacked = korvel::unpackRaster(arguments_.file, raster_);
       if (!unpacked) return unpacked;
+      const Result<void> whole = korvel::checkRaster(raster_);
+      if (!whole) return cannotShow(arguments_.file, whole.sentence());
       const Result<korvel::RasterPageInfo> info = korvel::readRasterPage(raster_);
       if (!info) return cannotShow(arguments_.file, info.sentence());
       if (info.value().dpi != 0) dpi_ = info.value().dpi;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/spooler/guarded_process.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -72,6 +73,15 @@ TEST(SpoolCommand, EndsWithOneForEveryFailureOfTheFilter) {
     EXPECT_EQ(result.status, c.status) << c.sentence;
     EXPECT_TRUE(result.output.starts_with(c.message)) << c.sentence << ": " << result.output;
   }
+}
+
+TEST(SpoolCommand, EndsWithOneForARasterThatIsDamaged) {
+  const TemporaryFolder folder;
+  const std::string raster = folder.write("damaged.ras", "RaS3 and no header");
+  const CommandResult result =
+      run({KORVEL_TOOLS_DIR "/korvel-spool", "--filter", "/bin/true", raster}, kSeconds, kEnglish);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.output, "korvel-spool: " + raster + ": Page 1 is damaged or incomplete.\n");
 }
 
 }  // namespace

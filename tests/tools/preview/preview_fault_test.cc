@@ -6,6 +6,7 @@
 
 #include <filesystem>
 
+#include "tests/support/raster_maker.h"
 #include "tests/tools/preview/preview_runner.h"
 
 namespace {
@@ -155,7 +156,11 @@ TEST(PreviewFaults, WhatCannotBeShownIsStatusOne) {
   const std::string ppd = ppdOf("korvel-label-203");
   const std::string label = exampleFile("label.pdf");
   const std::string raster = files.write("page.ras", rasterOf("8x8 203dpi picture=black"));
-  const std::string deep = files.write("deep.ras", rasterOf("8x8 203dpi bpp=24 picture=black"));
+  const std::string deepRaster = rasterOf("8x8 203dpi bpp=24 picture=black");
+  const std::string deep = files.write("deep.ras", deepRaster);
+  const std::string whole = fileBytes(raster);
+  const std::string cut = files.write("cut.ras", whole.substr(0, whole.size() - 1));
+  const std::string odd = files.write("odd.ras", whole + "no header");
   const std::string nothing = files.write("nothing.ras", rasterOf("").substr(0, 4));
   const std::string broken = files.write("broken.pdf", "%PDF-1.4\nand no more\n");
   const std::string foreign =
@@ -189,8 +194,13 @@ TEST(PreviewFaults, WhatCannotBeShownIsStatusOne) {
       {{"-p", ppd, "--out", files.file("shown"), nothing},
        "Cannot show " + nothing + ": There are no pages."},
       {{"-p", ppd, "--out", files.file("shown"), deep},
-       "The filter failed with status 1: Unsupported bits per pixel : 24 ! Requires 8 bits per "
-       "pixel!"},
+       libraryReads(deepRaster) ? "The filter failed with status 1: Unsupported bits per pixel : "
+                                  "24 ! Requires 8 bits per pixel!"
+                                : "Cannot show " + deep + ": Page 1 is damaged or incomplete."},
+      {{"-p", ppd, "--out", files.file("shown"), cut},
+       "Cannot show " + cut + ": Page 1 is damaged or incomplete."},
+      {{"-p", ppd, "--out", files.file("shown"), odd},
+       "Cannot show " + odd + ": Page 2 is damaged or incomplete."},
       {{"-p", ppd, "--out", files.file("shown"), broken},
        "Cannot convert " + broken + " to pages: "},
       {{"-P", "labels", label},

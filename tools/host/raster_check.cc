@@ -1,0 +1,77 @@
+// Follows the raster with the library that the filter uses, since what counts as damaged depends on
+// its version.
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/host/raster_check.h"
+
+#include <cups/raster.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "tools/common/translation.h"
+
+namespace korvel {
+namespace {
+
+// The library reads ahead in pieces of at least this size. They are given to it byte by byte, so
+// that it never holds more than it has used and the end of a page is the place in the file.
+constexpr size_t kReadAheadBytes = 65536;
+constexpr uint64_t kMostPageBytes = uint64_t{256} << 20;  // the filter refuses larger pages
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+struct RasterCloser {
+  void operator()(cups_raster_t* raster) const { cupsRasterClose(raster); }
+};
+using Raster = std::unique_ptr<cups_raster_t, RasterCloser>;
+
+ssize_t readPiece(void* file, unsigned char* bytes, size_t count) {
+  if (count >= kReadAheadBytes) count = 1;
+  return static_cast<ssize_t>(std::fread(bytes, 1, count, static_cast<std::FILE*>(file)));
+}
+
+bool isAtEnd(std::FILE* file) {
+  const int next = std::getc(file);
+  if (next != EOF) std::ungetc(next, file);
+  return next == EOF;
+}
+
+// What makes the filter end the job, with or without an error, before it reads pixels.
+bool endsJob(const cups_page_header2_t& header) {
+  const uint64_t size = uint64_t{header.cupsHeight} * header.cupsBytesPerLine;
+  return header.cupsBitsPerPixel != 8 || size == 0 || size > kMostPageBytes;
+}
+
+bool readPixels(cups_raster_t* raster, const cups_page_header2_t& header) {
+  std::vector<unsigned char> row(header.cupsBytesPerLine);
+  for (unsigned y = 0; y < header.cupsHeight; ++y) {
+    if (cupsRasterReadPixels(raster, row.data(), header.cupsBytesPerLine) == 0) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+Result<void> checkRaster(const std::string& path) {
+  const File file(std::fopen(path.c_str(), "rbe"));
+  if (!file) return Failure{filled("Cannot open %s: %s.", path.c_str(), std::strerror(errno))};
+  if (isAtEnd(file.get())) return {};
+  const Raster raster(cupsRasterOpenIO(readPiece, file.get(), CUPS_RASTER_READ));
+  cups_page_header2_t header = {};
+  for (unsigned page = 1;; ++page) {
+    if (raster && isAtEnd(file.get())) return {};
+    const bool known = raster && cupsRasterReadHeader2(raster.get(), &header) != 0;
+    if (known && endsJob(header)) return {};
+    if (known && readPixels(raster.get(), header)) continue;
+    return Failure{filled("Page %u is damaged or incomplete.", page)};
+  }
+}
+
+}  // namespace korvel

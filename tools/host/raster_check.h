@@ -1,0 +1,20 @@
+// Whether a raster file is whole. The filter ends normally where the raster ends, even within a
+// page, so programs that show what it printed check the raster themselves. SPDX-License-Identifier:
+// Apache-2.0
+#ifndef KORVEL_TOOLS_HOST_RASTER_CHECK_H
+#define KORVEL_TOOLS_HOST_RASTER_CHECK_H
+
+#include <string>
+
+#include "tools/common/result.h"
+
+namespace korvel {
+
+// Reads the pages of an uncompressed file to the end. Fails when the file ends within a page, or
+// when this system's raster library refuses a page header. Succeeds for a file without pages, and
+// does not look beyond a page that makes the filter stop and report.
+Result<void> checkRaster(const std::string& path);
+
+}  // namespace korvel
+
+#endif
