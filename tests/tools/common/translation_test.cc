@@ -136,7 +136,8 @@ TEST(Tools, UseTheUsersLanguage) {
       {"it",
        {"korvel-setup", "--check", "--list"},
        2,
-       "korvel-setup: --check, --list ed --emulated si escludono a vicenda; vedere korvel-setup "
+       "korvel-setup: --check, --list, --emulated, --share e --unshare si escludono a vicenda; "
+       "vedere korvel-setup "
        "--help\n"},
       {"ja",
        {"korvel-preview"},
