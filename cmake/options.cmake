@@ -19,7 +19,10 @@ include(CheckCXXCompilerFlag)
 if(KORVEL_HARDEN)
   target_compile_options(korvel_options INTERFACE -fstack-protector-strong
                                                   $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
-  target_link_options(korvel_options INTERFACE -pie -Wl,-z,relro -Wl,-z,now)
+  # Of programs only: from g++ 16 on, a module that is linked with it needs a main function.
+  target_link_options(
+    korvel_options INTERFACE $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie> -Wl,-z,relro
+                             -Wl,-z,now)
   set(CMAKE_REQUIRED_FLAGS -Werror)  # a compiler may accept a flag and say that it has no use for it
   foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
     string(MAKE_C_IDENTIFIER "KORVEL_HAS${flag}" known)

@@ -169,9 +169,14 @@ TEST(PageLoop, BlocksHoldFourRowsAndTheRestFollows) {
 }
 
 TEST(PageLoop, OtherDepthsEndTheJobAfterThePagesBeforeThem) {
+  std::string leftOut;
   for (const int bits : {1, 16, 24}) {
     SCOPED_TRACE(bits);
     const std::string odd = "8x4 203dpi bpp=" + std::to_string(bits);
+    if (!libraryReads(rasterOf({odd}))) {
+      leftOut += "; " + std::to_string(bits) + " bits per pixel";
+      continue;
+    }
     const JobResult job = runJob(labelJob({kPage, odd, kPage}));
     EXPECT_EQ(job.exitStatus, 1);
     EXPECT_EQ(hexText(job.output), hexText(pageStart() + smallPage()));
@@ -182,6 +187,7 @@ TEST(PageLoop, OtherDepthsEndTheJobAfterThePagesBeforeThem) {
     EXPECT_EQ(countOf(job.messages, "INFO: page"), 1u);
     EXPECT_EQ(countOf(job.messages, "STATE:"), 0u);
   }
+  if (!leftOut.empty()) GTEST_SKIP() << kLibraryRefuses << leftOut;
 }
 
 TEST(PageLoop, APageCutShortIsDroppedAfterItsSetup) {
@@ -219,8 +225,13 @@ TEST(PageLoop, PagesThatCannotBeHeldAreRefusedAtOnce) {
       {"more than 32 bits can count", "65536x65536 203dpi cut=0"},
       {"nothing after 32 bits", "65536x65537 203dpi cut=0"},
   };
+  std::string leftOut;
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.sentence);
+    if (!libraryReads(rasterOf({c.page}))) {
+      leftOut += std::string("; ") + c.sentence;
+      continue;
+    }
     JobPlan plan = labelJob({kPage, c.page});
     plan.inputStaysOpen = true;  // the header alone must be enough
     plan.timeout = 10;
@@ -232,6 +243,7 @@ TEST(PageLoop, PagesThatCannotBeHeldAreRefusedAtOnce) {
     EXPECT_TRUE(linesOf(job.messages).back().starts_with("ERROR:"));
     EXPECT_EQ(countOf(job.messages, "jobEnd"), 0u);
   }
+  if (!leftOut.empty()) GTEST_SKIP() << kLibraryRefuses << leftOut;
 }
 
 TEST(PageLoop, TwoHundredAndFiftySixMebibytesAreAccepted) {
