@@ -110,7 +110,7 @@ def label():
     ]
     dot = 72 / 203
     page.append(modules(80 * dot, 124, 4 * dot, 100, [CODE_128]))
-    page.append(modules(624 * dot, 160, 5 * dot, 5 * dot, QR_CODE))
+    page.append(modules(608 * dot, 160, 5 * dot, 5 * dot, QR_CODE))
     page.append(words(82, 106, 12, "KV 2011 7482 06"))
     for step in range(11):
         page.append(f"{step / 10:g} g {24 + step * 22} 52 22 34 re f")
