@@ -3,8 +3,6 @@
 #include "studio/worker_process.h"
 
 #include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,7 +10,6 @@
 #include <csignal>
 
 #include "studio/sentences.h"
-#include "tools/common/process.h"
 
 namespace korvel {
 
@@ -26,7 +23,7 @@ constexpr size_t kMostAnswer = size_t{4} << 20;
 void Ticket::cancel() {
   const std::lock_guard<std::mutex> lock(mutex_);
   cancelled_ = true;
-  if (group_ > 0) kill(-group_, SIGKILL);
+  worker_.signal(SIGKILL);
 }
 
 bool Ticket::isCancelled() const {
@@ -40,46 +37,30 @@ class RunningWorker {
   explicit RunningWorker(Ticket* ticket) : ticket_(ticket) {}
   RunningWorker(const RunningWorker&) = delete;
   RunningWorker& operator=(const RunningWorker&) = delete;
-  ~RunningWorker() { end(); }
+  ~RunningWorker() {
+    const std::lock_guard<std::mutex> lock(ticket_->mutex_);
+    ticket_->worker_.kill();
+  }
 
-  bool start(const std::string& program, const std::vector<std::string>& words);
+  bool start(const std::string& program, const std::vector<std::string>& arguments);
   // False when the time is over.
   bool readAnswer(std::string* answer);
 
  private:
-  void end();
-
   Ticket* ticket_;
   Descriptor output_;
-  pid_t pid_ = -1;
 };
 
-bool RunningWorker::start(const std::string& program, const std::vector<std::string>& words) {
-  const std::lock_guard<std::mutex> lock(ticket_->mutex_);
-  if (ticket_->cancelled_) return false;
+bool RunningWorker::start(const std::string& program, const std::vector<std::string>& arguments) {
   Descriptor theirs;
   if (!openPipe(&output_, &theirs)) return false;
-  std::vector<std::string> all = {program};
-  all.insert(all.end(), words.begin(), words.end());
-  const std::vector<char*> arguments = execPointers(all);
-  posix_spawn_file_actions_t actions;
-  posix_spawnattr_t attributes;
-  sigset_t none;
-  sigemptyset(&none);
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", 0, 0);
-  posix_spawn_file_actions_adddup2(&actions, theirs.get(), STDOUT_FILENO);
-  posix_spawnattr_init(&attributes);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
-  posix_spawnattr_setpgroup(&attributes, 0);
-  posix_spawnattr_setsigmask(&attributes, &none);
-  const int fault =
-      posix_spawn(&pid_, program.c_str(), &actions, &attributes, arguments.data(), environ);
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
-  if (fault != 0) pid_ = -1;
-  ticket_->group_ = pid_;
-  return fault == 0;
+  Program worker;
+  worker.arguments = {program};
+  worker.arguments.insert(worker.arguments.end(), arguments.begin(), arguments.end());
+  worker.descriptors = {kNullDevice, theirs.get()};
+  worker.ownGroup = true;
+  const std::lock_guard<std::mutex> lock(ticket_->mutex_);
+  return !ticket_->cancelled_ && ticket_->worker_.start(worker).ok();
 }
 
 bool RunningWorker::readAnswer(std::string* answer) {
@@ -99,22 +80,13 @@ bool RunningWorker::readAnswer(std::string* answer) {
   }
 }
 
-void RunningWorker::end() {
-  if (pid_ <= 0) return;
-  const std::lock_guard<std::mutex> lock(ticket_->mutex_);
-  kill(-pid_, SIGKILL);
-  while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
-  }
-  ticket_->group_ = -1;
-}
-
-Result<nlohmann::json> runWorker(const std::string& program, const std::vector<std::string>& words,
-                                 Ticket* ticket) {
+Result<nlohmann::json> runWorker(const std::string& program,
+                                 const std::vector<std::string>& arguments, Ticket* ticket) {
   std::string answer;
   bool inTime = false;
   {
     RunningWorker worker(ticket);
-    if (!worker.start(program, words)) {
+    if (!worker.start(program, arguments)) {
       return Failure{ticket->isCancelled() ? kSuperseded.english : kBusy.english};
     }
     inTime = worker.readAnswer(&answer);

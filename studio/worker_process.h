@@ -3,13 +3,12 @@
 #ifndef KORVEL_STUDIO_WORKER_PROCESS_H
 #define KORVEL_STUDIO_WORKER_PROCESS_H
 
-#include <sys/types.h>
-
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "tools/common/process.h"
 #include "tools/common/result.h"
 
 namespace korvel {
@@ -24,14 +23,14 @@ class Ticket {
   friend class RunningWorker;
   mutable std::mutex mutex_;
   bool cancelled_ = false;
-  pid_t group_ = -1;  // of the processes at work
+  Child worker_;  // leads the group of the processes at work
 };
 
-// Starts `program` with the step's words and waits. Returns its answer, or its sentence;
-// kSuperseded when the ticket was cancelled, kTooSlow when the time is over. Nothing of it is left
-// behind.
-Result<nlohmann::json> runWorker(const std::string& program, const std::vector<std::string>& words,
-                                 Ticket* ticket);
+// Starts `program` with the step's arguments and waits. Returns its answer, or its sentence;
+// kSuperseded when the ticket was cancelled, kTooSlow when the time is over. No process of it
+// outlives the call.
+Result<nlohmann::json> runWorker(const std::string& program,
+                                 const std::vector<std::string>& arguments, Ticket* ticket);
 
 }  // namespace korvel
 

@@ -110,6 +110,7 @@ struct Start {
   Descriptor nullDevice;
   Descriptor fault;  // carries errno when the program cannot be executed
   bool noNewFiles;
+  bool ownGroup;
   pid_t parent;
 };
 
@@ -128,6 +129,7 @@ void placeDescriptors(Start* start) {
 [[noreturn]] void becomeProgram(Start* start) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != start->parent) _exit(kNotStarted);
+  if (start->ownGroup) setpgid(0, 0);
   placeDescriptors(start);
   signal(SIGPIPE, SIG_DFL);
   sigset_t none;
@@ -153,6 +155,7 @@ Start prepared(const Program& program) {
                  Descriptor(),
                  Descriptor(),
                  program.noNewFiles,
+                 program.ownGroup,
                  getpid()};
   start.nullDevice.reset(open("/dev/null", O_RDWR | O_CLOEXEC));
   return start;
@@ -202,6 +205,7 @@ Result<void> Child::start(const Program& program) {
   Descriptor fault;
   const Result<void> opened = openPipe(&fault, &start.fault);
   if (!opened) return opened;
+  ownGroup_ = program.ownGroup;
   pid_ = fork();
   if (pid_ < 0) return Failure{filled("Cannot start a process: %s.", std::strerror(errno))};
   if (pid_ == 0) becomeProgram(&start);
@@ -228,7 +232,7 @@ bool Child::wait(int* status) {
 }
 
 void Child::signal(int number) const {
-  if (pid_ > 0) ::kill(pid_, number);
+  if (pid_ > 0) ::kill(ownGroup_ ? -pid_ : pid_, number);
 }
 
 void Child::kill() {

@@ -58,6 +58,8 @@ struct Program {
   // open existing files, and use those that it inherits. On kernels without such a ban it can
   // create files, but they stay empty.
   bool noNewFiles = false;
+  // The program leads a process group of its own; signals to the child reach the whole group.
+  bool ownGroup = false;
 };
 
 // A process that is killed and reaped when its owner goes, and that dies with the thread that
@@ -79,6 +81,7 @@ class Child {
 
  private:
   pid_t pid_ = -1;
+  bool ownGroup_ = false;
 };
 
 // Runs a program to its end, with nothing on its standard input. Returns its wait status and what
