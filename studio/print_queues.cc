@@ -13,12 +13,12 @@
 
 #include "studio/sentences.h"
 #include "tools/description/printer_description.h"
+#include "tools/preview/document.h"
 
 namespace korvel {
 namespace {
 
 constexpr char kMake[] = "Korvel ";
-constexpr char kRasterFormat[] = "application/vnd.cups-raster";
 constexpr int kConnectMilliseconds = 5000;
 constexpr size_t kSyncBytes =
     4;  // a raster stream's first word; pages follow each other without it
@@ -249,8 +249,8 @@ Result<int> PrintQueues::print(const PrintJob& job) {
                                    options.count(), options.list());
   if (number == 0) return Failure{kRefused.english};
   const bool sent =
-      cupsStartDocument(http.get(), job.queue.c_str(), number, job.title.c_str(), kRasterFormat,
-                        1) == HTTP_STATUS_CONTINUE &&
+      cupsStartDocument(http.get(), job.queue.c_str(), number, job.title.c_str(), kRasterType, 1) ==
+          HTTP_STATUS_CONTINUE &&
       writePages(http.get(), job) &&
       cupsFinishDocument(http.get(), job.queue.c_str()) < IPP_STATUS_REDIRECTION_OTHER_SITE;
   if (sent) return number;

@@ -116,7 +116,7 @@ Result<void> Renderer::import(Document* document, const std::string& upload) {
   return {};
 }
 
-// A picture that does not tell its resolution prints one dot for each pixel.
+// A picture without a resolution prints one dot for each pixel.
 Result<PageShape> Renderer::shape(const Document& document, const Queue& queue,
                                   const PageSettings& settings) const {
   PageShape shape;

@@ -133,7 +133,7 @@ json page(const Words& words) {
   }
   auto size = korvel::rasterisePage(composed, words.at(8), words.at(9), raster);
   std::remove(composed.c_str());
-  const korvel::RasterSize made = must(std::move(size));
+  const korvel::RasterPageInfo made = must(std::move(size));
   return {{"width", made.width}, {"height", made.height}, {"dpi", made.dpi}};
 }
 

@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "studio/worker/page_dots.h"
 
-#include <cups/raster.h>
 #include <fcntl.h>
-#include <bit>
 
+#include <bit>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -14,7 +13,7 @@
 #include "studio/sentences.h"
 #include "tools/common/process.h"
 #include "tools/host/emulated_spooler.h"
-#include "tools/preview/document.h"
+#include "tools/host/raster_stream.h"
 #include "tools/stream/page_picture.h"
 #include "tools/stream/stream_decoder.h"
 
@@ -24,17 +23,6 @@ namespace {
 constexpr double kFilterSeconds = 60;
 // A PDF file that already has the printer's page size: the chain does not lay it out again.
 constexpr char kLaidOutPdf[] = "application/vnd.cups-pdf";
-
-Result<RasterSize> readSize(const std::string& path) {
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.isOpen()) return Failure{kNoRaster.english};
-  cups_raster_t* raster = cupsRasterOpen(file.get(), CUPS_RASTER_READ);
-  cups_page_header2_t header = {};
-  const bool read = raster != nullptr && cupsRasterReadHeader2(raster, &header) != 0;
-  cupsRasterClose(raster);
-  if (!read) return Failure{kNoRaster.english};
-  return RasterSize{header.cupsWidth, header.cupsHeight, header.HWResolution[0]};
-}
 
 // For the server's log: the user gets the sentence only.
 void logReason(const char* what, const std::string& reason) {
@@ -67,8 +55,8 @@ SpoolerJob spoolerJob(const DotsJob& job) {
 
 }  // namespace
 
-Result<RasterSize> rasterisePage(const std::string& page, const std::string& ppd,
-                                 const std::string& options, const std::string& target) {
+Result<RasterPageInfo> rasterisePage(const std::string& page, const std::string& ppd,
+                                     const std::string& options, const std::string& target) {
   RasteriserJob job;
   job.document = page;
   job.type = kLaidOutPdf;
@@ -87,24 +75,25 @@ Result<RasterSize> rasterisePage(const std::string& page, const std::string& ppd
     logReason("rasteriser", done.sentence());
     return Failure{kNoRaster.english};
   }
-  return readSize(target);
+  Result<RasterPageInfo> info = readRasterPage(target);
+  if (!info) return Failure{kNoRaster.english};
+  return info;
 }
 
 bool writeGrey(const std::string& raster, const std::string& target) {
   const Descriptor file(open(raster.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file.isOpen()) return false;
-  cups_raster_t* pages = cupsRasterOpen(file.get(), CUPS_RASTER_READ);
+  const Raster pages(cupsRasterOpen(file.get(), CUPS_RASTER_READ));
   cups_page_header2_t header = {};
   std::ofstream out(target, std::ios::binary);
-  bool good = pages != nullptr && cupsRasterReadHeader2(pages, &header) != 0;
+  bool good = pages && cupsRasterReadHeader2(pages.get(), &header) != 0;
   out << "P5\n" << header.cupsWidth << " " << header.cupsHeight << "\n255\n";
   std::vector<unsigned char> row(header.cupsBytesPerLine);
   for (unsigned y = 0; good && y < header.cupsHeight; ++y) {
-    good = cupsRasterReadPixels(pages, row.data(), header.cupsBytesPerLine) != 0;
+    good = cupsRasterReadPixels(pages.get(), row.data(), header.cupsBytesPerLine) != 0;
     for (unsigned char& value : row) value = static_cast<unsigned char>(255 - value);
     out.write(reinterpret_cast<const char*>(row.data()), header.cupsWidth);
   }
-  cupsRasterClose(pages);
   out.close();
   return good && out.good();
 }

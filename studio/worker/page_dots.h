@@ -8,18 +8,13 @@
 #include <string>
 
 #include "tools/common/result.h"
+#include "tools/preview/document.h"
 
 namespace korvel {
 
-struct RasterSize {
-  size_t width = 0;   // dots
-  size_t height = 0;  // rows
-  unsigned dpi = 0;
-};
-
 // `page` is a PDF file of the media's exact size. Writes one raster page to `target`.
-Result<RasterSize> rasterisePage(const std::string& page, const std::string& ppd,
-                                 const std::string& options, const std::string& target);
+Result<RasterPageInfo> rasterisePage(const std::string& page, const std::string& ppd,
+                                     const std::string& options, const std::string& target);
 
 // The raster page as a PGM picture, paper white. False when it cannot be read or written.
 bool writeGrey(const std::string& raster, const std::string& target);

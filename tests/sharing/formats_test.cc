@@ -83,8 +83,8 @@ TEST_F(Formats, LabelsOf300DotsPrintDotForDot) {
 }
 TEST_F(Formats, StencilsPrintDotForDot) { printsEveryDot("stencil-300", {"Letter"}, kPages); }
 
-// CUPS' filters place a page whose length is not a whole number of points up to 2 dots (0.2 mm) lower,
-// but its size is true.
+// CUPS' filters place a page whose length is not a whole number of points up to 2 dots (0.2 mm)
+// lower, but its size is true.
 TEST_F(Formats, OtherSizesAreTrueToTheDot) {
   for (const auto& [model, name, step] :
        {std::tuple("stencil-300", "A4", 300), std::tuple("stencil-300", "Tattoo_A5", 150),

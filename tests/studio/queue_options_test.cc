@@ -78,7 +78,7 @@ TEST(QueueDriver, CompletesChoicesAndRefusesWhatItDoesNotOffer) {
       {"another case", {{"halftonetype", "Stucki"}}, "bad-setting"},
       {"an unknown choice", {{"HalftoneType", "Best"}}, "bad-setting"},
       {"an empty choice", {{"HalftoneType", ""}}, "bad-setting"},
-      {"a second option behind a blank", {{"HalftoneType", "Stucki Darkness=Dark"}}, "bad-setting"},
+      {"a second option after a blank", {{"HalftoneType", "Stucki Darkness=Dark"}}, "bad-setting"},
       {"a malformed size", {{"PageSize", "Custom.50x80mm x"}}, "bad-setting"},
       {"the bare word", {{"PageSize", "Custom"}}, "bad-setting"},
       {"negative with an ordered halftone",

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-// A PNG of 8-bit greys: a ramp with the noise of `seed` on it. `dpi` 0 tells none.
+// A PNG of 8-bit greys: a ramp with the noise of `seed` on it. `dpi` 0 states none.
 std::string noisyPng(unsigned width, unsigned height, unsigned seed, unsigned dpi = 0);
 
 // A PNG whose header claims this size and whose data end there.

@@ -3,8 +3,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/host/raster_check.h"
 
-#include <cups/raster.h>
-
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -13,6 +11,7 @@
 #include <vector>
 
 #include "tools/common/translation.h"
+#include "tools/host/raster_stream.h"
 
 namespace korvel {
 namespace {
@@ -20,17 +19,11 @@ namespace {
 // The library reads ahead in pieces of at least this size. They are given to it byte by byte, so
 // that it never holds more than it has used and the end of a page is the place in the file.
 constexpr size_t kReadAheadBytes = 65536;
-constexpr uint64_t kMostPageBytes = uint64_t{256} << 20;  // the filter refuses larger pages
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
-
-struct RasterCloser {
-  void operator()(cups_raster_t* raster) const { cupsRasterClose(raster); }
-};
-using Raster = std::unique_ptr<cups_raster_t, RasterCloser>;
 
 ssize_t readPiece(void* file, unsigned char* bytes, size_t count) {
   if (count >= kReadAheadBytes) count = 1;

@@ -3,7 +3,6 @@
 #include "tools/preview/document.h"
 
 #include <cups/file.h>
-#include <cups/raster.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -21,22 +20,17 @@
 
 #include "tools/common/png_file.h"
 #include "tools/common/translation.h"
+#include "tools/host/raster_stream.h"
 
 namespace korvel {
 namespace {
 
 constexpr size_t kHeadBytes = 65536;
-constexpr uint64_t kMostPageBytes = uint64_t{256} << 20;  // the filter refuses larger pages
 
 struct CupsFileCloser {
   void operator()(cups_file_t* file) const { cupsFileClose(file); }
 };
 using CupsFile = std::unique_ptr<cups_file_t, CupsFileCloser>;
-
-struct RasterCloser {
-  void operator()(cups_raster_t* raster) const { cupsRasterClose(raster); }
-};
-using Raster = std::unique_ptr<cups_raster_t, RasterCloser>;
 
 bool isRaster(std::string_view head) {
   constexpr std::string_view kSyncWords[] = {"RaSt", "tSaR", "RaS2", "2SaR", "RaS3", "3SaR"};
@@ -200,7 +194,7 @@ Result<RasterPageInfo> readRasterPage(const std::string& path) {
   cups_page_header2_t header = {};
   if (!raster || cupsRasterReadHeader2(raster.get(), &header) == 0) return noPages();
   return RasterPageInfo{
-      header.HWResolution[0],
+      header.cupsWidth, header.cupsHeight, header.HWResolution[0],
       std::string(header.cupsPageSizeName,
                   strnlen(header.cupsPageSizeName, sizeof header.cupsPageSizeName))};
 }

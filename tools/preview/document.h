@@ -49,6 +49,8 @@ Result<void> unpackRaster(const std::string& path, const std::string& target);
 
 // What the header of the first page says.
 struct RasterPageInfo {
+  unsigned width = 0;   // pixels
+  unsigned height = 0;  // rows
   unsigned dpi = 0;
   std::string sizeName;
 };

@@ -22,6 +22,7 @@
 #include <memory>
 
 #include "tools/common/process.h"
+#include "tools/stream/printer_model.h"
 
 namespace korvel {
 
@@ -34,8 +35,6 @@ constexpr unsigned char kRequest[] = {0x64, 0x10, 0x40, 0, 0, 0, 0, 0, 0, 0x9B};
 constexpr unsigned char kReplyStart[] = {0x64, 0xFF};
 constexpr size_t kWordOffset = 5;
 constexpr size_t kReplyBytes = kWordOffset + 4;
-constexpr uint32_t kPaperOut = 0x00080000;
-constexpr uint32_t kCoverOpen = 0x00010000;
 
 struct Address {
   std::string host, port;
@@ -191,8 +190,8 @@ PrinterReply parseReply(const unsigned char* bytes, size_t count) {
   uint32_t word = 0;
   for (size_t i = 0; i < 4; ++i) word |= static_cast<uint32_t>(bytes[kWordOffset + i]) << (8 * i);
   reply.answer = PrinterAnswer::kAnswers;
-  reply.coverOpen = (word & kCoverOpen) != 0;
-  reply.noPaper = (word & kPaperOut) != 0;
+  reply.coverOpen = (word & kStatusCoverOpen) != 0;
+  reply.noPaper = (word & kStatusPaperOut) != 0;
   return reply;
 }
 
