@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tools/description/option_check.h"
+
 namespace korvel {
 namespace {
 
@@ -30,7 +32,7 @@ std::string readSheetSizes(const std::string& path, std::vector<SheetSize>* size
       resolution == nullptr ? 0 : std::strtoul(resolution->value, nullptr, 10));
   for (int i = 0; i < ppd->num_sizes && dpi != 0; ++i) {
     const ppd_size_t& from = ppd->sizes[i];
-    if (std::strcmp(from.name, "Custom") == 0) continue;
+    if (std::strcmp(from.name, kCustomChoice) == 0) continue;
     SheetSize size;
     size.name = from.name;
     size.text = textOf(ppd, from.name);

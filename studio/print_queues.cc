@@ -12,13 +12,13 @@
 #include <utility>
 
 #include "studio/sentences.h"
+#include "tools/description/driver_names.h"
 #include "tools/description/printer_description.h"
 #include "tools/preview/document.h"
 
 namespace korvel {
 namespace {
 
-constexpr char kMake[] = "Korvel ";
 constexpr int kConnectMilliseconds = 5000;
 constexpr size_t kSyncBytes =
     4;  // a raster stream's first word; pages follow each other without it

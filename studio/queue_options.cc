@@ -12,11 +12,10 @@
 
 #include "studio/sentences.h"
 #include "tools/description/description_text.h"
+#include "tools/description/option_check.h"
 
 namespace korvel {
 namespace {
-
-constexpr char kCustomChoice[] = "Custom";
 
 double mm(double points) { return std::max(0.0, points) / kPointsPerMm; }
 

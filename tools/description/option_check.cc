@@ -14,7 +14,6 @@
 namespace korvel {
 namespace {
 
-constexpr char kCustomChoice[] = "Custom";
 constexpr char kAnySize[] = "Custom.WIDTHxHEIGHTmm";
 constexpr char kPageSize[] = "PageSize";
 constexpr const char* kSwitchValues[] = {"true", "on", "yes", "false", "off", "no"};

@@ -19,6 +19,9 @@ using Options = std::vector<std::pair<std::string, std::string>>;
 // Options as the print commands accept them: "PageSize=4x6 noMirrorImage".
 Options parseOptions(const std::string& text);
 
+// The PPD's choice for a page size of one's own, which users enter as "Custom.50x80mm".
+inline constexpr char kCustomChoice[] = "Custom";
+
 // The options that are valid although no PPD has them.
 enum class OptionScope {
   kJob,    // those of the spooler's filters, whatever the printer: fit-to-page, job-name

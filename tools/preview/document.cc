@@ -58,6 +58,7 @@ std::string typeOf(std::string_view head, bool compressed) {
   if (head.starts_with("%PDF-")) return "application/pdf";
   if (head.starts_with("\x89PNG\r\n\x1a\n")) return "image/png";
   if (head.starts_with("\xff\xd8\xff")) return "image/jpeg";
+  if (head.starts_with({"II*\0", 4}) || head.starts_with({"MM\0*", 4})) return "image/tiff";
   return isText(head) ? "text/plain" : std::string();
 }
 
@@ -88,7 +89,8 @@ Result<std::string> identifyDocument(const std::string& path) {
   head.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
   const std::string type = typeOf(head, cupsFileCompression(file.get()) != 0);
   if (!type.empty()) return type;
-  return Failure{filled("%s is not a PDF, PNG, JPEG, text or CUPS raster file.", path.c_str())};
+  return Failure{
+      filled("%s is not a PDF, PNG, JPEG, TIFF, text or CUPS raster file.", path.c_str())};
 }
 
 // ---- The rasteriser ----

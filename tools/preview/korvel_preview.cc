@@ -24,11 +24,13 @@
 #include "tools/common/shown_text.h"
 #include "tools/common/suggestions.h"
 #include "tools/common/translation.h"
+#include "tools/description/driver_names.h"
 #include "tools/description/halftone_names.h"
 #include "tools/description/printer_description.h"
 #include "tools/host/raster_check.h"
 #include "tools/preview/contact_sheet.h"
 #include "tools/preview/document.h"
+#include "tools/preview/picture_file.h"
 #include "tools/preview/picture_scaling.h"
 #include "tools/preview/preview_arguments.h"
 #include "tools/preview/preview_job.h"
@@ -45,7 +47,7 @@ using korvel::translated;
 constexpr char kProgram[] = "korvel-preview";
 
 constexpr double kNoLimit = 7 * 24 * 3600;  // seconds that the filter may run
-constexpr unsigned kProgressStep = 10;      // pages between two lines of progress
+constexpr unsigned kProgressStep = 100;     // pages between two lines of progress
 constexpr char kPlainDescription[] = "korvel-label-203";
 
 Result<void> openToWrite(const std::string& path, korvel::OutputFile* file) {
@@ -59,17 +61,19 @@ Failure cannotShow(const std::string& file, const std::string& reason) {
   return {filled("Cannot show %s: %s", file.c_str(), reason.c_str())};
 }
 
+void warn(const std::string& sentence) {
+  std::fprintf(stderr, "%s: %s\n", kProgram, sentence.c_str());
+}
+
 // The rasteriser's programs run with the user's rights, which are many when the user is root.
 void noteRootsRights(const std::string& file) {
   struct stat found = {};
   if (geteuid() != 0 || stat(file.c_str(), &found) != 0) return;
   if (found.st_uid == 0 && isatty(STDERR_FILENO) == 0) return;
-  std::fprintf(
-      stderr, "%s: %s\n", kProgram,
+  warn(
       filled("Running as root: %s is converted with root's rights. If you do not trust the "
              "file, run korvel-preview as another user.",
-             file.c_str())
-          .c_str());
+             file.c_str()));
 }
 
 std::string installedFilter() {
@@ -169,7 +173,7 @@ class Preview {
     if (done) done = findDescription();
     if (done) done = createFolder();
     if (done) done = prepareRaster();
-    if (done) warnOfScaling();
+    if (done) warnOfPicture();
     if (done) done = arguments_.halftones ? compareHalftones() : showSheets();
     return done;
   }
@@ -226,9 +230,11 @@ class Preview {
     if (named.find('/') != std::string::npos || std::filesystem::exists(named)) return named;
     const std::string name = named.empty() ? kPlainDescription : named;
     const std::string models = installedDescriptions();
-    const std::string path = models + name + (name.ends_with(".ppd") ? "" : ".ppd");
-    if (std::filesystem::exists(path)) return path;
-    const std::vector<std::string> nearest = korvel::nearestNames(name, namesIn(models));
+    const std::vector<std::string> names = namesIn(models);
+    for (const std::string& each : names) {
+      if (name == each + ".ppd" || korvel::meansDriver(name, each)) return models + each + ".ppd";
+    }
+    const std::vector<std::string> nearest = korvel::nearestDrivers(name, names);
     if (nearest.empty()) {
       return Failure{filled("There is no PPD %s here or in %s.", name.c_str(), models.c_str())};
     }
@@ -240,9 +246,8 @@ class Preview {
     std::vector<std::string> names;
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-      names.push_back(entry.path().stem().string());
+      if (entry.path().extension() == ".ppd") names.push_back(entry.path().stem().string());
     }
-    std::sort(names.begin(), names.end());
     return names;
   }
 
@@ -271,20 +276,27 @@ class Preview {
     return Failure{translated("The resolution of the pages is unknown.")};
   }
 
+  void warnOfPicture() const {
+    if (!type_.starts_with("image/")) return;
+    const korvel::PictureFile picture = korvel::readPictureFile(arguments_.file);
+    if (picture.endsEarly) {
+      warn(filled("%s is incomplete, and a part of the picture is missing; save or copy it again.",
+                  arguments_.file.c_str()));
+    }
+    if (description_.media() != korvel::Media::kSheet) warnOfScaling(picture.size);
+  }
+
   // Bars of a scaled picture are no longer whole dots. Stencils have none.
-  void warnOfScaling() const {
-    if (!type_.starts_with("image/") || description_.media() == korvel::Media::kSheet) return;
-    const korvel::DotSize picture = korvel::pictureSize(arguments_.file);
+  void warnOfScaling(const korvel::DotSize& picture) const {
     const korvel::DotSize page = description_.printableDots();
     const korvel::DotSize printed =
         korvel::sizeOnPage(picture, page, korvel::parseOptions(options_));
     if (printed == picture) return;
-    const std::string warning = filled(
-        "%s is %d x %d dots and will be scaled to %d x %d; barcodes may not scan. A picture "
-        "of %d x %d dots is not scaled.",
-        arguments_.file.c_str(), picture.width, picture.height, printed.width, printed.height,
-        page.width, page.height);
-    std::fprintf(stderr, "%s: %s\n", kProgram, warning.c_str());
+    warn(
+        filled("%s is %d x %d dots and will be scaled to %d x %d; barcodes may not scan. A picture "
+               "of %d x %d dots is not scaled.",
+               arguments_.file.c_str(), picture.width, picture.height, printed.width,
+               printed.height, page.width, page.height));
   }
 
   korvel::RasteriserJob rasteriserJob() {
@@ -333,8 +345,17 @@ class Preview {
     if (!written) return written;
     removeOlder(pages.value());
     if (arguments_.stream) describeStream(pages.value());
-    for (const std::string& path : paths) std::puts(korvel::shown(path).c_str());
+    showNames(paths);
     return {};
+  }
+
+  // One line, however many pictures there are.
+  static void showNames(const std::vector<std::string>& paths) {
+    if (paths.empty()) return;
+    const std::string first = korvel::shown(paths.front());
+    const std::string last = korvel::shown(paths.back());
+    std::puts(paths.size() == 1 ? first.c_str()
+                                : filled("%s to %s", first.c_str(), last.c_str()).c_str());
   }
 
   std::string pictureName(unsigned number) const {

@@ -1,5 +1,6 @@
-// Whether a picture will be printed pixel for dot: its size in its own file, and the size that
-// CUPS' image filter gives it on a page. SPDX-License-Identifier: Apache-2.0
+// Whether a picture will be printed pixel for dot: the size that CUPS' image filter gives it
+// on a page.
+// SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_TOOLS_PREVIEW_PICTURE_SCALING_H
 #define KORVEL_TOOLS_PREVIEW_PICTURE_SCALING_H
 
@@ -9,9 +10,6 @@
 #include "tools/description/printer_description.h"
 
 namespace korvel {
-
-// Pixels of a PNG or JPEG file; zero for anything else.
-DotSize pictureSize(const std::string& path);
 
 // The picture in dots on a page with that printable area, turned if it fits better lying. Equal to
 // `picture` when nothing is scaled, and where an option makes that depend on the file's density.

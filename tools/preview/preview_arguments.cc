@@ -27,7 +27,7 @@ bool takeFlag(const Arguments& arguments, PreviewArguments* request) {
 bool takeValued(Arguments* arguments, PreviewArguments* request) {
   if (arguments->is("-P", "-d")) {
     request->queue = arguments->nonEmptyValue();
-  } else if (arguments->is("-p")) {
+  } else if (arguments->is("-p", "-m")) {
     request->description = arguments->nonEmptyValue();
   } else if (arguments->is("-o")) {
     request->options += (request->options.empty() ? "" : " ") + arguments->nonEmptyValue();
@@ -60,11 +60,11 @@ void check(const Arguments& arguments, const PreviewArguments& request) {
 
 const Help kPreviewHelp = {
     later("Usage: korvel-preview [OPTION]... FILE"),
-    later(
-        "Shows dot for dot how a PDF, PNG, JPEG, text or CUPS raster file will be printed, as one "
-        "PNG per sheet. Needs no printer and prints nothing."),
+    later("Shows dot for dot how a PDF, PNG, JPEG, TIFF, text or CUPS raster file will be printed, "
+          "as one "
+          "PNG per sheet. Needs no printer and prints nothing."),
     {later("-P, -d QUEUE\tUse this queue with its defaults."),
-     later("-p PPD\tUse this PPD: a file, or the name of an installed one (korvel-label-203)."),
+     later("-p, -m PPD\tUse this PPD: a file, or an installed driver, such as z4 (label-203)."),
      later("-o OPTION=VALUE\tA job option, as for lp; may be repeated."),
      later("-n COPIES\tNumber of copies (1)."),
      later("--halftones\tCompare the ten halftones in one picture of the first page."),

@@ -7,6 +7,8 @@
 #include <set>
 #include <sstream>
 
+#include "tools/description/driver_names.h"
+
 namespace korvel {
 
 namespace {
@@ -110,15 +112,9 @@ std::vector<Description> fitting(const Device& device, const std::vector<Descrip
 const Description* meant(const std::string& name, const std::vector<Description>& all) {
   for (const Description& one : all) {
     const std::string bare = one.bareName();
-    if (name == one.name || name == bare || "korvel-" + name == bare) return &one;
+    if (name == one.name || meansDriver(name, bare)) return &one;
   }
   return nullptr;
-}
-
-std::string shortName(const Description& description) {
-  const std::string bare = description.bareName();
-  const std::string prefix = std::string(kOurs) + "-";
-  return bare.starts_with(prefix) ? bare.substr(prefix.size()) : bare;
 }
 
 std::string proposedQueueName(const std::string& bareName) {

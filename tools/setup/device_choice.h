@@ -31,9 +31,6 @@ std::vector<Description> fitting(const Device& device, const std::vector<Descrip
 // there is none. Points into `all`.
 const Description* meant(const std::string& name, const std::vector<Description>& all);
 
-// The bare name without "korvel-", which is what users enter.
-std::string shortName(const Description& description);
-
 // A queue name for a driver: its model in lower-case letters and digits.
 std::string proposedQueueName(const std::string& bareName);
 

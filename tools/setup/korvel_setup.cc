@@ -15,6 +15,7 @@
 #include "tools/common/shown_text.h"
 #include "tools/common/suggestions.h"
 #include "tools/common/translation.h"
+#include "tools/description/driver_names.h"
 #include "tools/setup/device_choice.h"
 #include "tools/setup/emulated_queue.h"
 #include "tools/setup/examination.h"
@@ -264,9 +265,8 @@ Result<Description> describe(const std::string& model, const Descriptions& all) 
   const Description* one = korvel::meant(model, all);
   if (one != nullptr) return *one;
   std::vector<std::string> names;
-  for (const Description& each : all) names.push_back(korvel::shortName(each));
-  std::sort(names.begin(), names.end());
-  const std::vector<std::string> nearest = korvel::nearestNames(model, names);
+  for (const Description& each : all) names.push_back(each.bareName());
+  const std::vector<std::string> nearest = korvel::nearestDrivers(model, names);
   if (nearest.empty()) {
     return Failure{
         filled("There is no driver %s. Show all drivers: korvel-setup --list", model.c_str())};

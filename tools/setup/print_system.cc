@@ -15,6 +15,7 @@
 
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
+#include "tools/description/driver_names.h"
 
 namespace korvel {
 
@@ -22,7 +23,6 @@ namespace {
 
 constexpr int kConnectMilliseconds = 10000;
 constexpr int kDeviceSeconds = 10;
-constexpr char kMake[] = "Korvel ";
 
 // An answer of the server, which it owns.
 class Answer {

@@ -12,6 +12,7 @@
 #include <regex>
 
 #include "tools/description/description_text.h"
+#include "tools/description/option_check.h"
 #include "tools/setup/device_choice.h"
 
 namespace korvel {
@@ -90,7 +91,7 @@ std::string customSize(const ppd_file_t& ppd, const Size& size) {
     if (number.back() == '.') number.pop_back();
     return number;
   };
-  return "Custom." + inMm(size.width) + "x" + inMm(size.height) + "mm";
+  return std::string(kCustomChoice) + "." + inMm(size.width) + "x" + inMm(size.height) + "mm";
 }
 
 }  // namespace
@@ -113,7 +114,7 @@ std::vector<SizeChoice> commonSizes(const std::string& description) {
   std::vector<SizeChoice> common;
   for (int i = 0; i < sizes->num_choices; ++i) {
     const std::string choice = sizes->choices[i].choice;
-    if (choice == "Custom") continue;
+    if (choice == kCustomChoice) continue;
     const bool isDefault = choice == sizes->defchoice;
     const bool few = static_cast<size_t>(sizes->num_choices) <= kFewSizes;
     if (!few && !isDefault && !isCommon(choice)) continue;
@@ -129,7 +130,7 @@ std::string pageSize(const std::string& description, const std::string& answer) 
   for (int i = 0; i < ppd->num_sizes; ++i) {
     const ppd_size_t& one = ppd->sizes[i];
     const std::string name = one.name;
-    if (name == "Custom") continue;
+    if (name == kCustomChoice) continue;
     if (strcasecmp(name.c_str(), answer.c_str()) == 0) return name;
     if (std::abs(static_cast<double>(one.width) - size.width) < kSamePoints &&
         std::abs(static_cast<double>(one.length) - size.height) < kSamePoints) {

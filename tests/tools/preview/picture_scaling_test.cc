@@ -1,10 +1,8 @@
-// Which pictures are printed pixel for dot, and the sizes of the others.
+// Which pictures are printed pixel for dot, and the sizes of the others on the page.
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/preview/picture_scaling.h"
 
 #include <gtest/gtest.h>
-
-#include "tests/support/temporary_folder.h"
 
 namespace korvel {
 
@@ -37,29 +35,6 @@ TEST(PictureOnPage, IsScaledUnlessItFillsThePage) {
   };
   for (const auto& c : kCases) {
     EXPECT_EQ(sizeOnPage(c.picture, kPage, parseOptions(c.options)), c.want) << c.sentence;
-  }
-}
-
-TEST(PictureSize, IsReadFromTheFile) {
-  const std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\x03\x2c\0\0\x04\xc2", 24);
-  const std::string start("\xFF\xD8\xFF\xE0\0\x04JF\xFF\xC4\0\x03T", 13);
-  const std::string frame("\xFF\xC0\0\x0b\x08\x04\xc2\x03\x2c\x01\x01\x11\0", 13);
-  const struct {
-    const char* sentence;
-    std::string content;
-    DotSize want;
-  } kCases[] = {
-      {"PNG", png, {812, 1218}},
-      {"a PNG that ends early", png.substr(0, 20), {0, 0}},
-      {"JPEG, its frame after other segments", start + frame, {812, 1218}},
-      {"a JPEG without a frame", start, {0, 0}},
-      {"text", "812 x 1218", {0, 0}},
-  };
-  const TemporaryFolder folder;
-  for (const auto& c : kCases) {
-    DotSize have = pictureSize(folder.write("picture", c.content));
-    if (have.width == 0 || have.height == 0) have = {};
-    EXPECT_EQ(have, c.want) << c.sentence;
   }
 }
 

@@ -180,7 +180,7 @@ TEST(PreviewFaults, WhatCannotBeShownIsStatusOne) {
       {{"/dev/null"}, "/dev/null is not a regular file."},
       {{files.write("empty.pdf", "")}, files.file("empty.pdf") + " is empty."},
       {{files.write("bytes", std::string("\1\2\0\3", 4))},
-       files.file("bytes") + " is not a PDF, PNG, JPEG, text or CUPS raster file."},
+       files.file("bytes") + " is not a PDF, PNG, JPEG, TIFF, text or CUPS raster file."},
       {{"-p", "korvel-nothing", label}, "There is no PPD korvel-nothing here or in "},
       {{"-p", files.file("no.ppd"), label},
        "Cannot read " + files.file("no.ppd") + ": No such file or directory."},

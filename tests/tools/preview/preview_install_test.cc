@@ -54,8 +54,8 @@ TEST_F(Installed, ThePreviewTakesFilterAndDescriptionsOfItsTree) {
       runner_.files().write("page.ras", rasterOf("64x40 203dpi picture=noise:7"));
   const std::string shown = runner_.files().file("shown");
   const CommandResult result =
-      runInstalled({"korvel-preview", "-p", "korvel-r57-203", "--out", shown, document});
-  EXPECT_EQ(result.status, 0);
+      runInstalled({"korvel-preview", "-m", "r57-203", "--out", shown, document});
+  EXPECT_EQ(result.status, 0) << result.output;
   EXPECT_EQ(result.output, shown + "/sheet-1.png\n");
   const std::string plain = runner_.files().file("plain");
   EXPECT_EQ(runner_.preview({"-p", ppdOf("korvel-r57-203"), "--out", plain, document}).status, 0);

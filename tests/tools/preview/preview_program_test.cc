@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "tests/spooler/picture.h"
+#include "tests/support/hex_text.h"
 #include "tests/tools/preview/preview_runner.h"
 
 namespace {
@@ -103,15 +104,15 @@ TEST(Preview, ShowsTheSheetsOfTheEmulatedPrinter) {
     EXPECT_EQ(result.status, 0) << result.output;
     const std::string printed =
         runner.print(document, ppdOf(c.description), c.options, c.copies, c.printer);
-    std::string listed;
     for (size_t i = 1; i <= c.sheets + 1; ++i) {
       const std::string name = "/sheet-" + std::to_string(i) + ".png";
       EXPECT_TRUE(fileBytes(shown + name) == fileBytes(printed + name)) << name;
       EXPECT_EQ(fs::exists(shown + name), i <= c.sheets) << name;
-      if (i <= c.sheets) listed += shown + name + "\n";
     }
-    EXPECT_EQ(result.output, listed);
-    const Picture last = readPicture(shown + "/sheet-" + std::to_string(c.sheets) + ".png");
+    const std::string lastName = "/sheet-" + std::to_string(c.sheets) + ".png";
+    EXPECT_EQ(result.output,
+              shown + "/sheet-1.png" + (c.sheets == 1 ? "" : " to " + shown + lastName) + "\n");
+    const Picture last = readPicture(shown + lastName);
     EXPECT_EQ(last.width, c.width);
     EXPECT_EQ(last.height, c.height);
     EXPECT_GT(last.printed(), 0u);
@@ -142,6 +143,62 @@ TEST(Preview, WarnsOfAPictureThatIsScaled) {
         at == std::string::npos ? ""
                                 : result.output.substr(at, result.output.find('\n', at) + 1 - at);
     EXPECT_EQ(warning, c.warning) << c.sentence;
+  }
+}
+
+// 16 x 8 pixels of 8 bits, the left half black, in one strip.
+std::string smallTiff() {
+  std::string file;
+  for (const uint8_t byte :
+       hexBytes("49492A00 08000000 0900 00010300 01000000 10000000 01010300 01000000 08000000"
+                "02010300 01000000 08000000 03010300 01000000 01000000 06010300 01000000 01000000"
+                "11010400 01000000 7A000000 15010300 01000000 01000000 16010300 01000000 08000000"
+                "17010400 01000000 80000000 00000000")) {
+    file += static_cast<char>(byte);
+  }
+  for (int row = 0; row < 8; ++row) file += std::string(8, '\0') + std::string(8, '\xFF');
+  return file;
+}
+
+TEST(Preview, ShowsATiffAsItIsPrinted) {
+  PreviewRunner runner;
+  const std::string document = runner.files().write("half.tiff", smallTiff());
+  const std::string shown = runner.files().file("shown");
+  const CommandResult result =
+      runner.preview({"-p", ppdOf("korvel-label-203"), "--out", shown, document});
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_NE(result.output.find("half.tiff is 16 x 8 dots and will be scaled to 1218 x 609"),
+            std::string::npos)
+      << result.output;
+  const std::string printed = runner.print(document, ppdOf("korvel-label-203"), "", 1, {});
+  EXPECT_NE(fileBytes(shown + "/sheet-1.png"), "(none)");
+  EXPECT_TRUE(fileBytes(shown + "/sheet-1.png") == fileBytes(printed + "/sheet-1.png"));
+}
+
+TEST(Preview, ReportsAPictureThatWasCutShort) {
+  PreviewRunner runner;
+  const std::string tiff = smallTiff();
+  const std::string png = fileBytes(exampleFile("label.png"));
+  const struct {
+    const char* name;
+    std::string content;
+    int status;  // the spooler's filter prints what there is of a TIFF, and ends at a PNG
+    bool reported;
+  } kCases[] = {
+      {"whole.tiff", tiff, 0, false},
+      {"cut.tiff", tiff.substr(0, tiff.size() - 40), 0, true},
+      {"whole.png", png, 0, false},
+      {"cut.png", png.substr(0, png.size() / 2), 1, true},
+  };
+  for (const auto& c : kCases) {
+    const std::string file = runner.files().write(c.name, c.content);
+    const CommandResult result = runner.preview(
+        {"-p", ppdOf("korvel-label-203"), "--out", runner.files().file("shown"), file});
+    EXPECT_EQ(result.status, c.status) << result.output;
+    const std::string sentence = "korvel-preview: " + file +
+                                 " is incomplete, and a part of the picture is missing; save or "
+                                 "copy it again.\n";
+    EXPECT_EQ(result.output.starts_with(sentence), c.reported) << result.output;
   }
 }
 
@@ -302,16 +359,17 @@ TEST(Preview, AllHalftonesOnOneSheetAreThoseOfSinglePreviews) {
   EXPECT_EQ(different, 9u);
 }
 
-TEST(Preview, TellsItsProgressOnManyPages) {
+TEST(Preview, ReportsAHundredPagesInOneLine) {
   PreviewRunner runner;
   std::string words;
-  for (int i = 0; i < 25; ++i) words += "8x4 203dpi picture=black\n";
+  for (int i = 0; i < 105; ++i) words += "8x4 203dpi picture=black\n";
   const std::string document = runner.files().write("many.ras", rasterOf(words));
   const CommandResult result = runner.preview(
       {"-p", ppdOf("korvel-label-203"), "--out", runner.files().file("shown"), document});
   EXPECT_EQ(result.status, 0);
-  EXPECT_TRUE(result.output.starts_with("page 10\npage 20\n")) << result.output;
-  EXPECT_NE(fileBytes(runner.files().file("shown/sheet-25.png")), "(none)");
+  const std::string shown = runner.files().file("shown");
+  EXPECT_EQ(result.output, "page 100\n" + shown + "/sheet-1.png to " + shown + "/sheet-105.png\n");
+  EXPECT_NE(fileBytes(shown + "/sheet-105.png"), "(none)");
 }
 
 // Whatever the filter of a print job has left stays as it is, and nothing is added.
