@@ -12,5 +12,11 @@ export default {
   noPrinter: '没有打印机：请用 korvel-setup 设置。', printerStopped: '打印机已停止。', 'printer-idle': '就绪', 'printer-printing': '正在打印', 'printer-stopped': '打印机已停止。',
   'reason-media-empty': '缺纸：请装入纸张。', 'reason-media-needed': '缺纸：请装入纸张。', 'reason-cover-open': '盖子已打开：请合上。', 'reason-offline': '打印机已关机或未连接。', 'reason-connecting-to-device': '正在连接打印机…', 'reason-paused': '打印机已停止。', 'reason-cups-missing-filter': '驱动程序已损坏：请重新安装。',
   job: '作业 {0}：{1}', 'job-waiting': '等待中', 'job-held': '已保留', 'job-printing': '正在打印', 'job-stopped': '已停止', 'job-canceled': '已取消', 'job-aborted': '失败；请查看打印系统日志', 'job-done': '已打印',
-  'fault-offline': '服务器没有响应。请检查网络后重试。', 'fault-failed': '出错了，请重试。', 'fault-unknown-kind': '文件不是 PNG、JPEG、TIFF、WebP 或 PDF。', 'fault-damaged': '文件已损坏或不完整。', 'fault-too-many-pixels': '图像像素过多（最多 6400 万）。', 'fault-encrypted': 'PDF 受密码保护。', 'fault-too-many-pages': 'PDF 超过 500 页。', 'fault-too-slow': '处理文档用时过长。', 'fault-busy': '服务器繁忙，请稍后重试。', 'fault-too-large': '文件超过 40 MB。', 'fault-empty-file': '文件为空。', 'fault-too-many-documents': '打开的文档过多，请几分钟后重试。', 'fault-no-document': '文档已不在服务器上，请重新打开。', 'fault-no-queue': '该打印机已不存在。', 'fault-no-spooler': '打印系统没有响应。', 'fault-refused': '打印系统未接受作业。', 'fault-not-our-job': '作业已经结束。', 'fault-no-token': '请打开服务器启动时显示的带令牌的地址。', 'fault-conflict': '打印机无法组合这些设置。',
+  'fault-offline': '服务器没有响应。请检查网络后重试。', 'fault-failed': '出错了，请重试。', 'fault-unknown-kind': '文件不是 PNG、JPEG、TIFF、WebP 或 PDF。',
+  'fault-damaged': '文件已损坏或不完整。', 'fault-too-many-pixels': '图像像素过多（最多 6400 万）。', 'fault-encrypted': 'PDF 受密码保护。',
+  'fault-too-many-pages': 'PDF 超过 500 页。', 'fault-too-slow': '处理文档用时过长。', 'fault-busy': '服务器繁忙，请稍后重试。',
+  'fault-too-large': '文件超过 40 MB。', 'fault-empty-file': '文件为空。', 'fault-too-many-documents': '打开的文档过多，请几分钟后重试。',
+  'fault-no-document': '文档已不在服务器上，请重新打开。', 'fault-no-queue': '该打印机已不存在。', 'fault-no-spooler': '打印系统没有响应。',
+  'fault-refused': '打印系统未接受作业。', 'fault-not-our-job': '作业已经结束。', 'fault-no-token': '请打开服务器启动时显示的带令牌的地址。',
+  'fault-conflict': '打印机无法组合这些设置。',
 };
