@@ -69,11 +69,9 @@ std::vector<Case> cases() {
 
 class PictureOfALabelsSize : public testing::TestWithParam<Case> {};
 
-INSTANTIATE_TEST_SUITE_P(As, PictureOfALabelsSize, testing::ValuesIn(cases()),
-                         [](const auto& each) {
-                           return std::string(each.param.format.name) + "At" +
-                                  std::to_string(each.param.dpi) + "Dpi";
-                         });
+INSTANTIATE_TEST_SUITE_P(, PictureOfALabelsSize, testing::ValuesIn(cases()), [](const auto& each) {
+  return std::string(each.param.format.name) + "At" + std::to_string(each.param.dpi) + "Dpi";
+});
 
 TEST_P(PictureOfALabelsSize, IsPrintedPixelForDot) {
   const auto& [format, dpi] = GetParam();

@@ -156,7 +156,7 @@ std::string firstOffset(const std::string& have, const std::string& want) {
 
 class GoldenJobs : public testing::TestWithParam<std::string> {};
 
-TEST_P(GoldenJobs, PrintAsTheyAlwaysDid) {
+TEST_P(GoldenJobs, PrintAsAlways) {
   const std::string& name = GetParam();
   const GoldenJob job = readJob(name);
   ASSERT_EQ(job.fault, "");
@@ -189,7 +189,7 @@ std::vector<std::string> goldenNames() {
   return names;
 }
 
-INSTANTIATE_TEST_SUITE_P(Folder, GoldenJobs, testing::ValuesIn(goldenNames()),
+INSTANTIATE_TEST_SUITE_P(, GoldenJobs, testing::ValuesIn(goldenNames()),
                          [](const auto& folder) { return folder.param; });
 
 // Detects that the folder, or half of it, is missing.

@@ -109,13 +109,13 @@ std::vector<size_t> cutPlaces(const GoldenRaster& golden, size_t step, size_t co
 }
 
 class DamagedGolden : public testing::TestWithParam<GoldenRaster> {};
-class DamagedGoldenAll : public DamagedGolden {};  // named apart: runs for minutes
+class LongDamagedGolden : public DamagedGolden {};  // named apart: runs for minutes
 
-TEST_P(DamagedGolden, CutAtAFewPlacesKeepsTheRules) {
+TEST_P(DamagedGolden, CutAtAFewPlaces) {
   expectCutsToFollowTheRules(GetParam(), cutPlaces(GetParam(), 899, 3));
 }
 
-TEST_P(DamagedGoldenAll, CutAnywhereKeepsTheRules) {
+TEST_P(LongDamagedGolden, CutAnywhere) {
   expectCutsToFollowTheRules(GetParam(), cutPlaces(GetParam(), 1, 200));
 }
 
@@ -139,9 +139,9 @@ void flipBits(const GoldenRaster& golden, int jobs) {
   }
 }
 
-TEST_P(DamagedGolden, AFewFlippedBitsEndInOrder) { flipBits(GetParam(), 3); }
+TEST_P(DamagedGolden, WithAFewFlippedBits) { flipBits(GetParam(), 3); }
 
-TEST_P(DamagedGoldenAll, FlippedBitsEndInOrder) { flipBits(GetParam(), 200); }
+TEST_P(LongDamagedGolden, WithFlippedBits) { flipBits(GetParam(), 200); }
 
 std::vector<GoldenRaster> everyGolden() { return goldenRasters(); }
 
@@ -156,8 +156,8 @@ std::vector<GoldenRaster> someGoldens() {
 
 const auto kNameOf = [](const auto& golden) { return golden.param.name; };
 
-INSTANTIATE_TEST_SUITE_P(Some, DamagedGolden, testing::ValuesIn(someGoldens()), kNameOf);
-INSTANTIATE_TEST_SUITE_P(Long, DamagedGoldenAll, testing::ValuesIn(everyGolden()), kNameOf);
+INSTANTIATE_TEST_SUITE_P(, DamagedGolden, testing::ValuesIn(someGoldens()), kNameOf);
+INSTANTIATE_TEST_SUITE_P(, LongDamagedGolden, testing::ValuesIn(everyGolden()), kNameOf);
 
 TEST(DamagedGoldens, MostOfThemAreHeldAgainstTheirWholeJob) {
   size_t plain = 0;

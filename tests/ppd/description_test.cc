@@ -15,7 +15,7 @@ using Words = std::set<std::string>;
 
 class EveryDescription : public testing::TestWithParam<Description> {};
 
-INSTANTIATE_TEST_SUITE_P(All, EveryDescription, testing::ValuesIn(descriptions()),
+INSTANTIATE_TEST_SUITE_P(, EveryDescription, testing::ValuesIn(descriptions()),
                          [](const auto& each) {
                            std::string name = each.param.name;
                            for (char& c : name) c = c == '-' ? '_' : c;
@@ -161,7 +161,7 @@ TEST_P(EveryDescription, LabelsAHalftoneByTheMethodThatRuns) {
   }
 }
 
-TEST_P(EveryDescription, KeepsTheNegativeAwayFromAllButTheTattooHalftones) {
+TEST_P(EveryDescription, OffersTheNegativeForTattooOnly) {
   const OpenPpd ppd = openPpd(GetParam());
   ASSERT_NE(ppd, nullptr);
   const ppd_option_t* halftones = ppdFindOption(ppd.get(), "HalftoneType");
@@ -177,7 +177,7 @@ TEST_P(EveryDescription, KeepsTheNegativeAwayFromAllButTheTattooHalftones) {
   }
 }
 
-TEST_P(EveryDescription, HasAPlainTextForEachStateOfThePrinter) {
+TEST_P(EveryDescription, HasAPlainTextForEachPrinterState) {
   struct Case {
     const char* reason;
     const char* name;

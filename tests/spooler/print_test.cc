@@ -179,7 +179,7 @@ TEST(QueueOfALabelPrinter, PrintsTwoJobsInARow) {
 
 // The 2362 dots of an A4 sheet with a frame of 24 on either side are centred on the head's 2592, on
 // a whole byte, 141 rows after the edge of the paper.
-TEST(QueueOfAStencilPrinter, PrintsFramedSheetsOfEveryKindInBothTattooHalftones) {
+TEST(QueueOfAStencilPrinter, PrintsFramedSheetsOfEveryKindByBothHalftones) {
   const TemporaryFolder files;
   const PdfPage shades = {595.28, 841.89,
                           "0.3 g 120 300 300 300 re f 0.8 g 150 500 300 200 re f 0 G 8 w "

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -22,7 +23,7 @@ constexpr int kLowestLock = 10;  // clear of the channels 0 to 4, which the next
 // The address of a printer as the name of a file: 192.0.2.7_9100. Options after ? do not count,
 // and the usual port is the same as none.
 std::string lockName(std::string address) {
-  address = address.substr(0, address.find_first_of("/?"));
+  address.resize(std::min(address.size(), address.find_first_of("/?")));
   if (address.ends_with(":9100")) address.resize(address.size() - 5);
   for (char& c : address) {
     if (std::strchr("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ.-", c) ==

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/setup/preset.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "tools/description/description_text.h"
@@ -45,7 +46,7 @@ std::string addressWithTurns(const std::string& uri) {
 std::string deviceOf(const std::string& uri) {
   std::string device = addressWithTurns(uri);
   if (!device.starts_with(kTurns)) return device;
-  device = device.substr(0, device.find_first_of("/?", sizeof kTurns - 1));
+  device.resize(std::min(device.size(), device.find_first_of("/?", sizeof kTurns - 1)));
   const bool hasPort = device.find(':', device.find_last_of("]/")) != std::string::npos;
   return hasPort ? device : device + ":9100";
 }
