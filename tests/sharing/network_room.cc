@@ -1,7 +1,8 @@
-// One end of a pair of virtual interfaces is the computer's; the other end only gives it a carrier.
+// One end of a pair of virtual interfaces is the computer's, the other end is the phone's.
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/sharing/network_room.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -11,6 +12,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
+
+#include "tools/common/process.h"
 
 namespace fs = std::filesystem;
 
@@ -48,9 +52,12 @@ std::string NetworkRoom::enter() {
   const bool made =
       mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
       mount("none", "/run", "tmpfs", 0, nullptr) == 0 &&
-      did("ip link set lo up && ip link add lan0 type veth peer name lan1 && "
-          "ip addr add 10.77.0.1/24 dev lan0 && ip link set lan1 up && ip link set lan0 up && "
-          "ip route add default dev lan0");
+      did("ip netns add phone && ip link set lo up && "
+          "ip link add lan0 type veth peer name lan1 netns phone && "
+          "ip addr add 10.77.0.1/24 dev lan0 && ip link set lan0 up && "
+          "ip route add default dev lan0 && "
+          "ip -n phone addr add 10.77.0.2/24 dev lan1 && ip -n phone link set lan1 up && "
+          "ip -n phone route add default dev lan1");
   if (!made) return "virtual networks are not to be had here";
   inNetwork = true;
   return "";
@@ -76,6 +83,21 @@ void NetworkRoom::startResponder() {
     return folder_.read("avahi.log").find("startup complete") != std::string::npos;
   };
   ASSERT_TRUE(waitUntil(kSeconds, isUp)) << folder_.read("avahi.log");
+}
+
+// A thread may be in another network than its process, and its sockets stay there.
+void NetworkRoom::atThePhone(const std::function<void()>& deed) const {
+  std::thread([&deed] {
+    const korvel::Descriptor network(open("/run/netns/phone", O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(setns(network.get(), CLONE_NEWNET), 0);
+    deed();
+  }).join();
+}
+
+void NetworkRoom::movePhoneElsewhere() const {
+  EXPECT_TRUE(
+      did("ip -n phone addr del 10.77.0.2/24 dev lan1 && "
+          "ip -n phone addr add 192.0.2.7/24 dev lan1 && ip -n phone route add default dev lan1"));
 }
 
 std::string stockConfiguration() {

@@ -16,13 +16,14 @@ const char* noPassword(const char*, http_t*, const char*, const char*, void*) { 
 
 Phone::Phone(const std::string& address)
     : address_(address),
-      connection_(httpConnect2(address.c_str(), kPort, nullptr, AF_INET,
+      connection_(httpConnect2(address.c_str(), kPort, nullptr, AF_UNSPEC,
                                HTTP_ENCRYPTION_IF_REQUESTED, 1, kMilliseconds, nullptr)) {
   cupsSetPasswordCB2(noPassword, nullptr);
 }
 
 ipp_t* Phone::request(ipp_op_t operation, const std::string& queue) const {
-  const std::string uri = "ipp://" + address_ + ":631/printers/" + queue;
+  const std::string host = address_.starts_with("/") ? "localhost" : address_;
+  const std::string uri = "ipp://" + host + ":631/printers/" + queue;
   ipp_t* made = ippNewRequest(operation);
   ippAddString(made, IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri.c_str());
   ippAddString(made, IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, "guest");
@@ -66,8 +67,8 @@ int Phone::readConfiguration() {
   return status;
 }
 
-int Phone::changeQueue(const std::string& queue) {
-  ipp_t* made = request(IPP_OP_CUPS_ADD_MODIFY_PRINTER, queue);
+int Phone::administer(ipp_op_t operation, const std::string& queue) {
+  ipp_t* made = request(operation, queue);
   ippAddString(made, IPP_TAG_PRINTER, IPP_TAG_TEXT, "printer-info", nullptr, "mine");
   ippDelete(cupsDoRequest(connection_, made, "/admin/"));
   return cupsLastError();

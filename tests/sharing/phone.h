@@ -10,7 +10,7 @@
 
 class Phone {
  public:
-  // `address` is the server's in the network.
+  // `address` is the server's in the network, or the path of its socket.
   explicit Phone(const std::string& address);
   Phone(const Phone&) = delete;
   Phone& operator=(const Phone&) = delete;
@@ -25,8 +25,8 @@ class Phone {
   std::vector<std::string> ask(const std::string& queue, const char* attribute);
   // The HTTP status of reading the server's configuration.
   int readConfiguration();
-  // The IPP status of changing a queue.
-  int changeQueue(const std::string& queue);
+  // The IPP status of an administrator's operation.
+  int administer(ipp_op_t operation, const std::string& queue);
 
  private:
   ipp_t* request(ipp_op_t operation, const std::string& queue) const;

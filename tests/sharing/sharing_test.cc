@@ -25,6 +25,11 @@ std::string lastLine(const std::string& output) {
   return text.substr(text.rfind('\n') + 1);
 }
 
+const ipp_op_t kAdministration[] = {
+    IPP_OP_CUPS_ADD_MODIFY_PRINTER, IPP_OP_CUPS_DELETE_PRINTER, IPP_OP_CUPS_SET_DEFAULT,
+    IPP_OP_CUPS_REJECT_JOBS,        IPP_OP_PAUSE_PRINTER,       IPP_OP_PURGE_JOBS,
+};
+
 class Sharing : public testing::Test {
  protected:
   void SetUp() override {
@@ -70,11 +75,13 @@ TEST_F(Sharing, IsSharedProvedAndTakenBack) {
   EXPECT_EQ(lastLine(result.output),
             "Tablets and phones find it as \"Labels (Korvel K220) @ shop\".");
   const std::string open = spooler_->configuration();
-  Phone phone(room_.address());
-  ASSERT_TRUE(phone.connected());
-  EXPECT_EQ(phone.ask("labels", "printer-info"), Words{"Labels (Korvel K220)"});
-  EXPECT_EQ(phone.ask("labels", "printer-location"), Words{"Counter"});
-  EXPECT_EQ(phone.ask("labels", "media-ready"), Words{"na_index-4x6_4x6in"});
+  room_.atThePhone([this] {
+    Phone phone(room_.address());
+    ASSERT_TRUE(phone.connected());
+    EXPECT_EQ(phone.ask("labels", "printer-info"), Words{"Labels (Korvel K220)"});
+    EXPECT_EQ(phone.ask("labels", "printer-location"), Words{"Counter"});
+    EXPECT_EQ(phone.ask("labels", "media-ready"), Words{"na_index-4x6_4x6in"});
+  });
 
   result = setup({"--share", "labels"});  // once more changes nothing
   EXPECT_EQ(result.status, 0) << result.output;
@@ -86,7 +93,7 @@ TEST_F(Sharing, IsSharedProvedAndTakenBack) {
   EXPECT_EQ(spooler_->configuration(), configuration);
   EXPECT_EQ(queueState("other"), other);
   EXPECT_NE(queueState("labels").find("printer-info=labels "), std::string::npos);
-  EXPECT_FALSE(Phone(room_.address()).connected());
+  room_.atThePhone([this] { EXPECT_FALSE(Phone(room_.address()).connected()); });
   result = setup({"--unshare", "labels"});
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.output.find("was not shared by korvel-setup"), std::string::npos);
@@ -96,8 +103,8 @@ TEST_F(Sharing, AnnouncesWhatTabletsLookAt) {
   makeQueue("labels", "k220-203");
   makeQueue("hidden", "r57-300");
   ASSERT_EQ(setup({"--share", "labels", "-D", "Shipping labels", "-L", "Counter"}).status, 0);
-  const std::vector<korvel::ServiceInstance> found =
-      korvel::lookUpServices(korvel::kAirPrintService, 2000);
+  std::vector<korvel::ServiceInstance> found;
+  room_.atThePhone([&found] { found = korvel::lookUpServices(korvel::kAirPrintService, 2000); });
   ASSERT_EQ(found.size(), 1u);  // the other queue stays private
   EXPECT_EQ(found[0].name, "Shipping labels @ shop");
   EXPECT_EQ(found[0].host, "shop.local");
@@ -123,14 +130,34 @@ TEST_F(Sharing, AnnouncesWhatTabletsLookAt) {
 TEST_F(Sharing, LetsTheNetworkPrintAndNothingElse) {
   makeQueue("labels", "label-203");
   ASSERT_EQ(setup({"--share", "labels"}).status, 0);
-  Phone phone(room_.address());
-  ASSERT_TRUE(phone.connected());
   const TemporaryFolder files;
   const std::string pdf = files.write("label.pdf", makePdf({barLabel(3)}));
-  EXPECT_NE(phone.print("labels", pdf, "application/pdf"), 0);
-  EXPECT_TRUE(printer_->waitForEvent("sheet 1", kSeconds));
-  EXPECT_EQ(phone.readConfiguration(), HTTP_STATUS_FORBIDDEN);
-  EXPECT_EQ(Phone(room_.address()).changeQueue("labels"), IPP_STATUS_ERROR_FORBIDDEN);
+  room_.atThePhone([&] {
+    Phone phone(room_.address());
+    ASSERT_TRUE(phone.connected());
+    EXPECT_NE(phone.print("labels", pdf, "application/pdf"), 0);
+    EXPECT_TRUE(printer_->waitForEvent("sheet 1", kSeconds));
+    EXPECT_EQ(phone.readConfiguration(), HTTP_STATUS_FORBIDDEN);
+    for (const ipp_op_t operation : kAdministration) {
+      EXPECT_EQ(Phone(room_.address()).administer(operation, "labels"), IPP_STATUS_ERROR_FORBIDDEN)
+          << ippOpString(operation);
+    }
+  });
+  EXPECT_EQ(spooler_->queueState("labels"), IPP_PSTATE_IDLE);
+}
+
+TEST_F(Sharing, KeepsOtherNetworksOut) {
+  makeQueue("labels", "label-203");
+  ASSERT_EQ(setup({"--share", "labels"}).status, 0);
+  const TemporaryFolder files;
+  const std::string pdf = files.write("label.pdf", makePdf({barLabel(3)}));
+  room_.movePhoneElsewhere();
+  room_.atThePhone([&] {
+    Phone phone(room_.address());
+    ASSERT_TRUE(phone.connected());
+    EXPECT_EQ(phone.print("labels", pdf, "application/pdf"), 0);
+    EXPECT_EQ(phone.ask("labels", "printer-info"), Words());
+  });
 }
 
 TEST_F(Sharing, PrintsATestSheetAsATabletDoes) {

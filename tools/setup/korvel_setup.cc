@@ -396,6 +396,22 @@ Result<int> emulate(const PrintSystem& system, Request request) {
                                system.installedDescription(plan.description.name));
 }
 
+Result<int> share(const PrintSystem& system, Request request) {
+  korvel::SharingRequest& sharing = request.sharing;
+  sharing.info = request.plan.info;
+  sharing.location = request.plan.location;
+  if (hasUser()) sharing.agreed = korvel::agreesToChanges;
+  const Result<void> done =
+      request.share ? korvel::shareQueue(system, sharing) : korvel::unshareQueue(system, sharing);
+  if (!done) return done.failure();
+  if (!request.share || !request.testPage || sharing.dryRun) return 0;
+  const Result<int> job = korvel::printSharedTestSheet(system, sharing.queue);
+  if (!job) return job;
+  say(filled("The test sheet is job %s-%d, sent as a tablet would.", sharing.queue.c_str(),
+             job.value()));
+  return 0;
+}
+
 // Prints a test page on an existing queue that is not to be changed.
 bool isTestOnly(const Request& request) {
   const QueuePlan& plan = request.plan;
@@ -428,13 +444,18 @@ Result<int> setUpQueue(const PrintSystem& system, Request request) {
       return emulate(system, request);
     }
   }
-  const Result<int> made = makeQueue(system, plan, Probe::kAskPrinter);
-  if (!made) return made;
-  if (!old && hasUser() && !request.testPage) request.testPage = korvel::wantsTestPage();
-  return request.testPage ? printTestPage(system, plan.name) : made;
+  const bool isDialog = !old && hasUser();
+  Result<int> made = makeQueue(system, plan, Probe::kAskPrinter);
+  if (made && isDialog && !request.testPage) request.testPage = korvel::wantsTestPage();
+  if (made && request.testPage) made = printTestPage(system, plan.name);
+  if (!made || !isDialog || !system.isThisMachine() || !korvel::wantsSharing()) return made;
+  request.sharing.queue = plan.name;
+  request.share = true;
+  request.testPage = false;  // it was printed
+  return share(system, request);
 }
 
-// ---- Share ----
+// ---- Preset ----
 
 Result<int> makePreset(const PrintSystem& system, Request request) {
   const auto base = system.queue(request.plan.name);
@@ -458,22 +479,6 @@ Result<int> makePreset(const PrintSystem& system, Request request) {
   request.sharing.queue = plan.name;
   const Result<void> shared = korvel::shareQueue(system, request.sharing);
   if (!shared) return shared.failure();
-  return 0;
-}
-
-Result<int> share(const PrintSystem& system, Request request) {
-  korvel::SharingRequest& sharing = request.sharing;
-  sharing.info = request.plan.info;
-  sharing.location = request.plan.location;
-  if (hasUser()) sharing.agreed = korvel::agreesToChanges;
-  const Result<void> done =
-      request.share ? korvel::shareQueue(system, sharing) : korvel::unshareQueue(system, sharing);
-  if (!done) return done.failure();
-  if (!request.share || !request.testPage || sharing.dryRun) return 0;
-  const Result<int> job = korvel::printSharedTestSheet(system, sharing.queue);
-  if (!job) return job;
-  say(filled("The test sheet is job %s-%d, sent as a tablet would.", sharing.queue.c_str(),
-             job.value()));
   return 0;
 }
 

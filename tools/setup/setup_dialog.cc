@@ -291,4 +291,10 @@ bool wantsTestPage() {
   return agrees(ask(translated("Print a test page?"), yes), yes);
 }
 
+bool wantsSharing() {
+  const std::string no = translated("no");
+  return agrees(ask(translated("Let tablets and phones of the local network print on it?"), no),
+                translated("yes"));
+}
+
 }  // namespace korvel

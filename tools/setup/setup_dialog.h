@@ -25,6 +25,7 @@ bool agreesToChanges();
 bool wantsOneWay(const std::string& uri);
 
 bool wantsTestPage();
+bool wantsSharing();
 
 // Stands for a printer that does not exist.
 inline constexpr char kEmulatedUri[] = "emulated:";
