@@ -52,8 +52,9 @@ std::string sourcesOf(const std::vector<const char*>& folders) {
 std::set<std::string> explainedMessages() {
   std::set<std::string> messages;
   const std::string page = textOf(guideFile("messages.html"));
-  for (const std::string& each : found(page, "<h3 id=\"[^\"]*\"><code>([^<]*)</code>")) {
-    messages.insert(plain(each));
+  for (const char* pattern :
+       {"<h3 id=\"[^\"]*\"><code>([^<]*)</code>", "<li><code>([^<]*)</code></li>"}) {
+    for (const std::string& each : found(page, pattern)) messages.insert(plain(each));
   }
   return messages;
 }
