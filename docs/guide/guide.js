@@ -2,22 +2,30 @@
 // for these two. SPDX-License-Identifier: Apache-2.0
 'use strict';
 
+// In the language of the edition.
+const texts = document.body.dataset;
+
 // ---- Search: every word must occur in a section; hits in headings come first ----
 
+// Small letters without accents, of the same length.
+function folded(text) {
+  return text.toLowerCase().normalize('NFD').replace(/\p{M}/gu, '');
+}
+
 function rank(section, words) {
-  const [, title, heading, text] = section;
+  const [title, heading, text] = section.slice(1).map(folded);
   let score = 0;
   for (const word of words) {
-    if (heading.toLowerCase().includes(word)) score += 20;
-    else if (title.toLowerCase().includes(word)) score += 10;
-    else if (text.toLowerCase().includes(word)) score += 1;
+    if (heading.includes(word)) score += 20;
+    else if (title.includes(word)) score += 10;
+    else if (text.includes(word)) score += 1;
     else return 0;
   }
   return score;
 }
 
 function find(query) {
-  const words = query.toLowerCase().split(/\s+/).filter((word) => word.length > 1);
+  const words = folded(query).split(/\s+/).filter((word) => word.length > 1);
   if (words.length === 0) return null;
   return window.guideIndex
     .map((section) => ({section, score: rank(section, words)}))
@@ -28,7 +36,7 @@ function find(query) {
 }
 
 function excerpt(text, word) {
-  const near = text.toLowerCase().indexOf(word) - 40;
+  const near = folded(text).indexOf(word) - 40;
   const at = near <= 0 ? 0 : text.indexOf(' ', near) + 1;
   return (at > 0 ? '… ' : '') + text.slice(at, at + 120) + (at + 120 < text.length ? ' …' : '');
 }
@@ -44,7 +52,7 @@ function show(hits, results) {
   results.replaceChildren();
   results.hidden = hits === null;
   if (hits === null) return;
-  if (hits.length === 0) results.append(element('p', 'No page contains all of these words.'));
+  if (hits.length === 0) results.append(element('p', texts.nothing));
   for (const {section: [address, title, heading], excerpt: text} of hits) {
     const link = element('a');
     link.href = address;
@@ -102,12 +110,12 @@ async function copy(text) {
 function addCopyButtons() {
   for (const code of document.querySelectorAll('pre > code')) {
     const text = code.textContent.trim();
-    const button = element('button', 'Copy', 'copy');
+    const button = element('button', texts.copy, 'copy');
     button.type = 'button';
     button.addEventListener('click', async () => {
       await copy(text);
-      button.textContent = 'Copied';
-      setTimeout(() => { button.textContent = 'Copy'; }, 1500);
+      button.textContent = texts.copied;
+      setTimeout(() => { button.textContent = texts.copy; }, 1500);
     });
     const box = element('div', '', 'code');
     code.parentElement.replaceWith(box);

@@ -1,8 +1,10 @@
 #!/bin/sh
-# Converts the guide's Markdown to a static site: navigation, a table of contents per page, links
-# between neighbouring pages, and a search index that works without a server.
+# Converts the guide's Markdown to a static site in several languages: navigation, a table of
+# contents per page, links between neighbouring pages and editions, and a search index per edition
+# that works without a server.
 # Usage: make_pages.sh CMARK_GFM SOURCE TARGET VERSION
-# SOURCE/pages.txt lists the pages. The pictures must already be in TARGET.
+# SOURCE/pages.txt lists the pages, SOURCE/po/LINGUAS the translations, which are in a folder each.
+# The pictures must already be in TARGET.
 # SPDX-License-Identifier: Apache-2.0
 set -eu
 cmark=$1 source=$2 target=$3 version=$4
@@ -20,35 +22,54 @@ svg_size() {
   sed -n '1,5s/.*<svg[^>]* width="\([0-9]*\)" height="\([0-9]*\)".*/\1 \2/p' "$1"
 }
 
-# pages: "page|group|title" per line, in reading order. A page that is marked optional and has no
-# source is listed as missing.
-grep -v '^#' "$source/pages.txt" > "$work/listed"
-while read -r page group option; do
-  if [ -f "$source/$page.md" ]; then
-    echo "$page|$(echo "$group" | tr _ ' ')|$(sed -n '1s/^# //p' "$source/$page.md")" >> "$work/pages"
-  elif [ "$option" = optional ]; then
-    echo "$page||" >> "$work/pages"
-  else
-    echo "make_pages.sh: $source/$page.md does not exist" >&2
-    exit 1
-  fi
-done < "$work/listed"
+# The Markdown of a page in an edition: the English one when the translation is not complete.
+markdown() {
+  if [ -f "$work/$1/$2.md" ]; then echo "$work/$1/$2.md"; else echo "$source/$2.md"; fi
+}
 
-mkdir -p "$target/drawings"
+# "page|group|title|language" per line, in reading order.
+list_pages() {
+  grep -v '^#' "$source/pages.txt" | while read -r page group; do
+    file=$(markdown "$1" "$page")
+    case $file in "$work"/*) language=$1 ;; *) language=en ;; esac
+    echo "$page|$group|$(sed -n '1s/^# //p' "$file")|$language"
+  done
+}
+
+# The folder of an edition below the target.
+folder() {
+  if [ "$1" = en ]; then echo .; else echo "$1"; fi
+}
+
+make_edition() {
+  edition=$1
+  mkdir -p "$(folder "$edition")"
+  rm -f "$(folder "$edition")"/*.html "$work/index"
+  while IFS='|' read -r page group title language; do
+    "$cmark" --extension table --to html "$(markdown "$edition" "$page")" > "$work/body"
+    LC_ALL=C awk -f "$source/page.awk" -v page="$page" -v edition="$edition" -v editions="$editions" \
+      -v version="$version" -v work="$work" -v frame="$source/frame.txt" "$work/body" \
+      > "$(folder "$edition")/$page.html"
+  done < "$work/pages.$edition"
+  {
+    echo 'window.guideIndex = ['
+    cat "$work/index"
+    echo '];'
+  } > "$(folder "$edition")/search-index.js"
+}
+
+languages=$(cat "$source/po/LINGUAS")
+editions=$(echo en $languages)
+"$source/translate.sh" "$source" "$work"
+for edition in $editions; do list_pages "$edition" > "$work/pages.$edition"; done
+
+mkdir -p "$target/drawings" "$target/screens"
 cp "$source"/drawings/*.svg "$target/drawings"
+cp "$source"/screens/*.png "$target/screens"
 cp "$source/style.css" "$source/guide.js" "$source/favicon.svg" "$target"
 
 cd "$target"
-for file in pictures/*.png; do echo "$file $(png_size "$file")"; done > "$work/sizes"
+for file in pictures/*.png screens/*.png; do echo "$file $(png_size "$file")"; done > "$work/sizes"
 for file in drawings/*.svg; do echo "$file $(svg_size "$file")"; done >> "$work/sizes"
-
-rm -f ./*.html
-echo 'window.guideIndex = [' > search-index.js
-while IFS='|' read -r page group title; do
-  [ -n "$title" ] || continue
-  "$cmark" --extension table --to html "$source/$page.md" > "$work/body"
-  LC_ALL=C awk -f "$source/page.awk" -v page="$page" -v version="$version" -v pages="$work/pages" \
-    -v sizes="$work/sizes" -v index_file="$work/index" "$work/body" > "$page.html"
-done < "$work/pages"
-cat "$work/index" >> search-index.js
-echo '];' >> search-index.js
+mkdir "$work/ids"
+for edition in $editions; do make_edition "$edition"; done
