@@ -88,16 +88,16 @@ void expectCutsToFollowTheRules(const GoldenRaster& golden, const std::vector<si
   }
 }
 
-// Every `step`th place of the first header, an eighth as many of the others, which are read by the
-// same code, and `count` places of the pixels.
-std::vector<size_t> cutPlaces(const GoldenRaster& golden, size_t step, size_t count) {
+// Every `step`th place of the first header, from `first` on, an eighth as many of the others, which
+// are read by the same code, and `count` places of the pixels.
+std::vector<size_t> cutPlaces(const GoldenRaster& golden, size_t first, size_t step, size_t count) {
   std::vector<size_t> places;
   for (size_t at = 0; at < 4; at += step) places.push_back(at);
   std::vector<size_t> pixels;
   for (size_t page = 0; page < golden.pageStarts.size(); ++page) {
     const size_t start = golden.pageStarts[page];
     const size_t apart = page == 0 ? step : 8 * step;
-    for (size_t at = 0; at < kRasterHeaderBytes; at += apart) places.push_back(start + at);
+    for (size_t at = first; at < kRasterHeaderBytes; at += apart) places.push_back(start + at);
     const size_t end =
         page + 1 < golden.pageStarts.size() ? golden.pageStarts[page + 1] : golden.bytes.size();
     for (size_t at = start + kRasterHeaderBytes; at < end; ++at) pixels.push_back(at);
@@ -112,11 +112,12 @@ class DamagedGolden : public testing::TestWithParam<GoldenRaster> {};
 class LongDamagedGolden : public DamagedGolden {};  // named apart: runs for minutes
 
 TEST_P(DamagedGolden, CutAtAFewPlaces) {
-  expectCutsToFollowTheRules(GetParam(), cutPlaces(GetParam(), 899, 3));
+  expectCutsToFollowTheRules(GetParam(), cutPlaces(GetParam(), 0, 899, 3));
 }
 
+// Eight goldens in a row share the bytes of a header, so that each byte is the end of several jobs.
 TEST_P(LongDamagedGolden, CutAnywhere) {
-  expectCutsToFollowTheRules(GetParam(), cutPlaces(GetParam(), 1, 200));
+  expectCutsToFollowTheRules(GetParam(), cutPlaces(GetParam(), GetParam().number % 8, 8, 200));
 }
 
 // Bits of pages, headers and the sync word, the same ones every time.

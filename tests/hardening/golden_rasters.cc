@@ -38,5 +38,6 @@ std::vector<GoldenRaster> goldenRasters() {
   }
   std::sort(all.begin(), all.end(),
             [](const GoldenRaster& a, const GoldenRaster& b) { return a.name < b.name; });
+  for (size_t i = 0; i < all.size(); ++i) all[i].number = i;
   return all;
 }
