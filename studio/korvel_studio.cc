@@ -137,7 +137,7 @@ Result<void> serve(const korvel::StudioArguments& arguments) {
                                       *token);
   korvel::DocumentStore documents(folder.path());
   korvel::PrintQueues queues(arguments.queues, folder.path());
-  korvel::Renderer renderer(worker, filter);
+  korvel::Renderer renderer(worker, filter, folder.path());
   korvel::Api api({&gatekeeper, &assets, &documents, &queues, &renderer});
   korvel::HttpServer server(&api);
   done = server.listen(arguments.address, arguments.port);
