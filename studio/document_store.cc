@@ -79,6 +79,11 @@ std::optional<MadeFile> Document::findPage(const std::string& key) const {
   return findFile(pages_, hasKey(key));
 }
 
+std::optional<MadeFile> Document::findMovablePage(const std::string& movableKey) const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return findFile(pages_, [&](const MadeFile& page) { return page.movableKey == movableKey; });
+}
+
 std::optional<MadeFile> Document::findDots(const std::string& key) const {
   const std::lock_guard<std::mutex> lock(mutex_);
   return findFile(dots_, hasKey(key));

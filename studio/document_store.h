@@ -28,6 +28,10 @@ struct MadeFile {
   size_t width = 0;                         // dots
   size_t height = 0;
   size_t printed = 0;  // black dots, of pictures of dots
+  // Of pages: everything but the place, and the place in dots; empty when something is cut off.
+  std::string movableKey;
+  long left = 0;
+  long top = 0;
 };
 
 std::shared_ptr<const std::string> ownFile(const std::string& path);
@@ -57,6 +61,7 @@ class Document {
 
   // Made files, the newest last; the oldest beyond a few are removed.
   std::optional<MadeFile> findPage(const std::string& key) const;
+  std::optional<MadeFile> findMovablePage(const std::string& movableKey) const;
   std::optional<MadeFile> findDots(const std::string& key) const;
   std::optional<MadeFile> findDotsNamed(const std::string& name) const;
   void keepPage(const MadeFile& page);

@@ -44,7 +44,7 @@ class PrivateFolder {
     const char* parent = std::getenv("TMPDIR");
     std::string name = std::string(parent == nullptr ? "/tmp" : parent) + "/korvel-studio-XXXXXX";
     if (mkdtemp(name.data()) == nullptr) {
-      return Failure{filled("Cannot create the folder %s for documents.", name.c_str())};
+      return Failure{filled("Cannot create the folder %s for documents; check TMPDIR.", name.c_str())};
     }
     path_ = name;
     return {};
@@ -137,7 +137,7 @@ Result<void> serve(const korvel::StudioArguments& arguments) {
                                       *token);
   korvel::DocumentStore documents(folder.path());
   korvel::PrintQueues queues(arguments.queues, folder.path());
-  korvel::Renderer renderer(worker, filter);
+  korvel::Renderer renderer(worker, filter, folder.path());
   korvel::Api api({&gatekeeper, &assets, &documents, &queues, &renderer});
   korvel::HttpServer server(&api);
   done = server.listen(arguments.address, arguments.port);

@@ -40,6 +40,14 @@ double scaleOf(const Placement& placement, const PageGeometry& page, double widt
   return 1;
 }
 
+// A corner in points, moved by millimetres. A document that is moved keeps its dots.
+double onWholeDot(double corner, double byMm, double dpi) {
+  if (dpi == 0) return corner + byMm * kPointsPerMm;
+  const double pointsPerDot = kPointsPerInch / dpi;
+  return (std::round(corner / pointsPerDot) + std::round(byMm * kPointsPerMm / pointsPerDot)) *
+         pointsPerDot;
+}
+
 // In thousandths of a thousandth, with all its digits before the point.
 std::string decimal(double value) {
   const long long millionths = std::llround(value * 1e6);
@@ -64,12 +72,30 @@ PlacedDocument place(const Placement& placement, const PageGeometry& page,
   placed.scale = scaleOf(placement, page, width, height);
   const double a = placed.scale * cosine;
   const double b = -placed.scale * sine;  // clockwise on a page whose y axis points up
-  const double middleX = page.left + page.printableWidth() / 2 + placement.right * kPointsPerMm;
-  const double middleY = page.bottom + page.printableHeight() / 2 - placement.down * kPointsPerMm;
+  placed.width = width * placed.scale;
+  placed.height = height * placed.scale;
+  placed.left = onWholeDot((page.printableWidth() - placed.width) / 2, placement.right, page.dpi);
+  placed.top = onWholeDot((page.printableHeight() - placed.height) / 2, placement.down, page.dpi);
+  const double middleX = page.left + placed.left + placed.width / 2;
+  const double middleY = page.height - page.top - placed.top - placed.height / 2;
   const double halfX = document.width / 2;
   const double halfY = document.height / 2;
   placed.matrix = {a, b, -b, a, middleX - a * halfX + b * halfY, middleY - b * halfX - a * halfY};
   return placed;
+}
+
+Matrix dotsOfPixels(const PlacedDocument& placed, const PageGeometry& page,
+                    const TrueSize& document, double columns, double rows) {
+  const auto& [a, b, c, d, e, f] = placed.matrix;
+  const double dotsPerPoint = page.dpi / kPointsPerInch;
+  const double across = dotsPerPoint * document.width / columns;
+  const double down = dotsPerPoint * document.height / rows;
+  return {a * across,
+          -b * across,
+          -c * down,
+          d * down,
+          dotsPerPoint * (c * document.height + e - page.left),
+          dotsPerPoint * (page.height - page.top - d * document.height - f)};
 }
 
 std::string matrixText(const Matrix& matrix) {

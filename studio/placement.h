@@ -29,6 +29,7 @@ struct PageGeometry {
   double right = 0;
   double top = 0;
   double bottom = 0;
+  double dpi = 0;  // documents lie on whole dots; 0: anywhere
 
   double printableWidth() const { return width - left - right; }
   double printableHeight() const { return height - top - bottom; }
@@ -47,10 +48,20 @@ using Matrix = std::array<double, 6>;
 struct PlacedDocument {
   double scale = 1;  // of the true size
   Matrix matrix = {1, 0, 0, 1, 0, 0};
+  // Of the upright box around it, in points from the printable area's upper left corner.
+  double left = 0;
+  double top = 0;
+  double width = 0;
+  double height = 0;
 };
 
 PlacedDocument place(const Placement& placement, const PageGeometry& page,
                      const TrueSize& document);
+
+// From the pixels of a picture of `columns` by `rows` to the dots of the printable area, both
+// counted from the upper left corner.
+Matrix dotsOfPixels(const PlacedDocument& placed, const PageGeometry& page, const TrueSize& document,
+                    double columns, double rows);
 
 // Six numbers between blanks, with a point whatever the locale, as PDF writes them.
 std::string matrixText(const Matrix& matrix);

@@ -173,6 +173,7 @@ PageGeometry QueueDriver::geometry(const std::string& pageSize) const {
   page.bottom = static_cast<double>(size->bottom);
   page.right = page.width - static_cast<double>(size->right);
   page.top = page.height - static_cast<double>(size->top);
+  page.dpi = dpi();
   return page;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <thread>
 #include <utility>
@@ -16,16 +17,15 @@ namespace {
 constexpr unsigned kMostWaiting = 48;
 constexpr std::chrono::seconds kLongestWait(30);
 constexpr unsigned kMostAtATime = 4;
+constexpr size_t kMostBlanks = 32;
 
 std::string number(double value) {
   const std::string text = matrixText({value, 0, 0, 0, 0, 0});
   return text.substr(0, text.find(' '));
 }
 
-// A file that a worker is about to write.
-MadeFile newFile(Document* document, const std::string& key, const std::string& ending) {
-  MadeFile made;
-  made.key = key;
+// With a file that a worker is about to write.
+MadeFile newFile(Document* document, MadeFile made, const std::string& ending) {
   made.name = document->newName(ending);
   made.path = ownFile(document->file(made.name));
   return made;
@@ -35,6 +35,12 @@ MadeFile measured(MadeFile made, const nlohmann::json& answer) {
   made.width = answer.value("width", size_t{0});
   made.height = answer.value("height", size_t{0});
   made.printed = answer.value("printed", size_t{0});
+  return made;
+}
+
+MadeFile sizedAs(MadeFile made, const MadeFile& other) {
+  made.width = other.width;
+  made.height = other.height;
   return made;
 }
 
@@ -48,10 +54,37 @@ std::string rasterOptions(Choices choices) {
   return optionText(choices);
 }
 
-// Everything that the raster page depends on.
-std::string pageKey(const Queue& queue, const PageSettings& settings, const PageShape& shape) {
-  return queue.name + "/" + queue.version + "/" + rasterOptions(settings.choices) + "/" +
-         std::to_string(settings.page) + "/" + matrixText(shape.placed.matrix);
+std::string driverKey(const Queue& queue, const PageSettings& settings) {
+  return queue.name + "/" + queue.version + "/" + rasterOptions(settings.choices);
+}
+
+// Everything that the raster page depends on but the document's place.
+std::string unplacedKey(const Queue& queue, const PageSettings& settings, const PageShape& shape) {
+  Matrix matrix = shape.placed.matrix;
+  matrix[4] = matrix[5] = 0;
+  return driverKey(queue, settings) + "/" + std::to_string(settings.page) + "/" +
+         matrixText(matrix);
+}
+
+// Whether nothing of the document is cut off at the printable area's edges.
+bool isWhole(const PageShape& shape) {
+  constexpr double kRounding = 1e-6;
+  const PlacedDocument& placed = shape.placed;
+  return placed.left >= -kRounding && placed.top >= -kRounding &&
+         placed.left + placed.width <= shape.geometry.printableWidth() + kRounding &&
+         placed.top + placed.height <= shape.geometry.printableHeight() + kRounding;
+}
+
+// The page to be made, without its file.
+MadeFile plannedPage(const Queue& queue, const PageSettings& settings, const PageShape& shape) {
+  const double dotsPerPoint = shape.geometry.dpi / kPointsPerInch;
+  const std::string key = unplacedKey(queue, settings, shape);
+  MadeFile page;
+  page.left = std::lround(shape.placed.left * dotsPerPoint);
+  page.top = std::lround(shape.placed.top * dotsPerPoint);
+  page.key = key + "@" + std::to_string(page.left) + "," + std::to_string(page.top);
+  if (isWhole(shape)) page.movableKey = key;
+  return page;
 }
 
 }  // namespace
@@ -85,9 +118,10 @@ class Renderer::Turn {
   bool granted_ = false;
 };
 
-Renderer::Renderer(const std::string& worker, const std::string& filter)
+Renderer::Renderer(const std::string& worker, const std::string& filter, const std::string& folder)
     : worker_(worker),
       filter_(filter),
+      folder_(folder),
       most_(std::clamp(std::thread::hardware_concurrency(), 2u, kMostAtATime)) {}
 
 Result<nlohmann::json> Renderer::run(const std::vector<std::string>& words, Ticket* ticket) {
@@ -138,25 +172,77 @@ Result<PageShape> Renderer::shape(const Document& document, const Queue& queue,
   return shape;
 }
 
+// The page without a document, for pictures to be drawn on; made once for each size.
+Result<MadeFile> Renderer::blank(const Queue& queue, const PageSettings& settings,
+                                 const PageGeometry& geometry) {
+  const std::string key = driverKey(queue, settings);
+  const std::lock_guard<std::mutex> lock(blankMutex_);
+  const auto known = blanks_.find(key);
+  if (known != blanks_.end()) return known->second;
+  MadeFile page;
+  page.key = key;
+  page.path = ownFile(folder_ + "/blank-" + std::to_string(++blankNumber_) + ".ras");
+  Ticket ticket;
+  const Result<nlohmann::json> made =
+      run({"blank", number(geometry.width), number(geometry.height), queue.ppd,
+           rasterOptions(settings.choices), *page.path},
+          &ticket);
+  if (!made) return made.failure();
+  if (blanks_.size() >= kMostBlanks) blanks_.clear();
+  return blanks_[key] = measured(page, made.value());
+}
+
+Result<MadeFile> Renderer::drawPicture(Document* document, const Queue& queue,
+                                       const PageSettings& settings, const PageShape& shape,
+                                       const MadeFile& page, Ticket* ticket) {
+  const Result<MadeFile> paper = blank(queue, settings, shape.geometry);
+  if (!paper) return paper.failure();
+  const Matrix onto = dotsOfPixels(shape.placed, shape.geometry, shape.document,
+                                   static_cast<double>(document->width),
+                                   static_cast<double>(document->height));
+  const Result<nlohmann::json> made = run({"picture", document->file("picture.pgm"),
+                                           matrixText(onto), *paper.value().path, *page.path},
+                                          ticket);
+  if (!made) return made.failure();
+  return sizedAs(page, paper.value());
+}
+
+// A page that was only moved starts no rasteriser.
+Result<MadeFile> Renderer::drawPdf(Document* document, const Queue& queue,
+                                   const PageSettings& settings, const PageShape& shape,
+                                   const MadeFile& page, Ticket* ticket) {
+  const auto before =
+      page.movableKey.empty() ? std::nullopt : document->findMovablePage(page.movableKey);
+  if (before) {
+    const Result<nlohmann::json> moved =
+        run({"move", *before->path, std::to_string(page.left - before->left),
+             std::to_string(page.top - before->top), *page.path},
+            ticket);
+    if (!moved) return moved.failure();
+    return sizedAs(page, *before);
+  }
+  const Result<nlohmann::json> made =
+      run({"pdf", document->file("upload"), std::to_string(settings.page),
+           number(shape.geometry.width), number(shape.geometry.height),
+           matrixText(shape.placed.matrix), queue.ppd, rasterOptions(settings.choices), *page.path},
+          ticket);
+  if (!made) return made.failure();
+  return measured(page, made.value());
+}
+
 Result<MadeFile> Renderer::page(Document* document, const Queue& queue,
                                 const PageSettings& settings, Ticket* ticket) {
   const Result<PageShape> found = shape(*document, queue, settings);
   if (!found) return found.failure();
-  const PageShape& where = found.value();
-  const std::string key = pageKey(queue, settings, where);
+  MadeFile planned = plannedPage(queue, settings, found.value());
   const std::lock_guard<std::mutex> lock(document->rasterising);
-  if (const auto known = document->findPage(key)) return *known;
-  const MadeFile raster = newFile(document, key, ".ras");
-  const Result<nlohmann::json> made = run(
-      {"page", document->isPdf ? "pdf" : "picture",
-       document->file(document->isPdf ? "upload" : "picture.pgm"), std::to_string(settings.page),
-       number(where.document.width), number(where.document.height), number(where.geometry.width),
-       number(where.geometry.height), matrixText(where.placed.matrix), queue.ppd,
-       rasterOptions(settings.choices), *raster.path},
-      ticket);
-  if (!made) return made.failure();
-  document->keepPage(measured(raster, made.value()));
-  return measured(raster, made.value());
+  if (const auto known = document->findPage(planned.key)) return *known;
+  planned = newFile(document, planned, ".ras");
+  const Result<MadeFile> made =
+      document->isPdf ? drawPdf(document, queue, settings, found.value(), planned, ticket)
+                      : drawPicture(document, queue, settings, found.value(), planned, ticket);
+  if (made) document->keepPage(made.value());
+  return made;
 }
 
 Result<MadeFile> Renderer::dots(Document* document, const Queue& queue,
@@ -166,7 +252,9 @@ Result<MadeFile> Renderer::dots(Document* document, const Queue& queue,
   const std::string options = optionText(settings.choices);
   const std::string key = raster.value().key + "/" + options;
   if (const auto known = document->findDots(key)) return *known;
-  const MadeFile picture = newFile(document, key, ".png");
+  MadeFile picture;
+  picture.key = key;
+  picture = newFile(document, picture, ".png");
   const Result<nlohmann::json> made =
       run({"dots", filter_, *raster.value().path, queue.ppd, options, *picture.path}, ticket);
   if (!made) return made.failure();

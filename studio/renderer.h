@@ -5,6 +5,7 @@
 #define KORVEL_STUDIO_RENDERER_H
 
 #include <condition_variable>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -30,8 +31,8 @@ struct PageShape {
 
 class Renderer {
  public:
-  // Paths of the two programs.
-  Renderer(const std::string& worker, const std::string& filter);
+  // Paths of the two programs, and a private folder.
+  Renderer(const std::string& worker, const std::string& filter, const std::string& folder);
 
   // Reads the upload of a new document.
   Result<void> import(Document* document, const std::string& upload);
@@ -46,15 +47,25 @@ class Renderer {
 
  private:
   class Turn;
+  Result<MadeFile> blank(const Queue& queue, const PageSettings& settings,
+                         const PageGeometry& geometry);
+  Result<MadeFile> drawPicture(Document* document, const Queue& queue, const PageSettings& settings,
+                               const PageShape& shape, const MadeFile& page, Ticket* ticket);
+  Result<MadeFile> drawPdf(Document* document, const Queue& queue, const PageSettings& settings,
+                           const PageShape& shape, const MadeFile& page, Ticket* ticket);
   Result<nlohmann::json> run(const std::vector<std::string>& words, Ticket* ticket);
 
   std::string worker_;
   std::string filter_;
+  std::string folder_;
   std::mutex mutex_;
   std::condition_variable free_;
   unsigned most_;  // steps at a time
   unsigned running_ = 0;
   unsigned waiting_ = 0;
+  std::mutex blankMutex_;  // held while a blank page is made
+  std::map<std::string, MadeFile> blanks_;
+  unsigned blankNumber_ = 0;
 };
 
 }  // namespace korvel

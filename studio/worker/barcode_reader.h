@@ -1,4 +1,4 @@
-// Barcodes on a page, found by the decoder program of Debian's zbar-tools where it is installed.
+// Barcodes on a page, found by the library of Debian's package libzbar0 where it is installed.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_STUDIO_WORKER_BARCODE_READER_H
 #define KORVEL_STUDIO_WORKER_BARCODE_READER_H

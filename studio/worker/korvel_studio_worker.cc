@@ -1,6 +1,6 @@
 // One step of a preview, in a process of its own with limits on memory, time and file size, started
-// by korvel-studio: reading an upload, composing and rasterising a page, making its dots, looking
-// for barcodes. Answers with one line of JSON.
+// by korvel-studio: reading an upload, making a raster page of it, making its dots, looking for
+// barcodes. Answers with one line of JSON.
 // SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -11,7 +11,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <locale>
 #include <nlohmann/json.hpp>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +23,7 @@
 #include "studio/worker/barcode_reader.h"
 #include "studio/worker/page_composer.h"
 #include "studio/worker/page_dots.h"
+#include "studio/worker/picture_placer.h"
 #include "studio/worker/picture_reader.h"
 #include "studio/worker/worker_answer.h"
 #include "tools/common/result.h"
@@ -117,24 +121,51 @@ json import(const Words& words) {
           {"dpi", picture.dpi}};
 }
 
-// page picture|pdf FILE PAGE WIDTH HEIGHT MEDIAWIDTH MEDIAHEIGHT MATRIX PPD OPTIONS RASTER
-json page(const Words& words) {
-  const std::string& file = words.at(1);
-  const korvel::PageLayout layout = {std::stod(words.at(5)), std::stod(words.at(6)), words.at(7)};
-  const std::string& raster = words.at(10);
-  const std::string composed = raster + ".pdf";
-  if (words.at(0) == "pdf") {
-    must(korvel::composePdfPage(file, static_cast<unsigned>(std::stoul(words.at(2))), layout,
-                                composed));
-  } else {
-    const korvel::GreyPicture picture = must(korvel::loadGrey(file));
-    must(korvel::composePicture(picture, std::stod(words.at(3)), std::stod(words.at(4)), layout,
-                                composed));
-  }
-  auto size = korvel::rasterisePage(composed, words.at(8), words.at(9), raster);
+// Rasterises a composed page and removes it.
+json rasterise(const std::string& composed, const std::string& ppd, const std::string& options,
+               const std::string& raster) {
+  auto size = korvel::rasterisePage(composed, ppd, options, raster);
   std::remove(composed.c_str());
   const korvel::RasterPageInfo made = must(std::move(size));
   return {{"width", made.width}, {"height", made.height}, {"dpi", made.dpi}};
+}
+
+// blank MEDIAWIDTH MEDIAHEIGHT PPD OPTIONS RASTER
+json blank(const Words& words) {
+  const std::string composed = words.at(4) + ".pdf";
+  must(korvel::composeBlankPage({std::stod(words.at(0)), std::stod(words.at(1)), ""}, composed));
+  return rasterise(composed, words.at(2), words.at(3), words.at(4));
+}
+
+// pdf FILE PAGE MEDIAWIDTH MEDIAHEIGHT MATRIX PPD OPTIONS RASTER
+json pdf(const Words& words) {
+  const std::string composed = words.at(7) + ".pdf";
+  must(korvel::composePdfPage(
+      words.at(0), static_cast<unsigned>(std::stoul(words.at(1))),
+      {std::stod(words.at(2)), std::stod(words.at(3)), words.at(4)}, composed));
+  return rasterise(composed, words.at(5), words.at(6), words.at(7));
+}
+
+korvel::Matrix matrixOf(const std::string& text) {
+  std::istringstream in(text);
+  in.imbue(std::locale::classic());
+  korvel::Matrix matrix = {};
+  for (double& value : matrix) in >> value;
+  if (!in) throw std::invalid_argument("matrix");
+  return matrix;
+}
+
+// picture GREY MATRIX BLANK RASTER
+json picture(const Words& words) {
+  must(korvel::drawPicture(must(korvel::loadGrey(words.at(0))), matrixOf(words.at(1)), words.at(2),
+                           words.at(3)));
+  return json::object();
+}
+
+// move RASTER RIGHT DOWN TARGET: by dots
+json move(const Words& words) {
+  must(korvel::movePage(words.at(0), std::stol(words.at(1)), std::stol(words.at(2)), words.at(3)));
+  return json::object();
 }
 
 // dots FILTER RASTER PPD OPTIONS PNG
@@ -147,6 +178,14 @@ json dots(const Words& words) {
 // barcodes RASTER PNG
 json barcodes(const Words& words) { return korvel::readBarcodes(words.at(0), words.at(1)); }
 
+struct Step {
+  const char* verb;
+  json (*run)(const Words& words);
+};
+constexpr Step kSteps[] = {{"import", import}, {"blank", blank}, {"pdf", pdf},
+                           {"picture", picture}, {"move", move}, {"dots", dots},
+                           {"barcodes", barcodes}};
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -156,20 +195,15 @@ int main(int argc, char** argv) {
   const Words words(argv + std::min(argc, 2), argv + argc);
   const std::string verb = argc > 1 ? argv[1] : "";
   try {
-    if (verb == "import")
-      korvel::answer(import(words));
-    else if (verb == "page")
-      korvel::answer(page(words));
-    else if (verb == "dots")
-      korvel::answer(dots(words));
-    else if (verb == "barcodes")
-      korvel::answer(barcodes(words));
-    else
-      return 2;
+    for (const Step& step : kSteps) {
+      if (verb != step.verb) continue;
+      korvel::answer(step.run(words));
+      return 0;
+    }
   } catch (const std::bad_alloc&) {
     endWorker(korvel::kTooManyPixels);
   } catch (const std::exception&) {
     endWorker(korvel::kDamaged);
   }
-  return 0;
+  return 2;
 }

@@ -1,9 +1,8 @@
-// A picture's page is written directly; a PDF page is taken over as a form by qpdf.
+// A page of a PDF file is taken over as a form by qpdf.
 // SPDX-License-Identifier: Apache-2.0
 #include "studio/worker/page_composer.h"
 
 #include <exception>
-#include <fstream>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFPageObjectHelper.hh>
@@ -86,45 +85,18 @@ Result<std::vector<PdfPageSize>> readPdfPages(const std::string& path) {
   }
 }
 
-// Greys are reduced with smoothing. Two tones, such as a barcode's, keep hard edges when enlarged;
-// the rasteriser decides by the flag alone, so a two-tone picture is never smoothed.
-Result<void> composePicture(const GreyPicture& picture, double width, double height,
-                            const PageLayout& layout, const std::string& target) {
-  const std::string content = "q " + layout.matrix + " cm " + points(width) + " 0 0 " +
-                              points(height) + " 0 0 cm /Picture Do Q\n";
-  const std::string size =
-      "/Width " + std::to_string(picture.width) + " /Height " + std::to_string(picture.height);
-  std::ofstream out(target, std::ios::binary);
-  std::vector<std::streamoff> offsets;
-  const auto begin = [&](const std::string& body) {
-    offsets.push_back(out.tellp());
-    out << offsets.size() << " 0 obj\n" << body;
-  };
-  out << "%PDF-1.4\n";
-  begin("<< /Type /Catalog /Pages 2 0 R >>\nendobj\n");
-  begin("<< /Type /Pages /Kids [3 0 R] /Count 1 >>\nendobj\n");
-  begin("<< /Type /Page /Parent 2 0 R /MediaBox " + mediaBox(layout) +
-        " /Contents 4 0 R /Resources << /XObject << /Picture 5 0 R >> >> >>\nendobj\n");
-  begin("<< /Length " + std::to_string(content.size()) + " >>\nstream\n" + content +
-        "endstream\nendobj\n");
-  begin("<< /Type /XObject /Subtype /Image " + size +
-        " /ColorSpace /DeviceGray /BitsPerComponent 8 /Interpolate " +
-        (picture.isTwoTone() ? "false" : "true") + " /Length " +
-        std::to_string(picture.grey.size()) + " >>\nstream\n");
-  out.write(reinterpret_cast<const char*>(picture.grey.data()),
-            static_cast<std::streamsize>(picture.grey.size()));
-  out << "\nendstream\nendobj\n";
-  const std::streamoff table = out.tellp();
-  out << "xref\n0 " << offsets.size() + 1 << "\n0000000000 65535 f \n";
-  for (const std::streamoff offset : offsets) {
-    const std::string digits = std::to_string(offset);
-    out << std::string(10 - digits.size(), '0') << digits << " 00000 n \n";
+Result<void> composeBlankPage(const PageLayout& layout, const std::string& target) {
+  try {
+    QPDF composed;
+    composed.emptyPDF();
+    const QPDFObjectHandle page = composed.makeIndirectObject(QPDFObjectHandle::parse(
+        "<< /Type /Page /MediaBox " + mediaBox(layout) + " /Resources << >> >>"));
+    QPDFPageDocumentHelper(composed).addPage(QPDFPageObjectHelper(page), false);
+    QPDFWriter(composed, target.c_str()).write();
+    return {};
+  } catch (const std::exception&) {
+    return Failure{kDiskFull.english};
   }
-  out << "trailer << /Size " << offsets.size() + 1 << " /Root 1 0 R >>\nstartxref\n"
-      << table << "\n%%EOF\n";
-  out.close();
-  if (!out) return Failure{kDiskFull.english};
-  return {};
 }
 
 Result<void> composePdfPage(const std::string& path, unsigned number, const PageLayout& layout,

@@ -1,4 +1,4 @@
-// Lays a document out on one page of the printer's size, as a PDF file for the rasteriser.
+// Lays a page of a PDF file out on one page of the printer's size, for the rasteriser.
 // SPDX-License-Identifier: Apache-2.0
 #ifndef KORVEL_STUDIO_WORKER_PAGE_COMPOSER_H
 #define KORVEL_STUDIO_WORKER_PAGE_COMPOSER_H
@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "studio/worker/picture_reader.h"
 #include "tools/common/result.h"
 
 namespace korvel {
@@ -24,9 +23,8 @@ struct PdfPageSize {
 };
 Result<std::vector<PdfPageSize>> readPdfPages(const std::string& path);
 
-// `width` and `height` are the picture's true size in points.
-Result<void> composePicture(const GreyPicture& picture, double width, double height,
-                            const PageLayout& layout, const std::string& target);
+// A page without anything on it; the matrix does not matter.
+Result<void> composeBlankPage(const PageLayout& layout, const std::string& target);
 
 // `number` counts from 1.
 Result<void> composePdfPage(const std::string& path, unsigned number, const PageLayout& layout,

@@ -4,16 +4,14 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <vector>
+#include <iterator>
 
 #include "studio/sentences.h"
 #include "tools/common/process.h"
 #include "tools/host/emulated_spooler.h"
-#include "tools/host/raster_stream.h"
 #include "tools/stream/page_picture.h"
 #include "tools/stream/stream_decoder.h"
 
@@ -80,22 +78,20 @@ Result<RasterPageInfo> rasterisePage(const std::string& page, const std::string&
   return info;
 }
 
-bool writeGrey(const std::string& raster, const std::string& target) {
+Result<GreyPicture> readGreyPage(const std::string& raster) {
   const Descriptor file(open(raster.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.isOpen()) return false;
-  const Raster pages(cupsRasterOpen(file.get(), CUPS_RASTER_READ));
-  cups_page_header2_t header = {};
-  std::ofstream out(target, std::ios::binary);
-  bool good = pages && cupsRasterReadHeader2(pages.get(), &header) != 0;
-  out << "P5\n" << header.cupsWidth << " " << header.cupsHeight << "\n255\n";
-  std::vector<unsigned char> row(header.cupsBytesPerLine);
-  for (unsigned y = 0; good && y < header.cupsHeight; ++y) {
-    good = cupsRasterReadPixels(pages.get(), row.data(), header.cupsBytesPerLine) != 0;
-    for (unsigned char& value : row) value = static_cast<unsigned char>(255 - value);
-    out.write(reinterpret_cast<const char*>(row.data()), header.cupsWidth);
+  if (!file.isOpen()) return Failure{kNoRaster.english};
+  const Result<RasterPage> read = readFirstPage(file.get());
+  if (!read || read.value().header.cupsBitsPerPixel != 8) return Failure{kNoRaster.english};
+  const RasterPage& page = read.value();
+  GreyPicture picture = {page.header.cupsWidth, page.header.cupsHeight, 0, {}};
+  picture.grey.reserve(picture.width * picture.height);
+  for (size_t y = 0; y < picture.height; ++y) {
+    const unsigned char* row = &page.pixels[y * page.header.cupsBytesPerLine];
+    std::transform(row, row + picture.width, std::back_inserter(picture.grey),
+                   [](unsigned char ink) { return static_cast<uint8_t>(255 - ink); });
   }
-  out.close();
-  return good && out.good();
+  return picture;
 }
 
 Result<DotsSize> makeDots(const DotsJob& job) {

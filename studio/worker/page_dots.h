@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 
+#include "studio/worker/picture_reader.h"
 #include "tools/common/result.h"
 #include "tools/preview/document.h"
 
@@ -16,8 +17,8 @@ namespace korvel {
 Result<RasterPageInfo> rasterisePage(const std::string& page, const std::string& ppd,
                                      const std::string& options, const std::string& target);
 
-// The raster page as a PGM picture, paper white. False when it cannot be read or written.
-bool writeGrey(const std::string& raster, const std::string& target);
+// The page that is printed, before it becomes dots.
+Result<GreyPicture> readGreyPage(const std::string& raster);
 
 struct DotsJob {
   std::string filter;  // path of rastertokorvel

@@ -137,29 +137,6 @@ unsigned orientationOf(const uint8_t* exif, size_t length) {
   return 1;
 }
 
-// Orientations 5 to 8 exchange rows and columns; each is then a mirror image or not.
-GreyPicture upright(GreyPicture picture, unsigned orientation) {
-  if (orientation <= 1) return picture;
-  const bool exchanged = orientation >= 5;
-  const bool flipX = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
-  const bool flipY = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
-  GreyPicture turned = {exchanged ? picture.height : picture.width,
-                        exchanged ? picture.width : picture.height,
-                        picture.dpi,
-                        {}};
-  turned.grey.resize(picture.grey.size());
-  for (size_t y = 0; y < turned.height; ++y) {
-    for (size_t x = 0; x < turned.width; ++x) {
-      const size_t column = exchanged ? y : x;
-      const size_t row = exchanged ? x : y;
-      const size_t fromX = flipX ? picture.width - 1 - column : column;
-      const size_t fromY = flipY ? picture.height - 1 - row : row;
-      turned.grey[y * turned.width + x] = picture.grey[fromY * picture.width + fromX];
-    }
-  }
-  return turned;
-}
-
 // Some programs store inks inverted; those that do say so by an Adobe marker.
 uint8_t greyOfInks(const uint8_t* inks, bool inverted) {
   std::array<unsigned, 4> light = {};
@@ -311,6 +288,29 @@ Result<GreyPicture> readPicture(const std::string& path, const std::string& type
   const File file(std::fopen(path.c_str(), "rb"));
   if (!file) return Failure{kDamaged.english};
   return type == "png" ? readPng(file.get()) : readJpeg(file.get());
+}
+
+// Orientations 5 to 8 exchange rows and columns; each is then a mirror image or not.
+GreyPicture upright(GreyPicture picture, unsigned orientation) {
+  if (orientation <= 1) return picture;
+  const bool exchanged = orientation >= 5;
+  const bool flipX = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
+  const bool flipY = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+  GreyPicture turned = {exchanged ? picture.height : picture.width,
+                        exchanged ? picture.width : picture.height,
+                        picture.dpi,
+                        {}};
+  turned.grey.resize(picture.grey.size());
+  for (size_t y = 0; y < turned.height; ++y) {
+    for (size_t x = 0; x < turned.width; ++x) {
+      const size_t column = exchanged ? y : x;
+      const size_t row = exchanged ? x : y;
+      const size_t fromX = flipX ? picture.width - 1 - column : column;
+      const size_t fromY = flipY ? picture.height - 1 - row : row;
+      turned.grey[y * turned.width + x] = picture.grey[fromY * picture.width + fromX];
+    }
+  }
+  return turned;
 }
 
 void reduceToPrintable(GreyPicture* picture) {

@@ -32,6 +32,9 @@ Result<GreyPicture> readPicture(const std::string& path, const std::string& type
 // shows.
 void reduceToPrintable(GreyPicture* picture);
 
+// Brings a picture with this Exif orientation, 1 to 8, upright.
+GreyPicture upright(GreyPicture picture, unsigned orientation);
+
 // As PGM with a comment for the resolution, which loadGrey reads back.
 Result<void> saveGrey(const GreyPicture& picture, const std::string& path);
 Result<GreyPicture> loadGrey(const std::string& path);

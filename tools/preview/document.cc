@@ -201,36 +201,37 @@ Result<RasterPageInfo> readRasterPage(const std::string& path) {
                   strnlen(header.cupsPageSizeName, sizeof header.cupsPageSizeName))};
 }
 
-namespace {
+Result<RasterPage> readFirstPage(int descriptor) {
+  const Raster from(cupsRasterOpen(descriptor, CUPS_RASTER_READ));
+  RasterPage page;
+  if (!from || cupsRasterReadHeader2(from.get(), &page.header) == 0) return noPages();
+  const uint64_t size = uint64_t{page.header.cupsHeight} * page.header.cupsBytesPerLine;
+  if (size == 0) return Failure{translated("The first page is empty.")};
+  if (size > kMostPageBytes) return Failure{translated("The first page is too large to print.")};
+  page.pixels.resize(size);
+  const auto bytes = static_cast<unsigned>(size);
+  if (cupsRasterReadPixels(from.get(), page.pixels.data(), bytes) != bytes) {
+    return Failure{translated("The first page is not complete.")};
+  }
+  return page;
+}
 
-Result<void> writeRaster(const std::string& target, cups_page_header2_t* header,
-                         std::vector<unsigned char>* pixels) {
+Result<void> writePage(const std::string& target, RasterPage* page) {
   const Descriptor file(open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   if (!file.isOpen()) return cannotWrite(target);
-  const auto bytes = static_cast<unsigned>(pixels->size());
+  const auto bytes = static_cast<unsigned>(page->pixels.size());
   const Raster to(cupsRasterOpen(file.get(), CUPS_RASTER_WRITE));
-  if (!to || cupsRasterWriteHeader2(to.get(), header) == 0 ||
-      cupsRasterWritePixels(to.get(), pixels->data(), bytes) != bytes) {
+  if (!to || cupsRasterWriteHeader2(to.get(), &page->header) == 0 ||
+      cupsRasterWritePixels(to.get(), page->pixels.data(), bytes) != bytes) {
     return cannotWrite(target);
   }
   return {};
 }
 
-}  // namespace
-
 Result<void> keepFirstPage(int descriptor, const std::string& target) {
-  const Raster from(cupsRasterOpen(descriptor, CUPS_RASTER_READ));
-  cups_page_header2_t header = {};
-  if (!from || cupsRasterReadHeader2(from.get(), &header) == 0) return noPages();
-  const uint64_t size = uint64_t{header.cupsHeight} * header.cupsBytesPerLine;
-  if (size == 0) return Failure{translated("The first page is empty.")};
-  if (size > kMostPageBytes) return Failure{translated("The first page is too large to print.")};
-  std::vector<unsigned char> pixels(size);
-  const auto bytes = static_cast<unsigned>(size);
-  if (cupsRasterReadPixels(from.get(), pixels.data(), bytes) != bytes) {
-    return Failure{translated("The first page is not complete.")};
-  }
-  return writeRaster(target, &header, &pixels);
+  Result<RasterPage> page = readFirstPage(descriptor);
+  if (!page) return page.failure();
+  return writePage(target, &*page);
 }
 
 }  // namespace korvel

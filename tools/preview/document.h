@@ -4,9 +4,11 @@
 #define KORVEL_TOOLS_PREVIEW_DOCUMENT_H
 
 #include <string>
+#include <vector>
 
 #include "tools/common/process.h"
 #include "tools/common/result.h"
+#include "tools/host/raster_stream.h"
 
 namespace korvel {
 
@@ -55,6 +57,14 @@ struct RasterPageInfo {
   std::string sizeName;
 };
 Result<RasterPageInfo> readRasterPage(const std::string& path);
+
+// One page of raster: its header, and its rows of cupsBytesPerLine each.
+struct RasterPage {
+  cups_page_header2_t header = {};
+  std::vector<unsigned char> pixels;
+};
+Result<RasterPage> readFirstPage(int descriptor);
+Result<void> writePage(const std::string& target, RasterPage* page);
 
 // Copies the first page of the raster that is read from `descriptor` to the file `target`.
 Result<void> keepFirstPage(int descriptor, const std::string& target);

@@ -45,6 +45,9 @@ TEST_P(EveryCommand, RefusesWhatItDoesNotKnow) {
 INSTANTIATE_TEST_SUITE_P(All, EveryCommand,
                          testing::Values("korvel-decode", "korvel-preview", "korvel-printer",
                                          "korvel-setup", "korvel-spool"));
+#ifdef KORVEL_HAS_STUDIO
+INSTANTIATE_TEST_SUITE_P(Studio, EveryCommand, testing::Values("korvel-studio"));
+#endif
 
 TEST(SetupCommand, RefusesEmptyNamesAndUris) {
   for (const char* option : {"-p", "-v", "-d"}) {

@@ -23,7 +23,11 @@ namespace fs = std::filesystem;
 
 constexpr double kSeconds = 20;
 const char* const kLanguages[] = {"de", "es", "fr", "it", "ja", "nl", "pl", "pt", "pt_BR", "zh_CN"};
-const char* const kTools[] = {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup"};
+const char* const kTools[] = {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup",
+#ifdef KORVEL_HAS_STUDIO
+                              "korvel-studio",
+#endif
+};
 
 std::string source(const std::string& path) { return std::string(KORVEL_SOURCE_DIR "/") + path; }
 
@@ -77,11 +81,13 @@ TEST(Languages, AreTheTenBesidesEnglish) {
 TEST(Texts, AreGatheredFromEverySourceThatHasAny) {
   const std::regex kText(R"(\b(translated|filled|later)\()");
   std::set<std::string> sources;
-  for (const auto& entry : fs::recursive_directory_iterator(source("tools"))) {
-    const fs::path& path = entry.path();
-    if (!entry.is_regular_file() || isNoSource(path)) continue;
-    if (!std::regex_search(contentOf(path.string()), kText)) continue;
-    sources.insert(path.lexically_relative(KORVEL_SOURCE_DIR).string());
+  for (const char* folder : {"studio", "tools"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(source(folder))) {
+      const fs::path& path = entry.path();
+      if (!entry.is_regular_file() || isNoSource(path)) continue;
+      if (!std::regex_search(contentOf(path.string()), kText)) continue;
+      sources.insert(path.lexically_relative(KORVEL_SOURCE_DIR).string());
+    }
   }
   EXPECT_EQ(linesOf(source("po/POTFILES")), sources);
 }
