@@ -291,4 +291,9 @@ bool wantsTestPage() {
   return agrees(ask(translated("Print a test page?"), yes), yes);
 }
 
+void waitForTearOff() {
+  ask(translated("Tear off the media, then press Enter to take it back to the print position:"),
+      "");
+}
+
 }  // namespace korvel

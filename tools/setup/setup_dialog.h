@@ -26,6 +26,9 @@ bool wantsOneWay(const std::string& uri);
 
 bool wantsTestPage();
 
+// Asks for the Enter key.
+void waitForTearOff();
+
 // Stands for a printer that does not exist.
 inline constexpr char kEmulatedUri[] = "emulated:";
 
