@@ -172,8 +172,8 @@ TEST_F(Setup, RefusesInOneSentence) {
       {"two things at once",
        {"--check", "--list"},
        2,
-       "korvel-setup: --check, --list, --emulated, --share and --unshare cannot be combined; see "
-       "korvel-setup --help\n"},
+       "korvel-setup: --check, --list, --emulated, --share, --unshare and --feed cannot be "
+       "combined; see korvel-setup --help\n"},
       {"a form without a check",
        {"--json", "--list"},
        2,
@@ -421,6 +421,122 @@ TEST_F(Setup, RefusesAnEmulatedPrinterThatItCannotStart) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, c.message);
   }
+}
+
+// ---- Feeding ----
+
+// The events of the media, in order; controls and connections left out.
+Words feedsOf(const ListeningPrinter& printer) { return printer.events({"feed mode", "cut"}); }
+
+TEST_F(Setup, FeedsTheMediaOfAQueue) {
+  const struct {
+    const char* sentence;
+    const char* model;
+    const char* paper;
+    Words words;
+    Words feeds;
+    const char* output;
+  } kCases[] = {
+      {"to the edge",
+       "korvel-label-203",
+       "LabelGap",
+       {},
+       {"feed mode 3 lines 0"},
+       "The media is at the tear-off edge. When it is torn off, take it back to the print "
+       "position: korvel-setup --feed labels --back\n"},
+      {"to the edge after a black mark, with a two-way driver",
+       "korvel-k220-203",
+       "LabelMark",
+       {},
+       {"feed mode 5 lines 0"},
+       "The media is at the tear-off edge. When it is torn off, take it back to the print "
+       "position: korvel-setup --feed labels --back\n"},
+      {"back",
+       "korvel-label-203",
+       "LabelGap",
+       {"--back"},
+       {"feed mode 4 lines 0"},
+       "The media is at the print position.\n"},
+      {"cut, and back",
+       "korvel-k220-203",
+       "LabelGap",
+       {"--cut"},
+       {"feed mode 3 lines 0", "cut", "feed mode 4 lines 0"},
+       "The media is at the print position.\n"},
+  };
+  for (const auto& c : kCases) {
+    const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {"--speed", "5000"});
+    spooler_.addQueue("labels", c.model, printer.port());
+    spooler_.setDefault("labels", std::string("PaperType=") + c.paper);
+    Words words = {"--feed", "labels"};
+    words.insert(words.end(), c.words.begin(), c.words.end());
+    const CommandResult result = setup(words);
+    EXPECT_EQ(result.status, 0) << c.sentence;
+    EXPECT_EQ(result.output, c.output) << c.sentence;
+    EXPECT_TRUE(printer.waitForEvent(c.feeds.back(), kSeconds)) << c.sentence;
+    EXPECT_EQ(feedsOf(printer), c.feeds) << c.sentence;
+  }
+}
+
+// The first sheet after a feed has the dots of one without a feed, at the same place.
+TEST_F(Setup, FeedingMovesNoLabelThatIsPrintedLater) {
+  const TemporaryFolder files;
+  const std::string document = files.write("label.pdf", makePdf({barLabel(3)}));
+  const auto firstSheet = [&](const char* queue, bool feeds) {
+    const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {"--speed", "5000"});
+    spooler_.addQueue(queue, "korvel-k220-203", printer.port());
+    if (feeds) {
+      const CommandResult result = inTerminal(std::string("--feed ") + queue, "\\n");
+      EXPECT_EQ(result.status, 0) << result.output;
+      EXPECT_NE(result.output.find("Tear off the media, then press Enter"), std::string::npos);
+      EXPECT_TRUE(printer.waitForEvent("feed mode 4", kSeconds));
+    }
+    const int job = spooler_.print(queue, {"-o", "PageSize=2x2", document});
+    EXPECT_TRUE(spooler_.waitForJob(job, kSeconds));
+    EXPECT_TRUE(printer.waitForEvent("sheet 1 out", kSeconds));
+    return readPicture(printer.sheetPath(1));
+  };
+  const Picture plain = firstSheet("plain", false);
+  EXPECT_GT(plain.printed(), 0u);
+  EXPECT_EQ(difference(firstSheet("fed", true), plain), "");
+}
+
+TEST_F(Setup, FeedsOnlyWhatCanBeFed) {
+  spooler_.addQueue("m6", "korvel-m6", 1);
+  spooler_.addQueue("r57", "korvel-r57-203", 1);
+  command({KORVEL_LPADMIN, "-p", "other", "-v", "socket://127.0.0.1:1", "-m", "raw"});
+  const struct {
+    Words words;
+    int status;
+    const char* message;
+  } kCases[] = {
+      {{"--feed", "nobody"}, 1, "There is no queue nobody. Show all queues: lpstat -e\n"},
+      {{"--feed", "other"}, 1, "Queue other does not have an installed Korvel driver.\n"},
+      {{"--feed", "m6"},
+       1,
+       "The printer of queue m6 takes single sheets, which are not fed to a next label.\n"},
+      {{"--feed", "r57", "--cut"},
+       1,
+       "The driver of queue r57 has no cutter. Feed to the tear-off edge: korvel-setup --feed "
+       "r57\n"},
+      {{"--back"}, 2, "--cut and --back need --feed; see korvel-setup --help\n"},
+      {{"--feed", "r57", "--cut", "--back"},
+       2,
+       "--cut and --back cannot be combined; see korvel-setup --help\n"},
+  };
+  for (const auto& c : kCases) {
+    const CommandResult result = setup(c.words);
+    EXPECT_EQ(result.status, c.status) << c.message;
+    EXPECT_EQ(result.output, std::string("korvel-setup: ") + c.message);
+  }
+  // A queue that does not send it: the job waits, and the command says which one.
+  command({"cupsdisable", "r57"});
+  const CommandResult result = setup({"--feed", "r57"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(result.output.starts_with("korvel-setup: Job r57-")) << result.output;
+  EXPECT_TRUE(result.output.ends_with(
+      ", which feeds the media, has not been sent. Find out why: korvel-setup --check r57\n"))
+      << result.output;
 }
 
 // ---- The doctor ----

@@ -39,6 +39,10 @@ bool sameDescription(const std::string& one, const std::string& other) {
   }
 }
 
+bool takesSingleSheets(const std::string& description) {
+  return description.find("*OpenUI *AntiWrinkle") != std::string::npos;
+}
+
 Ppd openDescription(const std::string& description) {
   Descriptor file(memfd_create("description", MFD_CLOEXEC));
   if (!file.isOpen()) return nullptr;

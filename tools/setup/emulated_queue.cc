@@ -19,14 +19,6 @@ namespace fs = std::filesystem;
 
 namespace korvel {
 
-namespace {
-
-bool isStencilPrinter(const std::string& description) {
-  return description.find("*OpenUI *AntiWrinkle") != std::string::npos;
-}
-
-}  // namespace
-
 Failure becomePrinter(const EmulatedPrinter& printer, const std::string& description) {
   const std::string out = printer.folder.empty() ? "sheets" : printer.folder;
   const bool fine = keyword(description, "DefaultResolution").starts_with("300");
@@ -38,7 +30,7 @@ Failure becomePrinter(const EmulatedPrinter& printer, const std::string& descrip
                                         "--dpi",
                                         fine ? "300" : "203",
                                         "--media",
-                                        isStencilPrinter(description) ? "sheet" : "gap"};
+                                        takesSingleSheets(description) ? "sheet" : "gap"};
   if (printer.once) arguments.emplace_back("--once");
   const char* folder = out.c_str();
   const std::string what =
@@ -54,7 +46,7 @@ Failure becomePrinter(const EmulatedPrinter& printer, const std::string& descrip
 }
 
 Result<std::string> testPage(const std::string& description) {
-  const char* name = isStencilPrinter(description) ? "stencil.pdf" : "label.pdf";
+  const char* name = takesSingleSheets(description) ? "stencil.pdf" : "label.pdf";
   const std::string page = dataFolder() + "/examples/" + name;
   std::error_code fault;
   if (fs::is_regular_file(page, fault)) return page;

@@ -20,6 +20,7 @@
 #include "tools/setup/emulated_queue.h"
 #include "tools/setup/examination.h"
 #include "tools/setup/first_contact.h"
+#include "tools/setup/media_feed.h"
 #include "tools/setup/preset.h"
 #include "tools/setup/queue_facts.h"
 #include "tools/setup/queue_setup.h"
@@ -48,6 +49,7 @@ const korvel::Help kHelp = {
           "       korvel-setup --share QUEUE [OPTION]...\n"
           "       korvel-setup --unshare QUEUE [-n]\n"
           "       korvel-setup --check [QUEUE]...\n"
+          "       korvel-setup --feed QUEUE [--cut | --back]\n"
           "       korvel-setup --list"),
     later("Creates or updates the queue of a Korvel printer. Prompts for missing values when run "
           "in a terminal."),
@@ -70,6 +72,9 @@ const korvel::Help kHelp = {
      later("--check\tFind problems of queues; without names, of all queues of Korvel printers."),
      later("--json\tPrint the result of --check as JSON."),
      later("-d QUEUE\tA queue to check."),
+     later("--feed QUEUE\tFeed the media to the tear-off edge, and back when it is torn off."),
+     later("--cut\tWith --feed: cut at the edge, and take the media back."),
+     later("--back\tWith --feed: only take the media back to the print position."),
      later("--dump-folder DIR\tWhere the filter writes its image dumps (/var/spool/cups/tmp)."),
      later("--list\tList devices and drivers; with -m, list the options of a driver.")},
     nullptr,
@@ -87,6 +92,8 @@ struct Request {
   std::string preset;
   bool check = false, list = false, emulate = false, testPage = false;
   bool share = false, unshare = false, json = false;
+  std::string feed;  // the queue whose media is fed
+  bool cut = false, back = false;
 };
 
 bool takeFlag(const korvel::Arguments& arguments, Request* request) {
@@ -94,6 +101,10 @@ bool takeFlag(const korvel::Arguments& arguments, Request* request) {
     request->check = true;
   } else if (arguments.is("--json")) {
     request->json = true;
+  } else if (arguments.is("--cut")) {
+    request->cut = true;
+  } else if (arguments.is("--back")) {
+    request->back = true;
   } else if (arguments.is("--list")) {
     request->list = true;
   } else if (arguments.is("--emulated")) {
@@ -147,6 +158,8 @@ bool takeValued(korvel::Arguments* arguments, Request* request) {
     request->emulated.folder = arguments->value();
   } else if (arguments->is("-d")) {
     request->queues.push_back(arguments->nonEmptyValue());
+  } else if (arguments->is("--feed")) {
+    request->feed = arguments->nonEmptyValue();
   } else if (arguments->is("--dump-folder")) {
     request->dumpFolder = arguments->value();
   } else {
@@ -166,10 +179,17 @@ Request parseArguments(int argc, char** argv) {
       arguments.unknown();
     }
   }
-  if (request.check + request.list + request.emulate + request.share + request.unshare > 1) {
-    arguments.wrong(
-        translated("--check, --list, --emulated, --share and --unshare cannot be combined"));
+  const bool feeds = !request.feed.empty();
+  if (request.check + request.list + request.emulate + request.share + request.unshare + feeds >
+      1) {
+    arguments.wrong(translated(
+        "--check, --list, --emulated, --share, --unshare and --feed cannot be combined"));
   }
+  if ((request.cut || request.back) && !feeds) {
+    arguments.wrong(translated("--cut and --back need --feed"));
+  }
+  if (request.cut && request.back)
+    arguments.wrong(translated("--cut and --back cannot be combined"));
   if (!request.queues.empty() && !request.check && !request.testPage) {
     arguments.wrong(translated("-d needs --check or --test-page"));
   }
@@ -189,6 +209,10 @@ Request parseArguments(int argc, char** argv) {
 
 Failure noQueue(const std::string& name) {
   return {filled("There is no queue %s. Show all queues: lpstat -e", name.c_str())};
+}
+
+Failure noOwnDriver(const std::string& queue) {
+  return {filled("Queue %s does not have an installed Korvel driver.", queue.c_str())};
 }
 
 void say(const std::string& sentence) { std::printf("%s\n", korvel::shown(sentence).c_str()); }
@@ -455,6 +479,34 @@ Result<int> setUpQueue(const PrintSystem& system, Request request) {
   return share(system, request);
 }
 
+// ---- Feed ----
+
+// Media that stays at the tear-off edge would shift the first label of the next job, which does not
+// take it back.
+Result<int> feed(const PrintSystem& system, const Request& request) {
+  const std::string& queue = request.feed;
+  const auto existing = system.queue(queue);
+  if (!existing) return noQueue(queue);
+  if (!existing->isOurs()) return noOwnDriver(queue);
+  const korvel::Feed what = request.cut    ? korvel::Feed::kCut
+                            : request.back ? korvel::Feed::kBack
+                                           : korvel::Feed::kToEdge;
+  Result<void> fed = korvel::feedMedia(system, queue, what);
+  if (fed && what == korvel::Feed::kToEdge && hasUser()) {
+    korvel::waitForTearOff();
+    fed = korvel::feedMedia(system, queue, korvel::Feed::kBack);
+  } else if (fed && what == korvel::Feed::kToEdge) {
+    say(
+        filled("The media is at the tear-off edge. When it is torn off, take it back to the print "
+               "position: korvel-setup --feed %s --back",
+               queue.c_str()));
+    return 0;
+  }
+  if (!fed) return fed.failure();
+  say(translated("The media is at the print position."));
+  return 0;
+}
+
 // ---- Preset ----
 
 Result<int> makePreset(const PrintSystem& system, Request request) {
@@ -463,8 +515,7 @@ Result<int> makePreset(const PrintSystem& system, Request request) {
   QueuePlan plan = korvel::planPreset(system, *base, request.preset, request.plan.options);
   if (!request.plan.location.empty()) plan.location = request.plan.location;
   if (!base->isOurs() || plan.description.name.empty()) {
-    return Failure{
-        filled("Queue %s does not have an installed Korvel driver.", base->name.c_str())};
+    return noOwnDriver(base->name);
   }
   const Result<void> checked =
       korvel::checkQueueOptions(system.installedDescription(plan.description.name), plan.options);
@@ -498,6 +549,7 @@ Result<int> run(const Request& request) {
   if (request.share || request.unshare) return share(system, request);
   if (!request.preset.empty()) return makePreset(system, request);
   if (request.list) return list(system, request);
+  if (!request.feed.empty()) return feed(system, request);
   if (request.emulate) return emulate(system, request);
   return setUpQueue(system, request);
 }

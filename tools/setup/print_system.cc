@@ -176,6 +176,10 @@ void addDevice(const char*, const char* id, const char* info, const char* makeAn
   static_cast<std::vector<Device>*>(list)->push_back({uri, info, makeAndModel, id});
 }
 
+Failure jobRefused() {
+  return {filled("The print service refused the job: %s", cupsLastErrorString())};
+}
+
 }  // namespace
 
 std::string Description::bareName() const {
@@ -271,7 +275,33 @@ Result<int> PrintSystem::print(const std::string& queue, const std::string& file
   const int job =
       cupsPrintFile2(CUPS_HTTP_DEFAULT, queue.c_str(), file.c_str(), title.c_str(), 0, nullptr);
   if (job != 0) return job;
-  return Failure{filled("The print service refused the job: %s", cupsLastErrorString())};
+  return jobRefused();
+}
+
+Result<int> PrintSystem::printRaw(const std::string& queue, const std::string& bytes,
+                                  const std::string& title) const {
+  const int job = cupsCreateJob(CUPS_HTTP_DEFAULT, queue.c_str(), title.c_str(), 0, nullptr);
+  if (job == 0) return jobRefused();
+  const bool sent =
+      cupsStartDocument(CUPS_HTTP_DEFAULT, queue.c_str(), job, title.c_str(), CUPS_FORMAT_RAW, 1) ==
+          HTTP_STATUS_CONTINUE &&
+      cupsWriteRequestData(CUPS_HTTP_DEFAULT, bytes.data(), bytes.size()) == HTTP_STATUS_CONTINUE &&
+      cupsFinishDocument(CUPS_HTTP_DEFAULT, queue.c_str()) == IPP_STATUS_OK;
+  if (sent) return job;
+  const Failure refused = jobRefused();
+  cupsCancelJob2(CUPS_HTTP_DEFAULT, queue.c_str(), job, 0);
+  return refused;
+}
+
+int PrintSystem::jobState(int job) const {
+  ipp_t* asked = request(IPP_OP_GET_JOB_ATTRIBUTES, "", {"job-state"});
+  ippAddString(asked, IPP_TAG_OPERATION, IPP_TAG_URI, "job-uri", nullptr,
+               ("ipp://localhost/jobs/" + std::to_string(job)).c_str());
+  const Answer answer(cupsDoRequest(CUPS_HTTP_DEFAULT, asked, "/"));
+  int state = 0;
+  answer.forEachGroup(IPP_TAG_JOB,
+                      [&state](const Group& group) { state = integer(group, "job-state"); });
+  return state;
 }
 
 }  // namespace korvel

@@ -69,9 +69,12 @@ class PrintSystem {
   // The installed driver of the same model as this PPD; its name is empty without one.
   Description installedFor(const std::string& description) const;
 
-  // Returns the job's number.
+  // Both return the job's number. The bytes of printRaw() go to the printer as they are.
   Result<int> print(const std::string& queue, const std::string& file,
                     const std::string& title) const;
+  Result<int> printRaw(const std::string& queue, const std::string& bytes,
+                       const std::string& title) const;
+  int jobState(int job) const;  // an ipp_jstate_t; 0 when there is no such job
 };
 
 }  // namespace korvel

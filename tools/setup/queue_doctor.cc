@@ -22,11 +22,6 @@ using Findings = std::vector<Finding>;
 
 const char* nameOf(const QueueFacts& facts) { return facts.queue.name.c_str(); }
 
-// Printers for single sheets have none between two jobs.
-bool isFedBySheet(const std::string& description) {
-  return description.find("*OpenUI *AntiWrinkle") != std::string::npos;
-}
-
 // Whether bars get the width that was drawn. Drivers of label printers have had this option since
 // they do; drivers of stencil printers have none.
 bool isExact(const std::string& description) {
@@ -129,18 +124,20 @@ void checkDumps(const QueueFacts& facts, Findings* found) {
                                  folder, static_cast<int>(facts.dumpBytes / 1000000), folder)});
 }
 
+// Printers for single sheets have none between two jobs.
 void checkState(const QueueFacts& facts, Findings* found) {
   const auto has = [&facts](const char* reason) { return facts.queue.reasons.contains(reason); };
   if (has("cover-open-warning") || facts.reply.coverOpen) {
     found->push_back({true, filled("The printer's cover is open; close it to continue queue %s.",
                                    nameOf(facts))});
   }
-  if (has("media-empty-warning") || (facts.reply.noPaper && !isFedBySheet(facts.description))) {
+  if (has("media-empty-warning") ||
+      (facts.reply.noPaper && !takesSingleSheets(facts.description))) {
     found->push_back({true, filled("The printer has no paper, or a sheet is still in its output; "
                                    "load paper or remove the sheet to continue queue %s.",
                                    nameOf(facts))});
   }
-  if (facts.reply.noPaper && isFedBySheet(facts.description) && !has("media-empty-warning")) {
+  if (facts.reply.noPaper && takesSingleSheets(facts.description) && !has("media-empty-warning")) {
     found->push_back({false, translated("The printer has no sheet loaded, or the last one is still "
                                         "in its output; it will wait for a sheet when a job "
                                         "starts.")});

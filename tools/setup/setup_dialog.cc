@@ -297,4 +297,9 @@ bool wantsSharing() {
                 translated("yes"));
 }
 
+void waitForTearOff() {
+  ask(translated("Tear off the media, then press Enter to take it back to the print position:"),
+      "");
+}
+
 }  // namespace korvel

@@ -27,6 +27,9 @@ bool wantsOneWay(const std::string& uri);
 bool wantsTestPage();
 bool wantsSharing();
 
+// Asks for the Enter key.
+void waitForTearOff();
+
 // Stands for a printer that does not exist.
 inline constexpr char kEmulatedUri[] = "emulated:";
 
