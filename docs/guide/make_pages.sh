@@ -2,12 +2,12 @@
 # Converts the guide's Markdown to a static site in several languages: navigation, a table of
 # contents per page, links between neighbouring pages and editions, and a search index per edition
 # that works without a server.
-# Usage: make_pages.sh CMARK_GFM SOURCE TARGET VERSION
+# Usage: make_pages.sh CMARK_GFM WEASYPRINT SOURCE TARGET VERSION
 # SOURCE/pages.txt lists the pages, SOURCE/po/LINGUAS the translations, which are in a folder each.
 # The pictures must already be in TARGET.
 # SPDX-License-Identifier: Apache-2.0
 set -eu
-cmark=$1 source=$2 target=$3 version=$4
+cmark=$1 weasyprint=$2 source=$3 target=$4 version=$5
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -58,6 +58,13 @@ make_edition() {
   } > "$(folder "$edition")/search-index.js"
 }
 
+# The date is part of the fonts in the file. Warnings name properties that only browsers know.
+make_card() {
+  card=$(folder "$1")/quick-card
+  [ -f "$card.html" ] || return 0
+  SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-0} "$weasyprint" --quiet "$card.html" "$card.pdf"
+}
+
 languages=$(cat "$source/po/LINGUAS")
 editions=$(echo en $languages)
 "$source/translate.sh" "$source" "$work"
@@ -72,4 +79,7 @@ cd "$target"
 for file in pictures/*.png screens/*.png; do echo "$file $(png_size "$file")"; done > "$work/sizes"
 for file in drawings/*.svg; do echo "$file $(svg_size "$file")"; done >> "$work/sizes"
 mkdir "$work/ids"
-for edition in $editions; do make_edition "$edition"; done
+for edition in $editions; do
+  make_edition "$edition"
+  make_card "$edition"
+done

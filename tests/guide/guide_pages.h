@@ -21,19 +21,28 @@ inline std::filesystem::path guideFile(const std::string& name) {
   return std::filesystem::path(KORVEL_GUIDE_DIR) / name;
 }
 
-// The pages of docs/guide/pages.txt in reading order, without ".html". Optional pages without a
-// source are left out.
+// The pages of docs/guide/pages.txt in reading order, without ".html".
 inline std::vector<std::string> pageNames() {
   std::vector<std::string> names;
-  const std::filesystem::path source = std::filesystem::path(KORVEL_SOURCE_DIR) / "docs/guide";
-  std::istringstream lines(textOf(source / "pages.txt"));
+  std::istringstream lines(
+      textOf(std::filesystem::path(KORVEL_SOURCE_DIR) / "docs/guide/pages.txt"));
   for (std::string line; std::getline(lines, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    const std::string name = line.substr(0, line.find(' '));
-    const bool optional = line.ends_with(" optional");
-    if (!optional || std::filesystem::exists(source / (name + ".md"))) names.push_back(name);
+    if (!line.empty() && line[0] != '#') names.push_back(line.substr(0, line.find(' ')));
   }
   return names;
+}
+
+struct Edition {
+  std::string language;
+  std::string folder;   // below the guide's, with a slash at its end, or empty
+  std::string product;  // the end of every title
+};
+
+inline std::vector<Edition> editions() {
+  return {{"en", "", "Korvel Printer Guide"},
+          {"de", "de/", "Korvel-Druckerhandbuch"},
+          {"fr", "fr/", "Guide de l'imprimante Korvel"},
+          {"es", "es/", "Guía de la impresora Korvel"}};
 }
 
 // The first group of every match, in order.

@@ -28,6 +28,11 @@ std::vector<fs::path> filesBelow(const fs::path& folder, const std::set<std::str
 
 std::vector<fs::path> pages() { return filesBelow(KORVEL_GUIDE_DIR, {".html"}); }
 
+// Where a link or picture of a page is, relative to the guide: "pictures/stencil.png".
+std::string inGuide(const fs::path& page, const std::string& link) {
+  return (page.parent_path() / link).lexically_normal().lexically_relative(KORVEL_GUIDE_DIR);
+}
+
 std::string plain(std::string text) {
   const std::pair<const char*, const char*> kEntities[] = {
       {"&quot;", "\""}, {"&lt;", "<"}, {"&gt;", ">"}, {"&amp;", "&"}};
@@ -49,9 +54,9 @@ std::string sourcesOf(const std::vector<const char*>& folders) {
   return text;
 }
 
-std::set<std::string> explainedMessages() {
+std::set<std::string> explainedMessages(const std::string& folder = "") {
   std::set<std::string> messages;
-  const std::string page = textOf(guideFile("messages.html"));
+  const std::string page = textOf(guideFile(folder + "messages.html"));
   for (const char* pattern :
        {"<h3 id=\"[^\"]*\"><code>([^<]*)</code>", "<li><code>([^<]*)</code></li>"}) {
     for (const std::string& each : found(page, pattern)) messages.insert(plain(each));
@@ -70,10 +75,12 @@ std::string between(const std::string& text, const std::string& from, const std:
 
 TEST(Guide, HasExactlyTheListedPages) {
   std::set<std::string> listed, built;
-  for (const std::string& name : pageNames()) listed.insert(name + ".html");
-  for (const fs::path& page : pages()) built.insert(page.filename());
+  for (const Edition& edition : editions()) {
+    for (const std::string& name : pageNames()) listed.insert(edition.folder + name + ".html");
+  }
+  for (const fs::path& page : pages()) built.insert(page.lexically_relative(KORVEL_GUIDE_DIR));
   EXPECT_EQ(built, listed);
-  EXPECT_GE(built.size(), 14u);
+  EXPECT_GE(built.size(), 4u * 17);
   EXPECT_TRUE(built.contains("index.html"));
 }
 
@@ -90,23 +97,52 @@ TEST(Guide, NavigationOfEveryPageHasAllPagesInOrder) {
 
 TEST(Guide, PreviousAndNextLeadThroughAllPages) {
   const std::vector<std::string> names = pageNames();
-  for (size_t i = 0; i < names.size(); ++i) {
-    const std::string page = textOf(guideFile(names[i] + ".html"));
-    const std::vector<std::string> before = allFound(page, "class=\"prev\" href=\"([^\"]*)\"");
-    const std::vector<std::string> after = allFound(page, "class=\"next\" href=\"([^\"]*)\"");
-    const std::vector<std::string> none;
-    EXPECT_EQ(before, i == 0 ? none : std::vector{names[i - 1] + ".html"}) << names[i];
-    EXPECT_EQ(after, i + 1 == names.size() ? none : std::vector{names[i + 1] + ".html"})
-        << names[i];
+  const std::vector<std::string> none;
+  for (const Edition& edition : editions()) {
+    for (size_t i = 0; i < names.size(); ++i) {
+      const std::string page = textOf(guideFile(edition.folder + names[i] + ".html"));
+      const std::vector<std::string> before = allFound(page, "class=\"prev\" href=\"([^\"]*)\"");
+      const std::vector<std::string> after = allFound(page, "class=\"next\" href=\"([^\"]*)\"");
+      EXPECT_EQ(before, i == 0 ? none : std::vector{names[i - 1] + ".html"}) << names[i];
+      EXPECT_EQ(after, i + 1 == names.size() ? none : std::vector{names[i + 1] + ".html"})
+          << names[i];
+    }
+  }
+}
+
+TEST(Guide, EveryPageLeadsToItsOtherEditions) {
+  for (const Edition& edition : editions()) {
+    for (const std::string& name : pageNames()) {
+      const fs::path page = guideFile(edition.folder + name + ".html");
+      const std::string text = textOf(page);
+      EXPECT_NE(text.find("<html lang=\"" + edition.language + "\">"), std::string::npos) << page;
+      const std::string links = between(text, "<nav class=\"languages\"", "</nav>");
+      std::vector<std::string> want, have;
+      for (const Edition& other : editions()) {
+        want.push_back(other.language + " " + other.folder + name + ".html");
+      }
+      const std::vector<std::string> languages = allFound(links, " hreflang=\"([^\"]*)\"");
+      const std::vector<std::string> targets = allFound(links, " href=\"([^\"]*)\"");
+      ASSERT_EQ(languages.size(), targets.size()) << page;
+      for (size_t i = 0; i < targets.size(); ++i) {
+        have.push_back(languages[i] + " " + inGuide(page, targets[i]));
+      }
+      EXPECT_EQ(have, want) << page;
+      const std::vector<std::string> here = {edition.language};
+      EXPECT_EQ(allFound(links, "<a lang=\"([^\"]*)\"[^>]* aria-current=\"true\""), here) << page;
+    }
   }
 }
 
 TEST(Guide, TitlesAreUniqueAndNameTheProduct) {
   std::set<std::string> titles;
-  for (const fs::path& page : pages()) {
-    const std::string title = between(textOf(page), "<title>", "</title>");
-    EXPECT_TRUE(title.ends_with("Korvel Printer Guide")) << page << " " << title;
-    EXPECT_TRUE(titles.insert(title).second) << page << " " << title;
+  for (const Edition& edition : editions()) {
+    for (const std::string& name : pageNames()) {
+      const std::string page = edition.folder + name + ".html";
+      const std::string title = between(textOf(guideFile(page)), "<title>", "</title>");
+      EXPECT_TRUE(title.ends_with(edition.product)) << page << " " << title;
+      EXPECT_TRUE(titles.insert(title).second) << page << " " << title;
+    }
   }
 }
 
@@ -146,17 +182,19 @@ TEST(Guide, ContentsListEverySectionOfAPage) {
     EXPECT_EQ(allFound(contents, "href=\"#([^\"]*)\""), allFound(text, "<h2 id=\"([^\"]*)\""))
         << page;
   }
-  EXPECT_GE(withContents, 12u);
+  EXPECT_GE(withContents, 4u * 15);
 }
 
 TEST(Guide, EveryLinkLeadsToAFileAndASectionOfTheGuide) {
   std::map<std::string, std::set<std::string>> ids;
-  for (const fs::path& page : pages())
-    ids[page.filename()] = found(textOf(page), " id=\"([^\"]*)\"");
+  for (const fs::path& page : pages()) {
+    ids[inGuide(page, page.filename())] = found(textOf(page), " id=\"([^\"]*)\"");
+  }
   for (const fs::path& page : pages()) {
     for (const std::string& link : found(textOf(page), "(?:href|src)=\"([^\"]*)\"")) {
       const size_t hash = std::min(link.find('#'), link.size());
-      const std::string file = hash == 0 ? page.filename().string() : link.substr(0, hash);
+      const std::string file =
+          inGuide(page, hash == 0 ? page.filename().string() : link.substr(0, hash));
       EXPECT_TRUE(fs::is_regular_file(guideFile(file))) << page << " to " << link;
       if (hash < link.size()) {
         EXPECT_TRUE(ids[file].contains(link.substr(hash + 1))) << page << " to " << link;
@@ -167,19 +205,35 @@ TEST(Guide, EveryLinkLeadsToAFileAndASectionOfTheGuide) {
 
 // An entry is a line: ["page.html#id","title","heading","text"],
 TEST(Guide, SearchFindsEverySection) {
-  const std::string index = textOf(guideFile("search-index.js"));
-  EXPECT_TRUE(index.starts_with("window.guideIndex = [\n"));
-  EXPECT_TRUE(index.ends_with("\n];\n"));
-  size_t sections = 0;
-  for (const fs::path& page : pages()) {
-    const std::string name = page.filename();
-    for (const std::string& id : allFound(textOf(page), "<h[1-6] id=\"([^\"]*)\"")) {
-      ++sections;
-      EXPECT_NE(index.find("\n[\"" + name + "#" + id + "\",\""), std::string::npos)
-          << name << "#" << id;
+  for (const Edition& edition : editions()) {
+    const std::string index = textOf(guideFile(edition.folder + "search-index.js"));
+    EXPECT_TRUE(index.starts_with("window.guideIndex = [\n"));
+    EXPECT_TRUE(index.ends_with("\n];\n"));
+    size_t sections = 0;
+    for (const std::string& each : pageNames()) {
+      const std::string name = each + ".html";
+      const std::string page = textOf(guideFile(edition.folder + name));
+      for (const std::string& id : allFound(page, "<h[1-6] id=\"([^\"]*)\"")) {
+        ++sections;
+        EXPECT_NE(index.find("\n[\"" + name + "#" + id + "\",\""), std::string::npos)
+            << edition.folder << name << "#" << id;
+      }
+    }
+    EXPECT_EQ(static_cast<size_t>(std::count(index.begin(), index.end(), '\n')), sections + 2);
+  }
+}
+
+// A link from another page leads to the same section in every edition.
+TEST(Guide, SectionsHaveTheSameIdsInEveryEdition) {
+  for (const std::string& name : pageNames()) {
+    const std::string english = textOf(guideFile(name + ".html"));
+    for (const Edition& edition : editions()) {
+      const std::string page = textOf(guideFile(edition.folder + name + ".html"));
+      EXPECT_EQ(allFound(page, "<h[1-6] id=\"([^\"]*)\""),
+                allFound(english, "<h[1-6] id=\"([^\"]*)\""))
+          << edition.folder << name;
     }
   }
-  EXPECT_EQ(static_cast<size_t>(std::count(index.begin(), index.end(), '\n')), sections + 2);
 }
 
 // One text from a paragraph, a table, a list, a code block and the end of a page.
@@ -209,17 +263,20 @@ TEST(Guide, SearchHoldsTheTextOfEveryKindOfBlock) {
 TEST(Guide, EveryPictureIsShownAndHasDots) {
   std::set<std::string> shown;
   for (const fs::path& page : pages()) {
-    for (const std::string& name : found(textOf(page), "<img src=\"([^\"]*)\"")) shown.insert(name);
+    for (const std::string& name : found(textOf(page), "<img src=\"([^\"]*)\"")) {
+      shown.insert(inGuide(page, name));
+    }
     EXPECT_EQ(textOf(page).find("alt=\"\""), std::string::npos) << page;
   }
   EXPECT_GE(shown.size(), 16u);
   std::set<std::string> made;
-  for (const fs::path& file : filesBelow(KORVEL_GUIDE_DIR, {".png"})) {
-    made.insert("pictures/" + file.filename().string());
-    EXPECT_GT(readPicture(file).printed(), 1000u) << file;
+  for (const char* folder : {"pictures", "screens", "drawings"}) {
+    for (const fs::path& file : filesBelow(guideFile(folder), {".png", ".svg"})) {
+      made.insert(file.lexically_relative(KORVEL_GUIDE_DIR));
+    }
   }
-  for (const fs::path& file : filesBelow(guideFile("drawings"), {".svg"})) {
-    made.insert("drawings/" + file.filename().string());
+  for (const fs::path& file : filesBelow(guideFile("pictures"), {".png"})) {
+    EXPECT_GT(readPicture(file).printed(), 1000u) << file;
   }
   EXPECT_EQ(shown, made);
 }
@@ -234,14 +291,14 @@ TEST(Guide, NoPictureOfDotsIsScaled) {
     const std::string text = textOf(page);
     for (std::sregex_iterator at(text.begin(), text.end(), picture), end; at != end; ++at) {
       ++inFigures;
-      const Picture whole = readPicture(guideFile((*at)[3]));
+      const Picture whole = readPicture(guideFile(inGuide(page, (*at)[3])));
       const size_t width = std::stoul((*at)[4]), height = std::stoul((*at)[5]);
       EXPECT_EQ((*at)[2], (*at)[3]) << page << ": a click must show the whole picture";
       EXPECT_TRUE((*at)[1].matched ? width <= whole.width && height <= whole.height
                                    : width == whole.width && height == whole.height)
           << page << " " << (*at)[3];
     }
-    all += allFound(text, "<img src=\"(pictures/[^\"]*)\"").size();
+    all += allFound(text, "<img src=\"((?:\\.\\./)?pictures/[^\"]*)\"").size();
   }
   EXPECT_EQ(inFigures, all) << "a picture outside a figure";
   EXPECT_GE(all, 12u);
@@ -279,6 +336,12 @@ TEST(Guide, EveryExplainedMessageIsInTheSources) {
   EXPECT_GE(explainedMessages().size(), 20u);
   for (const std::string& message : explainedMessages()) {
     EXPECT_NE(sources.find(message), std::string::npos) << message;
+  }
+}
+
+TEST(Guide, ExplainsTheSameMessagesInEveryEdition) {
+  for (const Edition& edition : editions()) {
+    EXPECT_EQ(explainedMessages(edition.folder), explainedMessages()) << edition.language;
   }
 }
 
