@@ -76,33 +76,58 @@ bool browse(const TemporaryFolder& folder, const std::string& arguments, const s
   return std::system(command.c_str()) == 0;
 }
 
-TEST(GuideInABrowser, FitsItsWidthAndFindsItsSections) {
+std::string languageOf(const testing::TestParamInfo<Edition>& edition) {
+  return edition.param.language;
+}
+
+class EditionInABrowser : public testing::TestWithParam<Edition> {};
+
+TEST_P(EditionInABrowser, FitsItsWidthAndFindsItsSections) {
   if (!isInstalled("chromium")) GTEST_SKIP() << "chromium is not installed";
   const TemporaryFolder folder;
   std::string names;
   for (const std::string& name : pageNames()) names += (names.empty() ? "" : " ") + name + ".html";
   const std::string source =
       textOf(std::string(KORVEL_SOURCE_DIR) + "/tests/guide/browser_check.html");
+  const std::string address = "file://" KORVEL_GUIDE_DIR "/" + GetParam().folder;
   const std::string page = folder.write(
-      "check.html",
-      replaced(replaced(source, "@GUIDE@", "file://" KORVEL_GUIDE_DIR), "@PAGES@", names));
+      "check.html", replaced(replaced(replaced(source, "@GUIDE@", address), "@PAGES@", names),
+                             "@LANGUAGE@", GetParam().language));
   ASSERT_TRUE(browse(folder, "--virtual-time-budget=120000 --dump-dom", page))
       << folder.read("log");
   const std::string dom = folder.read("dom");
   const std::string have = allFound(dom, "<pre id=\"result\">([^<]*)</pre>").at(0);
   const size_t count = pageNames().size();
-  EXPECT_EQ(have, "checked " + std::to_string(count) + " pages, " + std::to_string(4 * count) +
+  const size_t searches = GetParam().language == "en" ? 5 * count : 2 * count;
+  EXPECT_EQ(have, "checked " + std::to_string(count) + " pages, " + std::to_string(searches) +
                       " searches\n\nend");
   const std::string log = folder.read("log");
   EXPECT_EQ(log.find("CONSOLE"), std::string::npos) << log;
 }
 
-TEST(GuideInABrowser, PrintsTheQuickCardOnOnePage) {
+INSTANTIATE_TEST_SUITE_P(All, EditionInABrowser, testing::ValuesIn(editions()), languageOf);
+
+class QuickCard : public testing::TestWithParam<Edition> {};
+
+INSTANTIATE_TEST_SUITE_P(All, QuickCard, testing::ValuesIn(editions()), languageOf);
+
+TEST_P(QuickCard, IsAPdfOfOnePage) {
+  const std::string card = guideFile(GetParam().folder + "quick-card.pdf");
+  const TemporaryFolder folder;
+  const std::string command = "gs -q -dNODISPLAY --permit-file-read='" + card + "' -c '(" + card +
+                              ") (r) file runpdfbegin pdfpagecount = quit' > '" +
+                              folder.file("count") + "'";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(folder.read("count"), "1\n");
+}
+
+TEST_P(QuickCard, IsPrintedOnOnePageByABrowser) {
   if (!isInstalled("chromium")) GTEST_SKIP() << "chromium is not installed";
   const TemporaryFolder folder;
   const std::string arguments =
       "--no-pdf-header-footer --print-to-pdf='" + folder.file("pdf") + "'";
-  ASSERT_TRUE(browse(folder, arguments, guideFile("quick-card.html"))) << folder.read("log");
+  ASSERT_TRUE(browse(folder, arguments, guideFile(GetParam().folder + "quick-card.html")))
+      << folder.read("log");
   EXPECT_EQ(allFound(folder.read("pdf"), "/Type /Pages\\s*/Count ([0-9]+)"),
             std::vector<std::string>{"1"});
 }
