@@ -2,21 +2,17 @@
 // BUILD_FOLDER. The medians of several runs, in milliseconds, as a table; beside them what rasteriser
 // and filter alone take for the same page, so that the difference is the studio's own share.
 // SPDX-License-Identifier: Apache-2.0
-import { spawn, spawnSync } from 'node:child_process';
+import { spawnSync } from 'node:child_process';
 import { mkdtempSync, openSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
-import { dirname, join, resolve } from 'node:path';
-import { fileURLToPath } from 'node:url';
+import { loadavg, tmpdir } from 'node:os';
+import { join, resolve } from 'node:path';
+import { kRoot as root, startStudio } from '../tests/studio/tried_studio.mjs';
 
 const kRuns = 9;
 const build = resolve(process.argv[2]);
-const root = join(dirname(fileURLToPath(import.meta.url)), '..');
 const folder = mkdtempSync(join(tmpdir(), 'korvel-studio-bench-'));
-const server = spawn(join(root, 'studio/try_out'), [build, '0'], { stdio: ['ignore', 'pipe', 'inherit'] });
-const address = await new Promise((found) => {
-  let text = '';
-  server.stdout.on('data', (part) => { text += part; const at = /Open (http\S+)/.exec(text); if (at) found(at[1]); });
-});
+const studio = await startStudio(build);
+const { address } = studio;
 
 const post = async (path, body) => {
   const response = await fetch(address + path, { method: 'POST', body });
@@ -55,16 +51,25 @@ async function alone(page) {
 }
 
 async function measure(page) {
-  const { id } = await post('api/documents?title=bench', readFileSync(join(root, 'examples/stencil.pdf')));
-  const preview = (options, placement = {}) => post(`api/documents/${id}/preview`, JSON.stringify({
-    queue: page.queue, options: { PageSize: page.size, HalftoneType: page.halftones[0], ...options }, placement }));
+  const open = async (file) => {
+    const { id } = await post('api/documents?title=bench', readFileSync(join(root, 'examples', file)));
+    return (options, placement = {}) => post(`api/documents/${id}/preview`, JSON.stringify({
+      queue: page.queue, options: { PageSize: page.size, HalftoneType: page.halftones[0], ...options }, placement }));
+  };
+  const preview = await open('stencil.pdf');
+  const picture = await open('label.png');
   await preview({});
+  await picture({});
   const { rasterise, filter } = await alone(page);
   const brightness = ['-50', '-40', '-30', '-20', '-15', '-10', '-5', '5', '10'];
   const rows = [
     ['tone', await time((run) => preview({ Brightness: brightness[run] })), filter],
     ['halftone', await time((run) => preview({ HalftoneType: page.halftones[1], Contrast: ['10', '20', '30', '40', '50', '75', '100', '-10', '-20'][run] })), filter],
-    ['place', await time((run) => preview({}, { fit: 'own', scale: 0.5 + run / 100 })), rasterise + filter],
+    ['PDF moved', await time((run) => preview({}, { fit: 'own', scale: 0.3, right: run })), filter],
+    ['PDF scaled or turned', await time((run) => preview({}, { fit: 'own', scale: 0.5 + run / 100 })), rasterise + filter],
+    ['picture moved', await time((run) => picture({}, { fit: 'own', scale: 0.5, right: run })), filter],
+    ['picture scaled', await time((run) => picture({}, { fit: 'own', scale: 0.5 + run / 100 })), filter],
+    ['picture turned', await time((run) => picture({}, { fit: 'fit', turn: 7 + run })), filter],
     ['the same again', await time(() => preview({})), 0],
   ];
   for (const [kind, all, others] of rows) {
@@ -73,9 +78,10 @@ async function measure(page) {
 }
 
 try {
+  console.log(`load average before: ${loadavg().map((l) => l.toFixed(1)).join(', ')}\n`);
   console.log('| page | change | all, ms | rasteriser and filter alone, ms | difference, ms |\n|---|---|---|---|---|');
   for (const page of kPages) await measure(page);
 } finally {
-  server.kill('SIGTERM');
+  studio.stop();
   rmSync(folder, { recursive: true });
 }

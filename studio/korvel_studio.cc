@@ -44,7 +44,8 @@ class PrivateFolder {
     const char* parent = std::getenv("TMPDIR");
     std::string name = std::string(parent == nullptr ? "/tmp" : parent) + "/korvel-studio-XXXXXX";
     if (mkdtemp(name.data()) == nullptr) {
-      return Failure{filled("Cannot create the folder %s for documents; check TMPDIR.", name.c_str())};
+      return Failure{
+          filled("Cannot create the folder %s for documents; check TMPDIR.", name.c_str())};
     }
     path_ = name;
     return {};

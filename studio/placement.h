@@ -60,8 +60,8 @@ PlacedDocument place(const Placement& placement, const PageGeometry& page,
 
 // From the pixels of a picture of `columns` by `rows` to the dots of the printable area, both
 // counted from the upper left corner.
-Matrix dotsOfPixels(const PlacedDocument& placed, const PageGeometry& page, const TrueSize& document,
-                    double columns, double rows);
+Matrix dotsOfPixels(const PlacedDocument& placed, const PageGeometry& page,
+                    const TrueSize& document, double columns, double rows);
 
 // Six numbers between blanks, with a point whatever the locale, as PDF writes them.
 std::string matrixText(const Matrix& matrix);

@@ -183,10 +183,9 @@ Result<MadeFile> Renderer::blank(const Queue& queue, const PageSettings& setting
   page.key = key;
   page.path = ownFile(folder_ + "/blank-" + std::to_string(++blankNumber_) + ".ras");
   Ticket ticket;
-  const Result<nlohmann::json> made =
-      run({"blank", number(geometry.width), number(geometry.height), queue.ppd,
-           rasterOptions(settings.choices), *page.path},
-          &ticket);
+  const Result<nlohmann::json> made = run({"blank", number(geometry.width), number(geometry.height),
+                                           queue.ppd, rasterOptions(settings.choices), *page.path},
+                                          &ticket);
   if (!made) return made.failure();
   if (blanks_.size() >= kMostBlanks) blanks_.clear();
   return blanks_[key] = measured(page, made.value());
@@ -197,12 +196,12 @@ Result<MadeFile> Renderer::drawPicture(Document* document, const Queue& queue,
                                        const MadeFile& page, Ticket* ticket) {
   const Result<MadeFile> paper = blank(queue, settings, shape.geometry);
   if (!paper) return paper.failure();
-  const Matrix onto = dotsOfPixels(shape.placed, shape.geometry, shape.document,
-                                   static_cast<double>(document->width),
-                                   static_cast<double>(document->height));
-  const Result<nlohmann::json> made = run({"picture", document->file("picture.pgm"),
-                                           matrixText(onto), *paper.value().path, *page.path},
-                                          ticket);
+  const Matrix onto =
+      dotsOfPixels(shape.placed, shape.geometry, shape.document,
+                   static_cast<double>(document->width), static_cast<double>(document->height));
+  const Result<nlohmann::json> made = run(
+      {"picture", document->file("picture.pgm"), matrixText(onto), *paper.value().path, *page.path},
+      ticket);
   if (!made) return made.failure();
   return sizedAs(page, paper.value());
 }

@@ -188,8 +188,13 @@ export class Stage {
       c.lineWidth = 2.5;
       const [at, from] = this.place();
       c.strokeRect(at + l * dot - 4, from + t * dot - 4, (r - l) * dot + 8, (b - t) * dot + 8);
+      const badge = { x: at + r * dot - 7, y: from + t * dot - 15 };
+      c.beginPath();
+      c.arc(badge.x + 11, badge.y + 11, 12, 0, 7);
+      c.fill();
+      c.fillStyle = '#fff';
       c.font = '600 15px system-ui, sans-serif';
-      c.fillText(code.readable ? '✓' : '✗', at + r * dot + 8, from + t * dot + 8);
+      c.fillText(code.readable ? '✓' : '✗', badge.x + 5, badge.y + 16);
     }
   }
 

@@ -27,21 +27,17 @@ using Codes = std::vector<nlohmann::json>;
 class Decoder {
  public:
   Decoder() : library_(dlopen(kLibrary, RTLD_NOW | RTLD_LOCAL)) {
-    isComplete_ = library_ != nullptr && find("zbar_image_scanner_create", &createScanner_) &&
-                  find("zbar_image_scanner_destroy", &destroyScanner_) &&
-                  find("zbar_image_create", &createImage_) &&
-                  find("zbar_image_destroy", &destroyImage_) &&
-                  find("zbar_image_set_format", &setFormat_) &&
-                  find("zbar_image_set_size", &setSize_) &&
-                  find("zbar_image_set_data", &setData_) && find("zbar_scan_image", &scan_) &&
-                  find("zbar_image_first_symbol", &firstSymbol_) &&
-                  find("zbar_symbol_next", &nextSymbol_) &&
-                  find("zbar_symbol_get_type", &typeOf_) &&
-                  find("zbar_get_symbol_name", &nameOf_) &&
-                  find("zbar_symbol_get_data", &dataOf_) &&
-                  find("zbar_symbol_get_data_length", &lengthOf_) &&
-                  find("zbar_symbol_get_loc_size", &pointsOf_) &&
-                  find("zbar_symbol_get_loc_x", &xOf_) && find("zbar_symbol_get_loc_y", &yOf_);
+    isComplete_ =
+        library_ != nullptr && find("zbar_image_scanner_create", &createScanner_) &&
+        find("zbar_image_scanner_destroy", &destroyScanner_) &&
+        find("zbar_image_create", &createImage_) && find("zbar_image_destroy", &destroyImage_) &&
+        find("zbar_image_set_format", &setFormat_) && find("zbar_image_set_size", &setSize_) &&
+        find("zbar_image_set_data", &setData_) && find("zbar_scan_image", &scan_) &&
+        find("zbar_image_first_symbol", &firstSymbol_) && find("zbar_symbol_next", &nextSymbol_) &&
+        find("zbar_symbol_get_type", &typeOf_) && find("zbar_get_symbol_name", &nameOf_) &&
+        find("zbar_symbol_get_data", &dataOf_) && find("zbar_symbol_get_data_length", &lengthOf_) &&
+        find("zbar_symbol_get_loc_size", &pointsOf_) && find("zbar_symbol_get_loc_x", &xOf_) &&
+        find("zbar_symbol_get_loc_y", &yOf_);
   }
   Decoder(const Decoder&) = delete;
   Decoder& operator=(const Decoder&) = delete;
@@ -73,8 +69,7 @@ class Decoder {
 
   nlohmann::json describe(const void* symbol) const {
     const std::string text(dataOf_(symbol), lengthOf_(symbol));
-    nlohmann::json code = {{"type", nameOf_(typeOf_(symbol))},
-                           {"text", text.substr(0, kMostText)}};
+    nlohmann::json code = {{"type", nameOf_(typeOf_(symbol))}, {"text", text.substr(0, kMostText)}};
     int box[] = {INT_MAX, INT_MAX, INT_MIN, INT_MIN};
     for (unsigned i = 0; i < pointsOf_(symbol); ++i) {
       const int x = xOf_(symbol, i);

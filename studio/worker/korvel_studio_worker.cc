@@ -140,9 +140,9 @@ json blank(const Words& words) {
 // pdf FILE PAGE MEDIAWIDTH MEDIAHEIGHT MATRIX PPD OPTIONS RASTER
 json pdf(const Words& words) {
   const std::string composed = words.at(7) + ".pdf";
-  must(korvel::composePdfPage(
-      words.at(0), static_cast<unsigned>(std::stoul(words.at(1))),
-      {std::stod(words.at(2)), std::stod(words.at(3)), words.at(4)}, composed));
+  must(korvel::composePdfPage(words.at(0), static_cast<unsigned>(std::stoul(words.at(1))),
+                              {std::stod(words.at(2)), std::stod(words.at(3)), words.at(4)},
+                              composed));
   return rasterise(composed, words.at(5), words.at(6), words.at(7));
 }
 
@@ -182,8 +182,8 @@ struct Step {
   const char* verb;
   json (*run)(const Words& words);
 };
-constexpr Step kSteps[] = {{"import", import}, {"blank", blank}, {"pdf", pdf},
-                           {"picture", picture}, {"move", move}, {"dots", dots},
+constexpr Step kSteps[] = {{"import", import},    {"blank", blank}, {"pdf", pdf},
+                           {"picture", picture},  {"move", move},   {"dots", dots},
                            {"barcodes", barcodes}};
 
 }  // namespace

@@ -159,9 +159,7 @@ class Sampler {
   }
 
  private:
-  float edge(float part) const {
-    return std::clamp((part - 0.5F) * sharpness_ + 0.5F, 0.0F, 1.0F);
-  }
+  float edge(float part) const { return std::clamp((part - 0.5F) * sharpness_ + 0.5F, 0.0F, 1.0F); }
   float ink(int x, int y) const {
     if (x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
     const size_t at = static_cast<size_t>(y) * picture_.width + static_cast<size_t>(x);
@@ -176,8 +174,8 @@ class Sampler {
 
 Matrix inverse(const Matrix& m) {
   const double determinant = m[0] * m[3] - m[1] * m[2];
-  const Matrix linear = {m[3] / determinant,  -m[1] / determinant, -m[2] / determinant,
-                         m[0] / determinant, 0,                   0};
+  const Matrix linear = {
+      m[3] / determinant, -m[1] / determinant, -m[2] / determinant, m[0] / determinant, 0, 0};
   return {linear[0],
           linear[1],
           linear[2],
@@ -192,8 +190,8 @@ void placeTurned(const GreyPicture& original, const Matrix& onto, const InkPage&
   const GreyPicture picture = asFineAsDots(original, across, down);
   const double moreX = static_cast<double>(original.width) / static_cast<double>(picture.width);
   const double moreY = static_cast<double>(original.height) / static_cast<double>(picture.height);
-  const Matrix back = inverse({onto[0] * moreX, onto[1] * moreX, onto[2] * moreY, onto[3] * moreY,
-                               onto[4], onto[5]});
+  const Matrix back = inverse(
+      {onto[0] * moreX, onto[1] * moreX, onto[2] * moreY, onto[3] * moreY, onto[4], onto[5]});
   const double enlarged = std::max(1.0, std::min(across, down));
   const Sampler sampler(picture, picture.isTwoTone() ? static_cast<float>(enlarged) : 1.0F);
   for (size_t y = 0; y < page.height; ++y) {
@@ -258,8 +256,8 @@ Result<void> movePage(const std::string& source, long right, long down, const st
   const long width = page->header.cupsWidth;
   const long height = page->header.cupsHeight;
   const size_t stride = page->header.cupsBytesPerLine;
-  const std::vector<unsigned char> before = std::exchange(
-      page->pixels, std::vector<unsigned char>(page->pixels.size(), 0));
+  const std::vector<unsigned char> before =
+      std::exchange(page->pixels, std::vector<unsigned char>(page->pixels.size(), 0));
   const long from = std::clamp(right, 0L, width);
   const long to = std::clamp(width + right, 0L, width);
   for (long y = std::max(0L, down); y < std::min(height, height + down) && from < to; ++y) {

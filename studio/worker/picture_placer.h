@@ -22,8 +22,8 @@ struct InkPage {
 };
 
 // `onto` leads from pixels to dots, both counted from the upper left corner. A reduced picture's
-// dots are the mean of the pixels below them. An enlarged one is interpolated; with two tones, as of
-// a barcode, its edges stay hard. Dots beside the picture stay as they are.
+// dots are the mean of the pixels below them. An enlarged one is interpolated; with two tones, as
+// of a barcode, its edges stay hard. Dots beside the picture stay as they are.
 void placePicture(GreyPicture picture, const Matrix& onto, const InkPage& page);
 
 // Writes a copy of the raster page `blank` with the picture on it to `target`.

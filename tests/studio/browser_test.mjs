@@ -2,8 +2,8 @@
 // was not as expected. STUDIO is the server's address, LABEL_PAGE the emulated printer's page-0.png,
 // LABEL_CONTROL its control port, EXAMPLES a folder of documents.
 // SPDX-License-Identifier: Apache-2.0
-import { execFileSync } from 'node:child_process';
 import { existsSync, readFileSync } from 'node:fs';
+import { createRequire } from 'node:module';
 import { createConnection } from 'node:net';
 import { inflateSync } from 'node:zlib';
 import { Browser } from './webdriver.mjs';
@@ -153,6 +153,105 @@ const parts = {
     }
   },
 
+  // Files arrive by dropping, pasting and the camera; two tabs have a document each.
+  async input() {
+    const browser = await Browser.start({ width: 820, height: 1180, touch: true });
+    const bytes = readFileSync(`${EXAMPLES}/label.png`, 'base64');
+    const give = (kind, name) => browser.run(`
+      const data = new DataTransfer();
+      const bytes = Uint8Array.from(atob(args[2]), (c) => c.charCodeAt(0));
+      data.items.add(new File([bytes], args[1], { type: 'image/png' }));
+      const target = document.querySelector('#stage');
+      if (args[0] === 'paste') target.dispatchEvent(new ClipboardEvent('paste', { clipboardData: data, bubbles: true }));
+      else target.dispatchEvent(new DragEvent(args[0], { dataTransfer: data, bubbles: true, cancelable: true }));`, kind, name, bytes);
+    const shows = async (name) => {
+      await browser.until(`document.querySelector('#title').textContent === ${JSON.stringify(name)}`, name);
+      await settled(browser);
+    };
+    try {
+      await browser.open(STUDIO);
+      await browser.until("document.querySelector('#queue').value");
+      expect(await browser.run("const c = document.querySelector('#camera'); return [c.getAttribute('capture'), c.accept, getComputedStyle(c.parentElement).display];"),
+        ['environment', 'image/*', 'flex'], 'a tablet offers its camera');
+      await browser.type('#camera', `${EXAMPLES}/label.png`);
+      await shows('label.png');
+      await give('dragover', 'dropped.png');
+      expectTrue(await browser.run("return document.body.classList.contains('over');"), 'the page shows where to drop');
+      await give('drop', 'dropped.png');
+      await shows('dropped.png');
+      expect(await browser.run("return document.body.classList.contains('over');"), false, 'and no longer');
+      await give('paste', 'pasted.png');
+      await shows('pasted.png');
+      // A name is text, whatever it holds.
+      await give('drop', '<img src=x onerror=alert(1)>.png');
+      await shows('<img src=x onerror=alert(1)>.png');
+      expect(await browser.run("return document.querySelectorAll('#title *').length;"), 0, 'a name is no HTML');
+      const first = await browser.openTab();
+      await openDocument(browser, 'label.pdf');
+      await browser.show(first);
+      expect(await textOf(browser, '#title'), '<img src=x onerror=alert(1)>.png', 'the first tab keeps its document');
+      await browser.set('[name=fit][value=fill]', true);
+      await settled(browser);
+      await browser.click('#close');
+      await browser.until("!document.body.classList.contains('loaded')", 'a closed document');
+      expect(await browser.run("return [location.hash, document.querySelector('#print').disabled];"), ['', true], 'nothing is left to print');
+      expect(await browser.complaints(), [], 'the browser complains about nothing');
+    } finally {
+      await browser.stop();
+    }
+  },
+
+  // Barcodes are marked where they are, and named.
+  async barcodes() {
+    const browser = await Browser.start();
+    try {
+      await openDocument(browser, 'label.pdf');
+      await browser.until("document.querySelectorAll('#facts br').length === 2", 'two barcodes');
+      const facts = await textOf(browser, '#facts');
+      expectTrue(facts.includes('Barcode readable: CODE-128 KV2011748206'), facts);
+      expectTrue(facts.includes('Barcode readable: QR-Code https://example.com/KV2011748206'), facts);
+      const green = await browser.run(`
+        await new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)));
+        const canvas = document.querySelector('#paper');
+        const { data } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+        let count = 0;
+        for (let i = 0; i < data.length; i += 4) if (data[i + 1] > data[i] + 60 && data[i + 1] > data[i + 2] + 40) ++count;
+        return count;`);
+      expectTrue(green > 1000, `green marks, ${green} pixels`);
+    } finally {
+      await browser.stop();
+    }
+  },
+
+  // No finding of axe-core, where node finds that module; status 77 where it does not.
+  async accessibility() {
+    let checker;
+    try {
+      checker = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
+    } catch {
+      console.log('node finds no module axe-core (npm install axe-core, or set NODE_PATH)');
+      process.exit(77);
+    }
+    for (const look of [{ width: 1280, height: 900 }, { width: 390, height: 844, dark: true, touch: true }]) {
+      const browser = await Browser.start(look);
+      try {
+        const check = async (what) => {
+          await browser.on('/execute/sync', { script: checker, args: [] });
+          expect(await browser.run('return (await axe.run()).violations.map((v) => `${v.id}: ${v.nodes[0].target}`);'), [], `${what} ${JSON.stringify(look)}`);
+        };
+        await browser.open(STUDIO);
+        await browser.until("document.querySelector('#queue').value");
+        await check('the empty page');
+        await openDocument(browser, 'label.pdf');
+        await browser.set('#queue', 'stencils');
+        await settled(browser);
+        await check('a document');
+      } finally {
+        await browser.stop();
+      }
+    }
+  },
+
   // The dots on the screen are those that the printer got.
   async dots() {
     const browser = await Browser.start({ width: 1100, height: 800 });
@@ -262,7 +361,6 @@ const parts = {
   },
 };
 
-for (const program of ['chromedriver']) execFileSync(program, ['--version']);
 try {
   await parts[process.argv[2]]();
 } catch (fault) {

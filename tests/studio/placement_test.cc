@@ -84,6 +84,32 @@ TEST(Placement, FollowsFitScaleShiftAndTurn) {
   }
 }
 
+// 72 dots per inch, so that a point is a dot.
+TEST(Placement, BringsTheCornerToAWholeDot) {
+  PageGeometry page = kPage;
+  page.dpi = 72;
+  const korvel::PlacedDocument placed =
+      korvel::place({Fit::kTrueSize, 1, 0.2 * 25.4 / 72, 1.4 * 25.4 / 72, 0}, page, {81, 80});
+  EXPECT_DOUBLE_EQ(placed.left, 50);  // (180 - 81) / 2 = 49.5, and 0.2 more is none
+  EXPECT_DOUBLE_EQ(placed.top, 101);
+  EXPECT_EQ(korvel::matrixText(placed.matrix),
+            "1.000000 0.000000 0.000000 1.000000 60.000000 104.000000");
+}
+
+// A picture of 10 by 20 pixels, 40 by 80 points, on 144 dots per inch: eight dots for a pixel.
+TEST(Placement, LeadsFromPixelsToDots) {
+  PageGeometry page = kPage;
+  page.dpi = 144;
+  const korvel::TrueSize size = {40, 80};
+  const auto dots = [&](double turn) {
+    const Placement placement = {Fit::kTrueSize, 1, 0, 0, turn};
+    return korvel::matrixText(
+        korvel::dotsOfPixels(korvel::place(placement, page, size), page, size, 10, 20));
+  };
+  EXPECT_EQ(dots(0), "8.000000 0.000000 0.000000 8.000000 140.000000 200.000000");
+  EXPECT_EQ(dots(90), "0.000000 8.000000 -8.000000 0.000000 260.000000 240.000000");
+}
+
 TEST(MatrixText, HasAPointAndSixDecimalsInEveryLocale) {
   EXPECT_EQ(korvel::matrixText({0.5, -0.25, 1e-9, -1234.5, 7, -0.0000005}),
             "0.500000 -0.250000 0.000000 -1234.500000 7.000000 -0.000001");

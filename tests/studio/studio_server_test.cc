@@ -243,8 +243,13 @@ TEST(StudioServer, RefusesOtherSitesAndOtherNames) {
         .code();
   };
   EXPECT_EQ(codeWith({"Origin: http://shop.example"}), "cross-site");
+  EXPECT_EQ(codeWith({"Origin: null"}), "cross-site");
   EXPECT_EQ(codeWith({"Sec-Fetch-Site: cross-site"}), "cross-site");
+  EXPECT_EQ(codeWith({"Sec-Fetch-Site: same-site"}), "cross-site");
+  EXPECT_EQ(codeWith({"Sec-Fetch-Site: same-origin"}), "cross-site");  // a form, without our header
   EXPECT_EQ(codeWith({"Host: shop.example"}), "wrong-host");
+  EXPECT_EQ(codeWith({"Host: 127.0.0.1.shop.example"}), "wrong-host");
+  EXPECT_EQ(codeWith({"Host: "}), "wrong-host");
   EXPECT_EQ(shop.studio->get("/api/jobs/1").code(), "no-job");  // none of them has printed
 }
 
@@ -271,6 +276,71 @@ TEST(StudioServer, KeepsNothingOfRefusedUploadsAndEndsThemEarly) {
       "POST /api/documents HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1000\r\n\r\nabc", 0.3);
   EXPECT_TRUE(waitUntil(20, [&] { return shop.studio->privateFiles().empty(); }))
       << testing::PrintToString(shop.studio->privateFiles());
+}
+
+TEST(StudioServer, SurvivesMalformedBodiesAndKeepsNothingOfThem) {
+  Shop shop;
+  ASSERT_FALSE(HasFatalFailure());
+  const std::string head = "POST /api/documents HTTP/1.1\r\nHost: localhost\r\n";
+  const std::string chunked = head + "Transfer-Encoding: chunked\r\n\r\n";
+  for (const std::string& request :
+       {chunked + "ZZ\r\nabc\r\n0\r\n\r\n", chunked + "ffffffffffffffffff\r\nabc",
+        chunked + "-1\r\nabc\r\n0\r\n\r\n", chunked + "3\r\nabcdef\r\n0\r\n\r\n",
+        head + "Content-Length: -5\r\n\r\nabcde", head + "Content-Length: 5 5\r\n\r\nabcde",
+        head + "Content-Length: 3\r\nContent-Length: 4\r\n\r\nabcd",
+        "POST /api/documents HTTP/1.1\r\n" + std::string(70000, 'a') + ": b\r\n\r\n"}) {
+    const std::string answer = shop.studio->exchange(request, 1);
+    EXPECT_FALSE(answer.starts_with("HTTP/1.1 2")) << request.substr(0, 120) << "\n" << answer;
+  }
+  EXPECT_EQ(shop.studio->get("/api/queues").status, 200);
+  EXPECT_TRUE(waitUntil(20, [&] { return shop.studio->privateFiles().empty(); }))
+      << testing::PrintToString(shop.studio->privateFiles());
+}
+
+TEST(StudioServer, TakesNamesForTextOnly) {
+  Shop shop;
+  ASSERT_FALSE(HasFatalFailure());
+  const struct {
+    const char* name;
+    std::string title;
+  } kCases[] = {
+      {"..%2f..%2f..%2fetc%2fpasswd", "../../../etc/passwd"},
+      {"a%0d%0aSet-Cookie:%20b", "aSet-Cookie: b"},
+      {"%1b[31mred", "[31mred"},
+      {"-o%20raw", "-o raw"},
+      {"%3Cscript%3E", "<script>"},
+      {"", "korvel-studio"},
+  };
+  for (const auto& c : kCases) {
+    const Reply made =
+        shop.studio->post("/api/documents?title=" + std::string(c.name), noisyPng(9, 9, 1));
+    EXPECT_EQ(made.json().value("title", ""), c.title) << c.name;
+    EXPECT_FALSE(made.headers.contains("set-cookie"));
+  }
+  for (const std::string& file : shop.studio->privateFiles()) EXPECT_EQ(file, "picture.pgm");
+}
+
+TEST(StudioServer, FreesWhat200UnfinishedUploadsHeld) {
+  Shop shop;
+  ASSERT_FALSE(HasFatalFailure());
+  std::vector<int> held;
+  const std::string start =
+      "POST /api/documents HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1000\r\n\r\nabc";
+  for (int i = 0; i < 200; ++i) {
+    held.push_back(shop.studio->connect());
+    EXPECT_EQ(write(held.back(), start.data(), start.size()), static_cast<ssize_t>(start.size()));
+  }
+  EXPECT_EQ(shop.studio->get("/api/queues").status, 200);
+  const auto codeOfUpload = [&] {
+    const Reply made = shop.studio->post("/api/documents", noisyPng(9, 9, 1));
+    if (made.status == 200) {
+      shop.studio->request("DELETE", "/api/documents/" + made.json().value("id", ""));
+    }
+    return made.code();
+  };
+  EXPECT_TRUE(waitUntil(20, [&] { return codeOfUpload() == "too-many-documents"; }));
+  for (const int connection : held) close(connection);
+  EXPECT_TRUE(waitUntil(20, [&] { return codeOfUpload().empty(); }));
 }
 
 TEST(StudioServer, LimitsTheNumberOfDocumentsAndForgetsThoseThatAreClosed) {

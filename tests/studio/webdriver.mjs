@@ -57,6 +57,14 @@ export class Browser {
   }
   async click(selector) { await this.on(`/element/${await this.find(selector)}/click`, {}); }
   async type(selector, text) { await this.on(`/element/${await this.find(selector)}/value`, { text }); }
+  // Opens another tab and shows it; `show` goes back with a tab's name.
+  async openTab() {
+    const before = await this.on('/window');
+    const { handle } = await this.on('/window/new', { type: 'tab' });
+    await this.show(handle);
+    return before;
+  }
+  show(handle) { return this.on('/window', { handle }); }
   // Sets a control as a visitor would, with its events.
   set(selector, value) {
     return this.run(`const element = document.querySelector(args[0]);

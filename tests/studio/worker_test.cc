@@ -75,6 +75,56 @@ TEST(StudioWorker, ReadsSizesAndResolutions) {
   EXPECT_EQ(pdf.answer["pages"], (json{{72.0, 144.0}, {200.0, 100.0}}));
 }
 
+std::string little(uint32_t value, size_t bytes) {
+  std::string text;
+  for (size_t i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i) & 255);
+  return text;
+}
+
+struct TiffEntry {
+  uint32_t tag;
+  uint32_t value;
+};
+
+// A TIFF of one directory, whose pixels are the 64 bytes at its end.
+std::string tiff(std::vector<TiffEntry> entries, uint32_t next = 0) {
+  const auto offset = static_cast<uint32_t>(8 + 2 + 12 * (entries.size() + 2) + 4);
+  entries.push_back({273, offset});  // where the pixels begin
+  entries.push_back({279, 64});      // their bytes
+  std::string text = std::string("II*\0", 4) + little(8, 4);
+  text += little(static_cast<uint32_t>(entries.size()), 2);
+  for (const TiffEntry& entry : entries) {
+    text += little(entry.tag, 2) + little(4, 2) + little(1, 4) + little(entry.value, 4);
+  }
+  return text + little(next, 4) + std::string(64, '\x55');
+}
+
+// Width, height, bits, compression, what 0 means, samples, rows in a strip.
+std::string greyTiff(uint32_t width, uint32_t height, uint32_t bits, uint32_t samples) {
+  return tiff({{256, width},
+               {257, height},
+               {258, bits},
+               {259, 1},
+               {262, 1},
+               {277, samples},
+               {278, height}});
+}
+
+// A JPEG whose frame header claims this size.
+std::string jpegHeader(unsigned width, unsigned height) {
+  std::string jpeg = orientedJpeg(1);
+  const size_t frame = jpeg.find("\xff\xc0");
+  const std::string size = {static_cast<char>(height >> 8), static_cast<char>(height & 255),
+                            static_cast<char>(width >> 8), static_cast<char>(width & 255)};
+  return jpeg.replace(frame + 5, 4, size);
+}
+
+TEST(StudioWorker, ReadsASmallTiff) {
+  const Import made = import(greyTiff(8, 8, 8, 1));
+  EXPECT_EQ(made.answer.value("width", 0), 8) << made.answer;
+  EXPECT_EQ(made.grey.back(), '\x55');
+}
+
 TEST(StudioWorker, EndsWithASentenceOnHostileUploads) {
   const std::string png = noisyPng(400, 300, 1);
   const std::string jpeg = orientedJpeg(1);
@@ -99,6 +149,17 @@ TEST(StudioWorker, EndsWithASentenceOnHostileUploads) {
       {"JPEG's first bytes", jpeg.substr(0, 4), "damaged"},
       {"a TIFF of nothing", std::string("II*\0\x08\0\0\0\0\0", 10), "damaged"},
       {"a WebP of nothing", "RIFF\x10" + std::string(3, '\0') + "WEBPVP8 ", "damaged"},
+      {"a TIFF of 3600 million pixels", greyTiff(60000, 60000, 8, 1), "too-many-pixels"},
+      {"a TIFF wider than any", greyTiff(0xffffffff, 0xffffffff, 8, 1), "too-many-pixels"},
+      {"a TIFF of 64 bits and 65535 samples for a pixel", greyTiff(8, 8, 64, 65535), "damaged"},
+      {"a TIFF of 7000 bits for a pixel", greyTiff(8, 8, 7000, 1), "damaged"},
+      {"a TIFF whose pixels are missing", greyTiff(8, 8, 8, 1).substr(0, 130), "damaged"},
+      {"a JPEG of 4 thousand million pixels", jpegHeader(65000, 65000), "too-many-pixels"},
+      {"a WebP of 268 million pixels",
+       std::string("RIFF\x1a\0\0\0WEBPVP8L\x0d\0\0\0\x2f\xff\xff\xff\x0f", 25) +
+           std::string(9, '\0'),
+       "too-many-pixels"},
+      {"a PNG of 60000 by 60000", pngHeader(60000, 60000), "too-many-pixels"},
       {"PDF's first bytes", "%PDF-1.7\n", "damaged"},
       {"a PDF whose pages are each other's parents",
        "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"

@@ -23,9 +23,10 @@ namespace fs = std::filesystem;
 
 constexpr double kSeconds = 20;
 const char* const kLanguages[] = {"de", "es", "fr", "it", "ja", "nl", "pl", "pt", "pt_BR", "zh_CN"};
-const char* const kTools[] = {"korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup",
+const char* const kTools[] = {
+    "korvel-decode", "korvel-preview", "korvel-printer", "korvel-setup",
 #ifdef KORVEL_HAS_STUDIO
-                              "korvel-studio",
+    "korvel-studio",
 #endif
 };
 
