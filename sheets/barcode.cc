@@ -58,7 +58,7 @@ Barcode encode(Symbology symbology, const std::string& text) {
   if (ZBarcode_Encode(symbol.get(), bytes, static_cast<int>(text.size())) >= ZINT_ERROR) {
     throw std::runtime_error("\"" + text + "\" cannot be encoded: " + symbol->errtxt);
   }
-  Barcode barcode = {symbology, symbol->width, symbol->rows, {}};
+  Barcode barcode = {symbology, text, symbol->width, symbol->rows, {}};
   for (int y = 0; y < barcode.height; ++y) {
     for (int x = 0; x < barcode.width; ++x) barcode.dark.push_back(isDark(*symbol, x, y));
   }

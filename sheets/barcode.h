@@ -20,6 +20,7 @@ struct Extent {
 // Modules, without the quiet zone, in rows from top to bottom; a linear symbol has one row.
 struct Barcode {
   Symbology symbology = Symbology::kCode128;
+  std::string text;
   int width = 0;   // modules
   int height = 0;  // modules
   std::vector<bool> dark;

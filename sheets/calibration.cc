@@ -117,18 +117,17 @@ std::string nameOf(const CodeSample& sample) {
 }
 
 // With the name above it.
-Box boxOf(const SheetPage& page, const CodeSample& sample) {
-  const Extent extent = encode(sample.symbology, calibrationCode(sample.module))
-                            .extent(sample.module, page.dots(kBars));
+Box boxOf(const SheetPage& page, const CodeSample& sample, const Barcode& barcode) {
+  const Extent extent = barcode.extent(sample.module, page.dots(kBars));
   const double wide = extent.width / page.exactDots(1);
   return {0, 0, std::max(wide, page.widthOf(nameOf(sample), kCodeName)),
           kCodeHead + extent.height / page.exactDots(1)};
 }
 
-void drawCode(SheetPage* page, const CodeSample& sample, Point at) {
+void drawCode(SheetPage* page, const CodeSample& sample, const Barcode& barcode, Point at) {
   page->text(at, nameOf(sample), kCodeName);
-  page->barcode(page->dots(at.x), page->dots(at.y + kCodeHead), sample.symbology,
-                calibrationCode(sample.module), {sample.module, page->dots(kBars)});
+  page->barcode(page->dots(at.x), page->dots(at.y + kCodeHead), barcode,
+                {sample.module, page->dots(kBars)});
 }
 
 // Codes of 2, 3 and 4 dots per module, which is the number after each name: those that scan show
@@ -140,11 +139,12 @@ double drawCodes(SheetPage* page, const Box& whole) {
   Point at = {room.left, room.top};
   double bottom = room.top;
   for (const CodeSample& sample : kCodeSamples) {
-    const Box box = boxOf(*page, sample);
+    const Barcode barcode = encode(sample.symbology, calibrationCode(sample.module));
+    const Box box = boxOf(*page, sample, barcode);
     if (at.x > room.left && at.x + box.width > room.right()) at = {room.left, bottom + 1.5};
     if (box.width > room.width || at.y + box.height > room.bottom()) continue;
     if (reachesCorners(*page, at.x + box.width, at.y + box.height)) continue;
-    drawCode(page, sample, at);
+    drawCode(page, sample, barcode, at);
     at.x += box.width + 2;
     bottom = std::max(bottom, at.y + box.height);
   }
@@ -154,10 +154,10 @@ double drawCodes(SheetPage* page, const Box& whole) {
 // The largest DataMatrix of the series that fits, without a name.
 void drawOneCode(SheetPage* page, const Box& room) {
   for (const int module : {4, 3, 2}) {
-    const Extent extent = encode(Symbology::kDataMatrix, calibrationCode(module)).extent(module, 0);
+    const Barcode barcode = encode(Symbology::kDataMatrix, calibrationCode(module));
+    const Extent extent = barcode.extent(module, 0);
     if (extent.width > page->dots(room.width) || extent.height > page->dots(room.height)) continue;
-    page->barcode(page->dots(room.left), page->dots(room.top), Symbology::kDataMatrix,
-                  calibrationCode(module), {module});
+    page->barcode(page->dots(room.left), page->dots(room.top), barcode, {module});
     return;
   }
 }

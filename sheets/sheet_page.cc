@@ -95,15 +95,13 @@ double SheetPage::textRight(Point at, const std::string& text, const Lettering& 
   return this->text({at.x - widthOf(text, lettering), at.y}, text, lettering);
 }
 
-void SheetPage::barcode(int left, int top, Symbology symbology, const std::string& text,
-                        const CodeSize& size) {
-  const Barcode barcode = encode(symbology, text);
+void SheetPage::barcode(int left, int top, const Barcode& barcode, const CodeSize& size) {
   const Extent extent = barcode.extent(size.module, size.barHeight);
   const int quiet = barcode.quietZone() * size.module;
   const bool linear = barcode.height == 1;
   drawBarcode(&canvas_, barcode, left + quiet, linear ? top : top + quiet, size.module,
               size.barHeight);
-  codes_.push_back({symbology, text, left, top, extent.width, extent.height});
+  codes_.push_back({barcode.symbology, barcode.text, left, top, extent.width, extent.height});
 }
 
 double SheetPage::widthOf(const std::string& text, const Lettering& lettering) const {

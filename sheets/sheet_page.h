@@ -85,8 +85,7 @@ class SheetPage {
     int module;
     int barHeight = 0;
   };
-  void barcode(int left, int top, Symbology symbology, const std::string& text,
-               const CodeSize& size);
+  void barcode(int left, int top, const Barcode& barcode, const CodeSize& size);
   const std::vector<SheetCode>& codes() const { return codes_; }
 
  private:

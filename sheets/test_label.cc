@@ -47,13 +47,12 @@ int moduleOf(const SheetPage& page, const Barcode& barcode, int width) {
 
 // Returns the height that it takes, 0 where there is no room.
 double drawCentred(SheetPage* page, const Box& room, Symbology symbology, int width, double bars) {
-  const std::string text = upper(page->size().text);
-  const Barcode barcode = encode(symbology, text);
+  const Barcode barcode = encode(symbology, upper(page->size().text));
   const int module = moduleOf(*page, barcode, width);
   if (module == 0) return 0;
   const Extent extent = barcode.extent(module, page->dots(bars));
   const int left = page->dots(room.left) + (page->dots(room.width) - extent.width) / 2;
-  page->barcode(left, page->dots(room.top), symbology, text, {module, page->dots(bars)});
+  page->barcode(left, page->dots(room.top), barcode, {module, page->dots(bars)});
   return extent.height / page->exactDots(1);
 }
 

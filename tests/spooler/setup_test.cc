@@ -199,6 +199,15 @@ TEST_F(Setup, RefusesInOneSentence) {
   }
 }
 
+TEST_F(Setup, AcceptsAnAddressForAUri) {
+  const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {});
+  const std::string address = "127.0.0.1:" + std::to_string(printer.port());
+  const CommandResult result = setup({"-v", address, "-m", "k220-203", "-p", "labels"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, asking("socket://" + address) +
+                               "Queue labels is ready. Print with: lp -d labels FILE\n");
+}
+
 TEST_F(Setup, SaysWhatThePrinterAnswers) {
   const ListeningPrinter printer(spooler_.toolPath("korvel-printer"), {});
   const std::string uri = toPort(printer.port());

@@ -27,6 +27,7 @@
 #include "tools/setup/queue_sharing.h"
 #include "tools/setup/setup_dialog.h"
 #include "tools/setup/sharing_doctor.h"
+#include "tools/setup/typed_answer.h"
 
 namespace {
 
@@ -135,10 +136,16 @@ bool takeSharing(korvel::Arguments* arguments, Request* request) {
   return true;
 }
 
+// An address for a URI, as in the dialog. The print service judges everything else.
+std::string uriOf(const std::string& value) {
+  const std::string uri = korvel::deviceUri(value);
+  return uri.empty() ? value : uri;
+}
+
 bool takeValued(korvel::Arguments* arguments, Request* request) {
   QueuePlan& plan = request->plan;
   if (arguments->is("-v")) {
-    plan.uri = arguments->nonEmptyValue();
+    plan.uri = uriOf(arguments->nonEmptyValue());
   } else if (arguments->is("-m")) {
     request->model = arguments->value();
   } else if (arguments->is("-p")) {

@@ -16,6 +16,7 @@
 
 #include "tools/common/process.h"
 #include "tools/common/translation.h"
+#include "tools/setup/print_system.h"
 
 namespace korvel {
 
@@ -24,19 +25,11 @@ namespace {
 constexpr int kConnectMilliseconds = 5000;
 constexpr int kPort = 631;
 
-class Connection {
- public:
-  explicit Connection(const std::string& address)
-      : http_(httpConnect2(address.c_str(), kPort, nullptr, AF_UNSPEC, HTTP_ENCRYPTION_IF_REQUESTED,
-                           1, kConnectMilliseconds, nullptr)) {}
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
-  ~Connection() { httpClose(http_); }
-  http_t* get() const { return http_; }
-
- private:
-  http_t* http_;
-};
+HttpConnection connectTo(const std::string& address) {
+  return HttpConnection(httpConnect2(address.c_str(), kPort, nullptr, AF_UNSPEC,
+                                     HTTP_ENCRYPTION_IF_REQUESTED, 1, kConnectMilliseconds,
+                                     nullptr));
+}
 
 ipp_t* newRequest(ipp_op_t operation, const std::string& address, const std::string& queue) {
   char uri[HTTP_MAX_URI];
@@ -127,7 +120,7 @@ std::vector<std::string> networkAddresses() {
 }
 
 Result<SharedQueue> askOverNetwork(const std::string& address, const std::string& queue) {
-  const Connection connection(address);
+  const HttpConnection connection = connectTo(address);
   if (connection.get() == nullptr) return refused(address, queue);
   ipp_t* request = newRequest(IPP_OP_GET_PRINTER_ATTRIBUTES, address, queue);
   ipp_t* answer = cupsDoRequest(connection.get(), request, "/");
@@ -142,7 +135,7 @@ Result<SharedQueue> askOverNetwork(const std::string& address, const std::string
 Result<int> printOverNetwork(const std::string& address, const std::string& queue,
                              const std::string& file, const std::string& format,
                              const std::string& title) {
-  const Connection connection(address);
+  const HttpConnection connection = connectTo(address);
   if (connection.get() == nullptr) return refused(address, queue);
   ipp_t* request = newRequest(IPP_OP_PRINT_JOB, address, queue);
   ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_NAME, "job-name", nullptr, title.c_str());

@@ -190,12 +190,12 @@ std::string Description::bareName() const {
 
 bool Queue::isOurs() const { return makeAndModel.starts_with(kMake); }
 
-bool PrintSystem::isThere() const {
-  http_t* connection = httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(),
-                                    1, kConnectMilliseconds, nullptr);
-  httpClose(connection);
-  return connection != nullptr;
+HttpConnection connectToPrintService() {
+  return HttpConnection(httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(),
+                                     1, kConnectMilliseconds, nullptr));
 }
+
+bool PrintSystem::isThere() const { return connectToPrintService() != nullptr; }
 
 bool PrintSystem::isThisMachine() const {
   const std::string server = cupsServer();

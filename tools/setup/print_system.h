@@ -4,7 +4,10 @@
 #ifndef KORVEL_TOOLS_SETUP_PRINT_SYSTEM_H
 #define KORVEL_TOOLS_SETUP_PRINT_SYSTEM_H
 
+#include <cups/cups.h>
+
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -13,6 +16,15 @@
 #include "tools/common/result.h"
 
 namespace korvel {
+
+struct HttpCloser {
+  void operator()(http_t* http) const { httpClose(http); }
+};
+using HttpConnection = std::unique_ptr<http_t, HttpCloser>;
+
+// A connection of its own to the print service; null when it cannot be reached. The server ends
+// those that it has when it reads its configuration.
+HttpConnection connectToPrintService();
 
 struct Device {
   std::string uri;

@@ -37,14 +37,9 @@ using Sizes = std::vector<std::string>;
 constexpr char kServerConfig[] = "/admin/conf/cupsd.conf";
 constexpr char kAvahiSocket[] = "/run/avahi-daemon/socket";
 constexpr char kAvahiProgram[] = "/usr/sbin/avahi-daemon";
-constexpr int kConnectMilliseconds = 10000;
 constexpr int kRestartSeconds = 15;
 constexpr int kLookUpMilliseconds = 1000;
 constexpr int kLookUps = 8;
-
-bool isStencilPrinter(const std::string& description) {
-  return description.find("*OpenUI *AntiWrinkle") != std::string::npos;
-}
 
 std::string hostName() {
   char name[256] = "";
@@ -105,8 +100,8 @@ QueueRecord asShared(const Queue& queue, const std::string& description,
       queue.info.empty() || queue.info == queue.name || queue.info == queue.makeAndModel;
   const std::string model = shortModel(queue.makeAndModel);
   if (unnamed) {
-    wanted.info = isStencilPrinter(description) ? filled("Stencils (%s)", model.c_str())
-                                                : filled("Labels (%s)", model.c_str());
+    wanted.info = takesSingleSheets(description) ? filled("Stencils (%s)", model.c_str())
+                                                 : filled("Labels (%s)", model.c_str());
   }
   if (queue.location.empty()) wanted.location = hostName();
   if (!request.info.empty()) wanted.info = request.info;
@@ -212,28 +207,13 @@ Failure notAllowed() {
                         cupsLastErrorString())};
 }
 
-// A connection of its own: the server ends those that it had when it reads its configuration.
-class OwnConnection {
- public:
-  OwnConnection()
-      : http_(httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(), 1,
-                           kConnectMilliseconds, nullptr)) {}
-  OwnConnection(const OwnConnection&) = delete;
-  OwnConnection& operator=(const OwnConnection&) = delete;
-  ~OwnConnection() { httpClose(http_); }
-  http_t* get() const { return http_; }
-
- private:
-  http_t* http_;
-};
-
 Result<void> writeServerConfig(const std::string& text) {
   const Descriptor file(memfd_create("cupsd.conf", MFD_CLOEXEC));
   if (write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
       lseek(file.get(), 0, SEEK_SET) != 0) {
     return notAllowed();
   }
-  const OwnConnection connection;
+  const HttpConnection connection = connectToPrintService();
   const http_status_t status = cupsPutFd(connection.get(), kServerConfig, file.get());
   if (status != HTTP_STATUS_CREATED) return notAllowed();
   return {};
@@ -317,7 +297,7 @@ Result<Queue> sharedCandidate(const PrintSystem& system, const std::string& name
 
 Result<std::string> readServerConfig() {
   const Descriptor file(memfd_create("cupsd.conf", MFD_CLOEXEC));
-  const OwnConnection connection;
+  const HttpConnection connection = connectToPrintService();
   if (cupsGetFd(connection.get(), kServerConfig, file.get()) != HTTP_STATUS_OK) {
     return Failure{
         translated("The print server's configuration cannot be read; run the command as "
@@ -340,9 +320,9 @@ bool isSharedByUs(const std::string& stateFolder, const std::string& queue) {
 }
 
 Sizes sizesHeld(const std::string& description) {
-  if (!isStencilPrinter(description)) {
+  if (!takesSingleSheets(description)) {
     const std::string size = keyword(description, "DefaultPageSize");
-    return size.starts_with("Custom") ? Sizes() : Sizes{size};
+    return size.starts_with(kCustomChoice) ? Sizes() : Sizes{size};
   }
   Sizes all;
   const Ppd ppd = openDescription(description);
