@@ -135,13 +135,15 @@ TEST_F(Formats, StencilsPrintDotForDot) {
   }
 }
 
-TEST_F(Formats, LongEverySizeOf203DotsPrintsDotForDot) {
+using LongFormats = Formats;
+
+TEST_F(LongFormats, EverySizeOf203DotsPrintsDotForDot) {
   printsPictures("label-203", sizesOf("label-203"));
 }
-TEST_F(Formats, LongEverySizeOf300DotsPrintsDotForDot) {
+TEST_F(LongFormats, EverySizeOf300DotsPrintsDotForDot) {
   printsPictures("label-300", sizesOf("label-300"));
 }
-TEST_F(Formats, LongEveryModelPrintsDotForDot) {
+TEST_F(LongFormats, EveryModelPrintsDotForDot) {
   for (const char* model : {"k220-203", "k220-203-oneway", "r57-203", "r57-203-oneway", "k220-300",
                             "k220-300-oneway", "r57-300", "r57-300-oneway"}) {
     printsPictures(model, kSomeSizes);
