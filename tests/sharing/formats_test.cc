@@ -111,8 +111,8 @@ class Formats : public testing::Test {
 };
 
 // Sizes in inches and millimetres, and those whose measures are not whole dots.
-const Words kSomeSizes = {"4x6", "2.25x4", "1.25x2.25Rotated", "100x150mm", "30x50mmRotated",
-                          "20x30mmRotated"};
+const Words kSomeSizes = {"4x6",       "2.25x4",         "1.25x2.25Rotated",
+                          "100x150mm", "30x50mmRotated", "20x30mmRotated"};
 
 TEST_F(Formats, PicturesOf203DotsPrintDotForDot) { printsPictures("label-203", kSomeSizes); }
 TEST_F(Formats, PicturesOf300DotsPrintDotForDot) { printsPictures("label-300", kSomeSizes); }
@@ -291,10 +291,10 @@ TEST_F(Wishes, PagesAreTurnedIntoTheSheet) {
   expectPlaces(
       "label-203", "4x6", {"image/urf", "application/pdf"},
       {{"upright", 812, 1218, "orientation-requested=3", turned(Corner::kTopLeft)},
-       {"upright, turned round", 812, 1218, "orientation-requested=6", turned(Corner::kBottomRight)},
+       {"upright, turned round", 812, 1218, "orientation-requested=6",
+        turned(Corner::kBottomRight)},
        {"on its side", 1218, 812, "", turned(Corner::kBottomLeft)},
-       {"on its side, as asked", 1218, 812, "orientation-requested=4",
-        turned(Corner::kBottomLeft)},
+       {"on its side, as asked", 1218, 812, "orientation-requested=4", turned(Corner::kBottomLeft)},
        {"on its other side", 1218, 812, "orientation-requested=5", turned(Corner::kTopRight)}});
 }
 

@@ -268,5 +268,4 @@ TEST_F(Sharing, ConformsToIppButForTheSpoolersNamesOfSizes) {
   }
 }
 
-
 }  // namespace
