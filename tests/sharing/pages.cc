@@ -156,6 +156,16 @@ PageSize pageSize(const std::string& description, const std::string& name) {
   return size;
 }
 
+PageSize printablePart(const PageSize& size) {
+  PageSize part = size;
+  part.left = part.top = 0;
+  part.width = size.printWidth;
+  part.height = size.printHeight;
+  part.points[0] = part.width * 72.0 / size.dpi;
+  part.points[1] = part.height * 72.0 / size.dpi;
+  return part;
+}
+
 korvel::DotCanvas noisePage(const PageSize& size, unsigned seed) {
   korvel::DotCanvas page(size.width, size.height);
   uint32_t state = seed;
@@ -166,6 +176,13 @@ korvel::DotCanvas noisePage(const PageSize& size, unsigned seed) {
       if (edge ? (x + y) % 3 != 0 : state >> 30 == 0) page.set(x, y);
     }
   }
+  return page;
+}
+
+korvel::DotCanvas framedPage(const PageSize& size) {
+  korvel::DotCanvas page(size.width, size.height);
+  page.frame(0, 0, size.width, size.height, 10);
+  page.fill(0, 0, size.width / 3, size.height / 4);
   return page;
 }
 

@@ -19,8 +19,13 @@ struct PageSize {
 // A size as a driver describes it; the default one without a name.
 PageSize pageSize(const std::string& description, const std::string& name = "");
 
+// The part of a sheet that can be printed, as a size of its own.
+PageSize printablePart(const PageSize& size);
+
 // Black and white noise with edges of another pattern, so that a dot too few or a shift shows.
 korvel::DotCanvas noisePage(const PageSize& size, unsigned seed);
+// A frame along the edges, and a block in the top left corner that covers a third by a quarter.
+korvel::DotCanvas framedPage(const PageSize& size);
 // A page with `number` in binary, to be read from the print.
 korvel::DotCanvas numberedPage(const PageSize& size, int number);
 int numberOn(const Picture& print);

@@ -60,6 +60,21 @@ std::vector<std::string> Phone::ask(const std::string& queue, const char* attrib
   return values;
 }
 
+std::vector<std::string> Phone::jobs(const std::string& queue, const char* which) {
+  ipp_t* made = request(IPP_OP_GET_JOBS, queue);
+  ippAddString(made, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, which);
+  ippAddString(made, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", nullptr,
+               "job-name");
+  ipp_t* answer = cupsDoRequest(connection_, made, "/");
+  std::vector<std::string> names;
+  for (ipp_attribute_t* one = ippFindAttribute(answer, "job-name", IPP_TAG_NAME); one != nullptr;
+       one = ippFindNextAttribute(answer, "job-name", IPP_TAG_NAME)) {
+    names.emplace_back(ippGetString(one, 0, nullptr));
+  }
+  ippDelete(answer);
+  return names;
+}
+
 int Phone::readConfiguration() {
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   const http_status_t status = cupsGetFd(connection_, "/admin/conf/cupsd.conf", nowhere);

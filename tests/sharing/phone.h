@@ -23,6 +23,8 @@ class Phone {
   int print(const std::string& queue, const std::string& file, const std::string& format,
             const std::vector<std::string>& options = {});
   std::vector<std::string> ask(const std::string& queue, const char* attribute);
+  // The names of the jobs, which are the paths of their files; "all" or "not-completed".
+  std::vector<std::string> jobs(const std::string& queue, const char* which);
   // The HTTP status of reading the server's configuration.
   int readConfiguration();
   // The IPP status of an administrator's operation.

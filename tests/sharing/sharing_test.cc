@@ -45,6 +45,13 @@ class Sharing : public testing::Test {
     words.insert(words.end(), {"--state-folder", spooler_->file("state")});
     return run(words, kSeconds, spooler_->clientEnvironment());
   }
+  // In a terminal; `typed` is a format of printf.
+  CommandResult inTerminal(const std::string& words, const std::string& typed) {
+    const std::string command = spooler_->toolPath("korvel-setup") + " " + words +
+                                " --state-folder " + spooler_->file("state");
+    return run({"sh", "-c", "printf '" + typed + "' | script -qec '" + command + "' /dev/null"},
+               kSeconds, spooler_->clientEnvironment());
+  }
   void makeQueue(const std::string& name, const std::string& model) {
     const std::string uri = "socket://127.0.0.1:" + std::to_string(printer_->port());
     const CommandResult result = setup({"-v", uri, "-m", model, "-p", name});
@@ -180,6 +187,29 @@ TEST_F(Sharing, LeavesAConfigurationThatWasWrittenByHand) {
   EXPECT_NE(result.output.find("cupsd.conf was edited by hand"), std::string::npos);
   EXPECT_EQ(spooler_->configuration(), configuration);
   EXPECT_NE(queueState("labels").find("printer-info=labels "), std::string::npos);
+}
+
+TEST_F(Sharing, IsOfferedByTheDialog) {
+  const std::string configuration = spooler_->configuration();
+  const std::string question = "Let tablets and phones of the local network print on it? [no] ";
+  CommandResult result = inTerminal("-v usb://Korvel/M6 -m m6 -o PageSize=A4", "m6\\nno\\n\\n");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_NE(result.output.find(question), std::string::npos) << result.output;
+  EXPECT_EQ(spooler_->configuration(), configuration);  // the default is no
+
+  result = inTerminal("-v usb://Korvel/Z4 -m z4 -o PageSize=A4 -L Studio", "z4\\nno\\nyes\\nno\\n");
+  EXPECT_NE(result.output.find("Make these changes?"), std::string::npos) << result.output;
+  EXPECT_EQ(spooler_->configuration(), configuration);
+
+  result = inTerminal("-v usb://Korvel/R57 -m r57-203 -o PageSize=4x4 -o Contrast=0 -L Studio",
+                      "tags\\nno\\nyes\\nyes\\n");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_NE(result.output.find("find it as \"Labels (Korvel R57) @ shop\"."), std::string::npos)
+      << result.output;
+  room_.atThePhone([this] {
+    EXPECT_EQ(Phone(room_.address()).ask("tags", "printer-location"), Words{"Studio"});
+    EXPECT_EQ(Phone(room_.address()).ask("m6", "printer-is-shared"), Words{"0"});
+  });
 }
 
 TEST_F(Sharing, SharesAPresetAsAPrinterOfItsOwn) {
