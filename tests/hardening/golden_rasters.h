@@ -10,7 +10,7 @@
 struct GoldenRaster {
   std::string name;
   size_t number = 0;  // its place among them
-  std::string ppd;  // "label" or "stencil"
+  std::string ppd;    // "label" or "stencil"
   std::string options;
   std::string bytes;
   std::vector<size_t> pageStarts;  // offset of each page's header

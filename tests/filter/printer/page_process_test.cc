@@ -217,7 +217,12 @@ TEST(PageProcess, TurnsAndMirrors) {
       printer.setMirrorPrint(c.mirrored);
       Page page(3, 3, 2, "FF 00 00  00 FF FF");
       page.process(printer);
-      EXPECT_EQ(pictureOf(printer.cximage_), pictureText(c.picture)) << c.sentence;
+      if (halftone == 8 && !c.turned && !c.mirrored) {
+        // The stencil halftones read such a page where it is; nobody fills the image.
+        EXPECT_EQ(page.pixels, hexBytes("FF 00 00  00 FF FF")) << c.sentence;
+      } else {
+        EXPECT_EQ(pictureOf(printer.cximage_), pictureText(c.picture)) << c.sentence;
+      }
       const bool logged = page.log.find("Rotated the image 180 degrees\n") != std::string::npos;
       EXPECT_EQ(logged, c.turned) << c.sentence;
       EXPECT_EQ(page.log.find("Mirrored the image\n") != std::string::npos, c.mirrored)
