@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -37,6 +38,8 @@ struct Edition {
   std::string folder;   // below the guide's, with a slash at its end, or empty
   std::string product;  // the end of every title
 };
+
+inline void PrintTo(const Edition& edition, std::ostream* out) { *out << edition.language; }
 
 inline std::vector<Edition> editions() {
   return {{"en", "", "Korvel Printer Guide"},
