@@ -38,8 +38,11 @@ std::string withoutLayout(const std::string& source) {
   return compact;
 }
 
-// Style sheets need no blanks beside their punctuation either.
+// Style sheets need no comments, and no blanks beside their punctuation.
 std::string withoutBlanks(std::string style) {
+  for (size_t at = style.find("/*"); at != std::string::npos; at = style.find("/*", at)) {
+    style.erase(at, style.find("*/", at) + 2 - at);
+  }
   constexpr std::pair<const char*, const char*> kShorter[] = {
       {": ", ":"}, {"; ", ";"}, {", ", ","},  {" {", "{"},  {"{ ", "{"},
       {" }", "}"}, {";}", "}"}, {";\n", ";"}, {"{\n", "{"}, {"}\n", "}"}};

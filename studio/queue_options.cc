@@ -81,7 +81,7 @@ Result<std::shared_ptr<const QueueDriver>> QueueDriver::open(const std::string& 
   return std::shared_ptr<const QueueDriver>(std::move(driver));
 }
 
-std::string QueueDriver::translated(const std::string& language, const std::string& keyword,
+std::string QueueDriver::inLanguage(const std::string& language, const std::string& keyword,
                                     const std::string& english) const {
   const auto found = texts_.find(language + "." + keyword);
   return found == texts_.end() ? english : found->second;
@@ -96,10 +96,10 @@ nlohmann::json QueueDriver::describeOption(const ppd_option_t& option,
     if (std::strcmp(choice.choice, kCustomChoice) == 0) continue;
     choices.push_back(
         {{"value", choice.choice},
-         {"label", translated(language, keyword + " " + choice.choice, choice.text)}});
+         {"label", inLanguage(language, keyword + " " + choice.choice, choice.text)}});
   }
   return {{"name", keyword},
-          {"label", translated(language, "Translation " + keyword, option.text)},
+          {"label", inLanguage(language, "Translation " + keyword, option.text)},
           {"default", option.defchoice},
           {"choices", choices}};
 }
@@ -113,7 +113,7 @@ nlohmann::json QueueDriver::describeSizes(const std::string& language) const {
     if (choice == nullptr || std::strcmp(size.name, kCustomChoice) == 0) continue;
     nlohmann::json described = describeSize(size);
     described["value"] = size.name;
-    described["label"] = translated(language, std::string("PageSize ") + size.name, choice->text);
+    described["label"] = inLanguage(language, std::string("PageSize ") + size.name, choice->text);
     sizes.push_back(described);
   }
   return sizes;

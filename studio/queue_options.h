@@ -37,7 +37,7 @@ class QueueDriver {
   unsigned dpi() const;
 
  private:
-  std::string translated(const std::string& language, const std::string& keyword,
+  std::string inLanguage(const std::string& language, const std::string& keyword,
                          const std::string& english) const;
   nlohmann::json describeOption(const ppd_option_t& option, const std::string& language) const;
   nlohmann::json describeSizes(const std::string& language) const;

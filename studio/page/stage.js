@@ -127,11 +127,13 @@ export class Stage {
     return [x + area.left * zoom, y + area.top * zoom, area.width * zoom, area.height * zoom];
   }
 
+  // Only what is reduced is smooth.
+  smooth(pixels) { Object.assign(this.context, { imageSmoothingEnabled: pixels < 1, imageSmoothingQuality: 'high' }); }
+
   paintDots(c, ratio) {
     const pixels = this.view.zoom * this.shown.area.width / this.shown.width * ratio;
     c.save();
-    c.imageSmoothingEnabled = pixels < 1;
-    c.imageSmoothingQuality = 'high';
+    this.smooth(pixels);
     if (this.ghost) {
       c.globalAlpha = 0.6;
       this.followGhost(c);
@@ -149,8 +151,7 @@ export class Stage {
     c.beginPath();
     c.rect(at, 0, width - at, height);
     c.clip();
-    c.imageSmoothingEnabled = pixels < 1;
-    c.imageSmoothingQuality = 'high';
+    this.smooth(pixels);
     c.drawImage(this.other, ...this.place());
     c.restore();
     c.fillStyle = this.colour('--accent');
@@ -188,13 +189,12 @@ export class Stage {
       c.lineWidth = 2.5;
       const [at, from] = this.place();
       c.strokeRect(at + l * dot - 4, from + t * dot - 4, (r - l) * dot + 8, (b - t) * dot + 8);
-      const badge = { x: at + r * dot - 7, y: from + t * dot - 15 };
       c.beginPath();
-      c.arc(badge.x + 11, badge.y + 11, 12, 0, 7);
+      c.arc(at + r * dot + 4, from + t * dot - 4, 12, 0, 7);
       c.fill();
       c.fillStyle = '#fff';
       c.font = '600 15px system-ui, sans-serif';
-      c.fillText(code.readable ? '✓' : '✗', badge.x + 5, badge.y + 16);
+      c.fillText(code.readable ? '✓' : '✗', at + r * dot - 2, from + t * dot + 1);
     }
   }
 
