@@ -83,7 +83,7 @@ TEST(Barcode, IsBarsAndSpacesByTheTable) {
 
 TEST(Barcode, IsDrawnInWholeDots) {
   const korvel::Barcode barcode = {
-      korvel::Symbology::kDataMatrix, 2, 2, {true, false, false, true}};
+      korvel::Symbology::kDataMatrix, "", 2, 2, {true, false, false, true}};
   korvel::DotCanvas canvas(6, 6);
   korvel::drawBarcode(&canvas, barcode, 1, 1, 2);
   std::string drawn;
