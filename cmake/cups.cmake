@@ -12,7 +12,10 @@ find_path(CUPS_INCLUDE_DIR cups/cups.h REQUIRED)
 # Printer descriptions are the interface that the spooler offers to filters, deprecated or not.
 add_library(korvel_cups INTERFACE)
 target_link_libraries(korvel_cups INTERFACE ${CUPS_LIBRARY})
-target_include_directories(korvel_cups SYSTEM INTERFACE ${CUPS_INCLUDE_DIR})
+# Named once more, the compiler's own folder would come before that of the C++ library.
+if(NOT CUPS_INCLUDE_DIR MATCHES "/usr/include$")
+  target_include_directories(korvel_cups SYSTEM INTERFACE ${CUPS_INCLUDE_DIR})
+endif()
 target_compile_options(korvel_cups INTERFACE -Wno-deprecated-declarations)
 
 add_library(korvel_cups_raster INTERFACE)

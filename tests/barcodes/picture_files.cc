@@ -3,6 +3,7 @@
 #include "tests/barcodes/picture_files.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <stdexcept>
@@ -121,7 +122,7 @@ std::string gif(const PixelPicture& picture, unsigned) {
 
 // 24 bits per pixel, rows from the bottom, each of whole 32-bit words.
 std::string bmp(const PixelPicture& picture, unsigned dpi) {
-  const uint32_t perMetre = static_cast<uint32_t>(dpi / 0.0254 + 0.5);
+  const uint32_t perMetre = static_cast<uint32_t>(std::lround(dpi / 0.0254));
   const int stride = (picture.width * 3 + 3) / 4 * 4;
   constexpr uint32_t kPixels = 14 + 40;
   std::string file = "BM" + little(kPixels + number(stride * picture.height), 4) + little(0, 4) +

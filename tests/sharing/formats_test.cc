@@ -160,8 +160,9 @@ TEST_F(Formats, OtherSizesAreTrueToTheDot) {
         std::tuple("label-203", "30x50mmRotated", 30)}) {
     makeQueue(model);
     const PageSize size = pageSize(description_, name);
-    const int first = size.top + step / 2;
-    const int count = (size.printHeight - step / 2 - 3) / step + 1;
+    const int margin = step / 2;
+    const int first = size.top + margin;
+    const int count = (size.printHeight - margin - 3) / step + 1;
     korvel::DotCanvas page(size.width, size.height);
     for (int i = 0; i < count; ++i) page.fill(0, first + i * step, size.width, 1);
     for (const std::string& format : kPages) {
@@ -169,7 +170,7 @@ TEST_F(Formats, OtherSizesAreTrueToTheDot) {
       const std::string file = writePage(page, size, format, files_.file("page"));
       const std::vector<size_t> rows = lines(print(model, file, format, {media(size)}));
       ASSERT_EQ(rows.size(), static_cast<size_t>(count));
-      EXPECT_NEAR(static_cast<double>(rows.front()), step / 2, 2);
+      EXPECT_NEAR(static_cast<double>(rows.front()), margin, 2);
       EXPECT_NEAR(static_cast<double>(rows.back() - rows.front()), (count - 1) * step, 1);
     }
   }

@@ -143,7 +143,8 @@ TEST(Tools, UseTheUsersLanguage) {
       {"it",
        {"korvel-setup", "--check", "--list"},
        2,
-       "korvel-setup: --check, --list, --emulated, --share, --unshare e --feed si escludono a vicenda; "
+       "korvel-setup: --check, --list, --emulated, --share, --unshare e --feed si escludono a "
+       "vicenda; "
        "vedere korvel-setup "
        "--help\n"},
       {"ja",
