@@ -71,21 +71,16 @@ function attribute(tag, key,   at) {
 
 # ---- Links: the sources link to each other's Markdown ----
 
-function with_links(line,   before, link, target, text) {
+function with_links(line,   before, target) {
   before = ""
-  while (match(line, /<a href="[a-z0-9-]+\.md(#[a-z0-9-]+)?">[^<]*<\/a>/)) {
-    link = substr(line, RSTART, RLENGTH)
-    before = before substr(line, 1, RSTART - 1)
-    line = substr(line, RSTART + RLENGTH)
-    target = attribute(link, "href")
-    text = without_tags(link)
-    sub(/\.md.*/, "", target)
+  while (match(line, /<a href="[a-z0-9-]+\.md[#"]/)) {
+    target = substr(line, RSTART + 9, RLENGTH - 13)
     if (!(target in title)) {
       print page ".md links to " target ".md, which is not in pages.txt" > "/dev/stderr"
       exit_status = 1
     }
-    sub(/\.md/, ".html", link)
-    before = before link
+    before = before substr(line, 1, RSTART + 8) target ".html"
+    line = substr(line, RSTART + RLENGTH - 1)
   }
   return before line
 }

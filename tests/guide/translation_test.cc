@@ -69,7 +69,7 @@ class SmallGuide : public testing::Test {
            "charset=UTF-8\\n\"\n\"Content-Transfer-Encoding: 8bit\\n\"\n\n" +
            entry("Start", "Anfang") +
            entry("Go on: [List](list.md#two-items), ![Gap](drawings/gap.svg).\\n",
-                 "Weiter: [Liste](list.md#two-items), ![Lücke](drawings/gap.svg).\\n") +
+                 "Weiter: [die\\n\"\n\"Liste](list.md#two-items), ![Lücke](drawings/gap.svg).\\n") +
            entry("List", "Liste") + entry("Two items", "Zwei Einträge") +
            entry("One.\\n", "Eins.\\n") + entry("Two.\\n", "Zwei.\\n") + entry("missing", "fehlt") +
            entry("empty", "leer") + entry("fuzzy", "unscharf") + entry("older", "älter") +
@@ -104,7 +104,7 @@ TEST_F(SmallGuide, ShowsWhatIsTranslated) {
     EXPECT_FALSE(has(name, "class=\"notice\"")) << name;
   }
   EXPECT_TRUE(has("de/index.html", "<h1 id=\"start\">Anfang</h1>"));
-  EXPECT_TRUE(has("de/index.html", "Weiter: <a href=\"list.html#two-items\">Liste</a>"));
+  EXPECT_TRUE(has("de/index.html", "Weiter: <a href=\"list.html#two-items\">die\nListe</a>"));
   EXPECT_TRUE(has("de/index.html",
                   "<link rel=\"alternate\" hreflang=\"en\" href=\"../index.html\">\n"
                   "<link rel=\"alternate\" hreflang=\"de\" href=\"../de/index.html\">"));
