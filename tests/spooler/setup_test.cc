@@ -14,6 +14,7 @@
 #include "tests/spooler/documents.h"
 #include "tests/spooler/picture.h"
 #include "tests/spooler/private_spooler.h"
+#include "tests/support/raster_maker.h"
 #include "tests/tools/emulator/printer_process.h"
 
 namespace fs = std::filesystem;
@@ -692,6 +693,35 @@ TEST_F(Doctor, ReportsWhatTheQueueWaitsForAndWhyAJobFailed) {
                                "label-" +
                                std::to_string(job) + " -H restart (or remove it: cancel label-" +
                                std::to_string(job) + ")\n");
+}
+
+TEST_F(Doctor, FindsARasterFileThatIsNotWholeAlthoughItsJobIsPrinted) {
+  const ListeningPrinter other(spooler_.toolPath("korvel-printer"), {"--speed", "5000"});
+  spooler_.addQueue("label", "korvel-label-203", other.port());
+  RasterPage page;
+  ASSERT_TRUE(parseRasterPage("400x200 203dpi picture=ramp", &page));
+  const TemporaryFolder files;
+  const std::string whole = files.write("whole.ras", makeRaster({page}));
+  page.pixelBytes = 400 * 150;
+  const std::string cut = files.write("cut.ras", makeRaster({page}));
+  const std::string packed = cut + ".gz";
+  command({"sh", "-c", "gzip -n < " + cut + " > " + packed});
+  const struct {
+    const char* description;
+    std::string file;
+    bool damaged;
+  } kCases[] = {{"whole", whole, false},
+                {"cut short", cut, true},
+                {"and compressed", packed, true},
+                {"no longer the newest", whole, false}};
+  for (const auto& c : kCases) {
+    const int job = spooler_.print("label", {c.file});
+    ASSERT_TRUE(spooler_.waitForJob(job, kSeconds)) << c.description;
+    const std::string output = setup({"--check", "-d", "label"}).output;
+    const std::string finding = "label: The pages of job " + std::to_string(job) +
+                                " are damaged; print the document again from its application.\n";
+    EXPECT_EQ(output.find(finding) != std::string::npos, c.damaged) << c.description << output;
+  }
 }
 
 TEST_F(Doctor, AsksAnIdlePrinterForItsStatus) {

@@ -3,9 +3,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/host/raster_check.h"
 
+#include <cups/file.h>
+
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -21,20 +22,16 @@ namespace {
 constexpr size_t kReadAheadBytes = 65536;
 
 struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
+  void operator()(cups_file_t* file) const { cupsFileClose(file); }
 };
-using File = std::unique_ptr<std::FILE, FileCloser>;
+using File = std::unique_ptr<cups_file_t, FileCloser>;
 
 ssize_t readPiece(void* file, unsigned char* bytes, size_t count) {
   if (count >= kReadAheadBytes) count = 1;
-  return static_cast<ssize_t>(std::fread(bytes, 1, count, static_cast<std::FILE*>(file)));
+  return cupsFileRead(static_cast<cups_file_t*>(file), reinterpret_cast<char*>(bytes), count);
 }
 
-bool isAtEnd(std::FILE* file) {
-  const int next = std::getc(file);
-  if (next != EOF) std::ungetc(next, file);
-  return next == EOF;
-}
+bool isAtEnd(cups_file_t* file) { return cupsFilePeekChar(file) < 0; }
 
 // What makes the filter end the job, with or without an error, before it reads pixels.
 bool endsJob(const cups_page_header2_t& header) {
@@ -53,7 +50,7 @@ bool readPixels(cups_raster_t* raster, const cups_page_header2_t& header) {
 }  // namespace
 
 Result<void> checkRaster(const std::string& path) {
-  const File file(std::fopen(path.c_str(), "rbe"));
+  const File file(cupsFileOpen(path.c_str(), "r"));
   if (!file) return Failure{filled("Cannot open %s: %s.", path.c_str(), std::strerror(errno))};
   if (isAtEnd(file.get())) return {};
   const Raster raster(cupsRasterOpenIO(readPiece, file.get(), CUPS_RASTER_READ));

@@ -10,9 +10,9 @@
 
 namespace korvel {
 
-// Reads the pages of an uncompressed file to the end. Fails when the file ends within a page, or
-// when this system's raster library refuses a page header. Succeeds for a file without pages, and
-// does not look beyond a page that makes the filter stop and report.
+// Reads the pages of a file, compressed or not, to the end. Fails when the file ends within a page,
+// or when this system's raster library refuses a page header. Succeeds for a file without pages,
+// and does not look beyond a page that makes the filter stop and report.
 Result<void> checkRaster(const std::string& path);
 
 }  // namespace korvel

@@ -6,6 +6,7 @@
 #include <cups/adminutil.h>
 #include <cups/cups.h>
 #include <cups/ppd.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "tools/common/process.h"
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
 #include "tools/description/driver_names.h"
@@ -83,6 +85,8 @@ ipp_t* request(ipp_op_t operation, const std::string& queue,
   return made;
 }
 
+constexpr const char* kRaster = "application/vnd.cups-raster";
+
 constexpr const char* kScalingDefaults[] = {"natural-scaling-default", "ppi-default",
                                             "print-scaling-default", "scaling-default"};
 
@@ -142,6 +146,7 @@ const std::vector<const char*> kQueueAttributes = {"printer-name",
 
 const std::vector<const char*> kJobAttributes = {"job-id",
                                                  "job-state",
+                                                 "document-format-detected",
                                                  "job-printer-state-message",
                                                  "job-media-sheets-completed",
                                                  "job-printer-up-time",
@@ -152,6 +157,7 @@ Job jobOf(const Group& group) {
   job.number = integer(group, "job-id");
   job.state = integer(group, "job-state");
   job.message = text(group, "job-printer-state-message");
+  job.format = text(group, "document-format-detected");
   job.sheets = integer(group, "job-media-sheets-completed");
   const int begun = integer(group, "time-at-processing");
   if (job.state == IPP_JSTATE_PROCESSING && begun > 0) {
@@ -248,10 +254,28 @@ std::vector<Job> PrintSystem::jobsToExamine(const std::string& queue) const {
             [](const Job& one, const Job& other) { return one.number < other.number; });
   const int newest = all.empty() ? 0 : all.back().number;
   std::erase_if(all, [newest](const Job& job) {
-    const bool failed = job.state == IPP_JSTATE_ABORTED && job.number == newest;
-    return job.state >= IPP_JSTATE_CANCELED && !failed;
+    const bool failed = job.state == IPP_JSTATE_ABORTED;
+    const bool printedRaster = job.state == IPP_JSTATE_COMPLETED && job.format == kRaster;
+    return job.state >= IPP_JSTATE_CANCELED && (job.number != newest || !(failed || printedRaster));
   });
   return all;
+}
+
+bool PrintSystem::fetchDocument(int job, const std::string& path) const {
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (file.get() < 0) return false;
+  ipp_t* asked = ippNewRequest(IPP_OP_CUPS_GET_DOCUMENT);
+  const std::string uri = "ipp://localhost/jobs/" + std::to_string(job);
+  ippAddString(asked, IPP_TAG_OPERATION, IPP_TAG_URI, "job-uri", nullptr, uri.c_str());
+  ippAddString(asked, IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, cupsUser());
+  ippAddInteger(asked, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "document-number", 1);
+  // Who may not read it is not asked for a password.
+  cupsSetPasswordCB2(
+      [](const char*, http_t*, const char*, const char*, void*) -> const char* { return nullptr; },
+      nullptr);
+  const Answer answer(cupsDoIORequest(CUPS_HTTP_DEFAULT, asked, "/", -1, file.get()));
+  cupsSetPasswordCB2(nullptr, nullptr);
+  return cupsLastError() == IPP_STATUS_OK;
 }
 
 std::string PrintSystem::queueDescription(const std::string& queue) const {

@@ -58,8 +58,9 @@ struct Job {
   int number = 0;  // 0: no job
   int state = 0;   // an ipp_jstate_t
   std::string message;
-  int seconds = 0;  // since its processing began; 0 when it is not being processed
-  int sheets = 0;   // as counted so far
+  int seconds = 0;     // since its processing began; 0 when it is not being processed
+  int sheets = 0;      // as counted so far
+  std::string format;  // of its document: "application/pdf"
 };
 
 // Every call asks the server. Lists and texts are empty when it has none.
@@ -72,8 +73,12 @@ class PrintSystem {
   std::vector<Description> descriptions() const;  // of our printers only
   std::optional<Queue> queue(const std::string& name) const;
   std::vector<Queue> queues() const;  // all, ours and others
-  // The jobs that are not finished, and the newest one if it failed; by their numbers.
+  // The jobs that are not finished, and the newest one if it failed or had a raster file, which the
+  // filter prints as far as it is whole; by their numbers.
   std::vector<Job> jobsToExamine(const std::string& queue) const;
+  // Writes the job's document to a new file, as it was sent. Fails when it is no longer kept or
+  // when this user may not read it.
+  bool fetchDocument(int job, const std::string& path) const;
 
   // The texts of PPDs.
   std::string queueDescription(const std::string& queue) const;

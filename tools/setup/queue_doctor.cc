@@ -255,6 +255,10 @@ void checkJobs(const QueueFacts& facts, Findings* found) {
                         job.number, nameOf(facts), job.number, nameOf(facts), job.number)});
     }
   }
+  if (facts.damagedJob == 0) return;
+  found->push_back({true, filled("The pages of job %d are damaged; print the document again from "
+                                 "its application.",
+                                 facts.damagedJob)});
 }
 
 }  // namespace

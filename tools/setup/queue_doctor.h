@@ -26,6 +26,7 @@ struct QueueFacts {
   FilterFile filter = FilterFile::kNotLookedAt;
   PrinterReply reply;                // only an idle printer is asked
   std::optional<int> silentSeconds;  // of the connection of a busy queue
+  int damagedJob = 0;                // one that was printed from a raster file that is not whole
   std::string dumpFolder;
   uint64_t dumpBytes = 0;
 };

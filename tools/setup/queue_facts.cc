@@ -2,12 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/setup/queue_facts.h"
 
+#include <cups/ipp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+
+#include "tools/common/scratch_folder.h"
+#include "tools/host/raster_check.h"
 
 namespace fs = std::filesystem;
 
@@ -38,6 +42,16 @@ uint64_t bytesOfDumps(const std::string& folder) {
   return sum;
 }
 
+// The filter ends normally where a raster file ends, so such a job counts as printed.
+int damagedJob(const PrintSystem& system, const std::vector<Job>& jobs) {
+  if (jobs.empty() || jobs.back().state != IPP_JSTATE_COMPLETED) return 0;
+  ScratchFolder scratch;
+  if (!scratch.open()) return 0;
+  const std::string path = scratch.file("pages.ras");
+  if (!system.fetchDocument(jobs.back().number, path)) return 0;
+  return checkRaster(path) ? 0 : jobs.back().number;
+}
+
 }  // namespace
 
 std::string filterPath() {
@@ -50,6 +64,7 @@ QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,
   QueueFacts facts;
   facts.queue = queue;
   facts.jobs = system.jobsToExamine(queue.name);
+  facts.damagedJob = damagedJob(system, facts.jobs);
   facts.description = system.queueDescription(queue.name);
   const Description installed = system.installedFor(facts.description);
   facts.installedName = installed.bareName();

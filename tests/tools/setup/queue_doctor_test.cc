@@ -189,6 +189,9 @@ TEST(QueueDoctor, ExplainsTheLastError) {
        },
        "The pages of job 7 were made for another driver; choose the queue's driver again with "
        "korvel-setup and print again.\n"},
+      {"a raster file that is not whole, printed as far as it is",
+       [](QueueFacts* f) { f->damagedJob = 7; },
+       "The pages of job 7 are damaged; print the document again from its application.\n"},
       {"damaged pages", [](QueueFacts* f) { failWith(f, "Page rows too short"); },
        "The pages of job 7 are damaged; print the document again from its application.\n"},
       {"a giant page", [](QueueFacts* f) { failWith(f, "Page too large"); },
