@@ -114,7 +114,7 @@ TEST_F(SmallGuide, ShowsWhatIsTranslated) {
                   "[\"list.html#two-items\",\"Liste\",\"Zwei Einträge\",\"Eins. Zwei.\"]"));
 }
 
-TEST_F(SmallGuide, ShowsAPageInEnglishWhenOneParagraphHasNoCurrentTranslation) {
+TEST_F(SmallGuide, ShowsAPageInEnglishWhenAParagraphIsNotCurrent) {
   for (const std::string name : {"missing", "empty", "fuzzy", "older"}) {
     const std::string page = "de/" + name + ".html";
     EXPECT_TRUE(has(page, "<html lang=\"de\">")) << name;

@@ -113,7 +113,7 @@ TEST_P(EveryDescription, TellsTheSpoolerWhatThePrinterIs) {
   for (const Case& c : kCases) EXPECT_EQ(c.have, c.want) << c.sentence;
 }
 
-TEST_P(EveryDescription, OffersOnlyOptionsThatReachThePrinter) {
+TEST_P(EveryDescription, OffersOnlyWhatReachesThePrinter) {
   const OpenPpd ppd = openPpd(GetParam());
   ASSERT_NE(ppd, nullptr);
   Words want = {"PageSize",     "PageRegion", "ColorModel",  "Resolution",

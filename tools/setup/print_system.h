@@ -58,9 +58,9 @@ struct Job {
   int number = 0;  // 0: no job
   int state = 0;   // an ipp_jstate_t
   std::string message;
-  int seconds = 0;     // since its processing began; 0 when it is not being processed
-  int sheets = 0;      // as counted so far
-  std::string format;  // of its document: "application/pdf"
+  int seconds = 0;          // since its processing began; 0 when it is not being processed
+  int sheets = 0;           // as counted so far
+  std::string format = {};  // of its document: "application/pdf"
 };
 
 // Every call asks the server. Lists and texts are empty when it has none.
