@@ -215,7 +215,7 @@ int labelsInStorm() {
 TEST_F(LongTroubled, StormLosesAndDoublesNothing) {
   constexpr int kRounds = 40;
   const int labels = labelsInStorm();
-  trouble_ = [this] {
+  trouble_ = [this, labels] {
     for (int round = 0; round < kRounds; ++round) {
       waitForSheets(4 * labels / kRounds * round + 1);
       printer_.command("out-of-paper for 0.2 after 0.5");
