@@ -143,6 +143,31 @@ TEST_F(ReportingQueue, IsFreeAgainAtOnceWhenAJobOfALostPrinterIsCancelled) {
   EXPECT_EQ(sheetsOut(), 2u);  // the torso, and the whole one
 }
 
+// The backend of shared printers ends with its connection; the queue then retries the job.
+TEST_F(ReportingQueue, PrintsAJobAgainWhoseConnectionWasLost) {
+  spooler_.setDevice("m6", "korvel://127.0.0.1:" + std::to_string(printer_.port()));
+  spooler_.setDefault("m6", "printer-error-policy=retry-current-job");
+  printer_.command("disconnect after 20000");
+  const int job = print(1);
+  ASSERT_TRUE(printer_.waitForEvent("disconnected by the printer", kSeconds));
+  ASSERT_TRUE(spooler_.waitForJob(job, kSeconds));
+  EXPECT_EQ(printer_.events({"connected"}).size(), 2u);
+  EXPECT_EQ(sheetsOut(), 2u);  // the torso, and the whole one
+}
+
+TEST_F(ReportingQueue, IsFreeAgainAtOnceWhenASharedPrintersJobIsCancelled) {
+  spooler_.setDevice("m6", "korvel://127.0.0.1:" + std::to_string(printer_.port()));
+  printer_.command("silent");
+  const int silent = print(1);
+  ASSERT_TRUE(printer_.waitForEvent("status request -> silence", kSeconds));
+  EXPECT_LT(secondsToCancel(silent), kCancelSeconds);
+
+  spooler_.setDevice("m6", "korvel://127.0.0.1:9");  // nothing listens there
+  const int lost = print(1);
+  ASSERT_TRUE(waitUntil(kSeconds, [this] { return isRunning("socket"); }));
+  EXPECT_LT(secondsToCancel(lost), kCancelSeconds);
+}
+
 // More pages than the connection holds by itself: the filter is still writing.
 TEST_F(ReportingQueue, ItsOneWayTwinKeepsNoFilterWhenThePrinterIsLost) {
   spooler_.addQueue("m6", "korvel-m6-oneway", printer_.port());

@@ -1,13 +1,16 @@
 // The backend of addresses korvel://HOST[:PORT]: waits until no other queue sends to that printer,
-// then becomes the spooler's own backend for socket://HOST[:PORT].
-// SPDX-License-Identifier: Apache-2.0
+// then runs the spooler's own backend for socket://HOST[:PORT], and fails when its connection is
+// lost, so that the queue's error policy decides. SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,7 +21,7 @@ namespace {
 constexpr char kScheme[] = "korvel://";
 constexpr int kFailed = 1;  // what the spooler's backends return: the error policy decides
 constexpr int kStopQueue = 4;
-constexpr int kLowestLock = 10;  // clear of the channels 0 to 4, which the next program inherits
+constexpr int kLowestLock = 10;  // clear of the channels 0 to 4, which the backend inherits
 
 // The address of a printer as the name of a file: 192.0.2.7_9100. Options after ? do not count,
 // and the usual port is the same as none.
@@ -44,7 +47,7 @@ bool isCurrent(int lock, const std::string& path) {
   return fstat(lock, &held) == 0 && stat(path.c_str(), &there) == 0 && held.st_ino == there.st_ino;
 }
 
-// Holds until this process, and the program that it becomes, has ended. False when there can be no
+// Holds until this process, and the backend that it starts, have ended. False when there can be no
 // lock: then nothing is sent.
 bool waitForTurn(const std::string& path) {
   for (;;) {
@@ -63,16 +66,89 @@ bool waitForTurn(const std::string& path) {
   }
 }
 
+std::string socketBackend() {
+  const char* folder = std::getenv("CUPS_SERVERBIN");
+  return std::string(folder == nullptr ? "/usr/lib/cups" : folder) + "/backend/socket";
+}
+
 [[noreturn]] void becomeSocketBackend(const std::string& address, char** argv) {
   std::string uri = "socket://" + address;
   setenv("DEVICE_URI", uri.c_str(), 1);
   argv[0] = uri.data();
-  const char* folder = std::getenv("CUPS_SERVERBIN");
-  const std::string path =
-      std::string(folder == nullptr ? "/usr/lib/cups" : folder) + "/backend/socket";
-  execv(path.c_str(), argv);
-  std::fprintf(stderr, "ERROR: Cannot start %s: %s.\n", path.c_str(), std::strerror(errno));
-  std::exit(kStopQueue);
+  execv(socketBackend().c_str(), argv);
+  std::fprintf(stderr, "ERROR: Cannot start %s: %s.\n", socketBackend().c_str(),
+               std::strerror(errno));
+  _exit(kStopQueue);
+}
+
+// The process of the spooler's backend; -1 when there is none. Its messages can be read from
+// `messages`. All channels of the job are its own then, so that the filter notices its end.
+pid_t startSocketBackend(const std::string& address, char** argv, int* messages) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) return -1;
+  const pid_t parent = getpid();
+  const pid_t child = fork();
+  if (child == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) _exit(kFailed);
+    dup2(ends[1], STDERR_FILENO);
+    becomeSocketBackend(address, argv);
+  }
+  close(ends[1]);
+  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+  for (const int channel : {0, 1, 3, 4}) dup2(nothing, channel);
+  *messages = ends[0];
+  return child;
+}
+
+// Reports whether a message says that an established connection was lost. While it is connecting,
+// the backend tries again by itself. The prefixes are the same in all languages.
+class ConnectionWatch {
+ public:
+  bool isLost(const std::string& message) {
+    if (message.starts_with("STATE: +connecting-to-device")) connected_ = false;
+    if (message.starts_with("STATE: -connecting-to-device")) connected_ = true;
+    return connected_ && message.starts_with("ERROR:");
+  }
+
+ private:
+  bool connected_ = false;
+};
+
+// Passes the messages on until the backend has ended or its connection is lost: it does not end by
+// itself while a filter asks for the printer's status, which would take 20 minutes per page.
+bool passOnUntilLost(int messages) {
+  FILE* lines = fdopen(messages, "r");
+  ConnectionWatch watch;
+  bool lost = false;
+  char* line = nullptr;
+  size_t size = 0;
+  while (lines != nullptr && !lost && getline(&line, &size, lines) > 0) {
+    std::fputs(line, stderr);
+    lost = watch.isLost(line);
+  }
+  std::free(line);
+  if (lines != nullptr) std::fclose(lines);
+  return lost;
+}
+
+volatile pid_t backend = -1;
+
+int runSocketBackend(const std::string& address, char** argv) {
+  int messages = -1;
+  backend = startSocketBackend(address, argv, &messages);
+  signal(SIGTERM, [](int number) { kill(backend, number); });  // it knows when to end
+  if (backend == -1) {
+    std::fprintf(stderr, "ERROR: Cannot start %s: %s.\n", socketBackend().c_str(),
+                 std::strerror(errno));
+    return kFailed;
+  }
+  const bool lost = passOnUntilLost(messages);
+  if (lost) kill(backend, SIGKILL);
+  int status = 0;
+  while (waitpid(backend, &status, 0) == -1 && errno == EINTR) {
+  }
+  return !lost && WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
 }
 
 }  // namespace
@@ -91,5 +167,5 @@ int main(int argc, char** argv) {
                  std::strerror(errno));
     return kFailed;
   }
-  becomeSocketBackend(address, argv);
+  return runSocketBackend(address, argv);
 }
