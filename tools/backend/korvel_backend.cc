@@ -137,17 +137,19 @@ volatile pid_t backend = -1;
 int runSocketBackend(const std::string& address, char** argv) {
   int messages = -1;
   backend = startSocketBackend(address, argv, &messages);
-  signal(SIGTERM, [](int number) { kill(backend, number); });  // it knows when to end
   if (backend == -1) {
     std::fprintf(stderr, "ERROR: Cannot start %s: %s.\n", socketBackend().c_str(),
                  std::strerror(errno));
     return kFailed;
   }
+  // Only while there is a process to end: -1 would mean every process of the machine.
+  signal(SIGTERM, [](int number) { kill(backend, number); });  // it knows when to end
   const bool lost = passOnUntilLost(messages);
   if (lost) kill(backend, SIGKILL);
   int status = 0;
   while (waitpid(backend, &status, 0) == -1 && errno == EINTR) {
   }
+  signal(SIGTERM, SIG_DFL);
   return !lost && WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
 }
 
