@@ -265,6 +265,8 @@ Result<Api::Json> Api::answerJobs(const HttpRequest& request) {
 Result<std::shared_ptr<Document>> Api::import(HttpRequest* request) {
   const auto document = std::static_pointer_cast<Document>(request->kept);
   if (!document) return Failure{kBadRequest.english};
+  const Result<void> counted = parts_.documents->complete(document);
+  if (!counted) return counted.failure();
   document->title = titleOf(request->parameter("title"));
   const Result<void> read = parts_.renderer->import(document.get(), document->file("upload"));
   if (!read) return read.failure();

@@ -116,16 +116,25 @@ DocumentStore::~DocumentStore() {
   sweeper_.join();
 }
 
+bool DocumentStore::isFull() {
+  std::erase_if(complete_, [](const std::weak_ptr<Document>& d) { return d.expired(); });
+  return complete_.size() >= kMostDocuments;
+}
+
 Result<std::shared_ptr<Document>> DocumentStore::create() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  std::erase_if(created_, [](const std::weak_ptr<Document>& d) { return d.expired(); });
-  if (created_.size() >= kMostDocuments) return Failure{kTooManyDocuments.english};
+  if (isFull()) return Failure{kTooManyDocuments.english};
   const std::string id = unguessableName();
   const std::string folder = folder_ + "/" + id;
   if (mkdir(folder.c_str(), 0700) != 0) return Failure{kDiskFull.english};
-  auto document = std::make_shared<Document>(id, folder);
-  created_.push_back(document);
-  return document;
+  return std::make_shared<Document>(id, folder);
+}
+
+Result<void> DocumentStore::complete(const std::shared_ptr<Document>& document) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (isFull()) return Failure{kTooManyDocuments.english};
+  complete_.push_back(document);
+  return {};
 }
 
 void DocumentStore::publish(const std::shared_ptr<Document>& document) {

@@ -86,8 +86,11 @@ class DocumentStore {
   DocumentStore& operator=(const DocumentStore&) = delete;
   ~DocumentStore();
 
-  // A new one, with a folder. It counts until everybody has let go of it.
+  // A new one, with a folder. Refused while there are too many complete ones.
   Result<std::shared_ptr<Document>> create();
+  // Its upload is complete: it counts until everybody has let go of it. Refused when that is one
+  // too many.
+  Result<void> complete(const std::shared_ptr<Document>& document);
   void publish(const std::shared_ptr<Document>& document);
   std::shared_ptr<Document> find(const std::string& id);  // null; notes that it is in use
   void remove(const std::string& id);
@@ -100,12 +103,13 @@ class DocumentStore {
     Clock::time_point end;
   };
   void sweep();
+  bool isFull();  // with the lock held
 
   std::string folder_;
   std::mutex mutex_;
   std::condition_variable wake_;
   std::map<std::string, Entry> entries_;
-  std::vector<std::weak_ptr<Document>> created_;
+  std::vector<std::weak_ptr<Document>> complete_;
   bool ended_ = false;
   std::thread sweeper_;
 };

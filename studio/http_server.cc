@@ -19,6 +19,7 @@
 #include <mutex>
 #include <thread>
 
+#include "studio/upload_limit.h"
 #include "tools/common/process.h"
 #include "tools/common/translation.h"
 
@@ -29,6 +30,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::seconds;
 
 constexpr unsigned kMostConnections = 512;
+constexpr size_t kMostUploads = 16;
 constexpr unsigned kIdleSeconds = 15;
 constexpr size_t kHeaderBytes = 32768;
 constexpr size_t kThreadStack = size_t{1} << 20;
@@ -75,6 +77,13 @@ class Watchdog {
     const std::lock_guard<std::mutex> lock(mutex_);
     watched_[connection] = {info->connect_fd, Clock::now() + time};
   }
+  // Does nothing to a connection that has gone already.
+  void close(const void* connection) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto found = watched_.find(connection);
+    if (found != watched_.end()) found->second.end = Clock::now();
+    wake_.notify_all();
+  }
   void forget(MHD_Connection* connection) {
     const std::lock_guard<std::mutex> lock(mutex_);
     watched_.erase(connection);
@@ -98,7 +107,7 @@ class Watchdog {
 
   std::mutex mutex_;
   std::condition_variable wake_;
-  std::map<MHD_Connection*, Watched> watched_;
+  std::map<const void*, Watched> watched_;  // by connection
   bool ended_ = false;
   std::thread thread_;
 };
@@ -109,6 +118,21 @@ struct Exchange {
   Descriptor file;
   bool failed = false;
 };
+
+std::string addressOf(MHD_Connection* connection) {
+  const MHD_ConnectionInfo* info =
+      MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
+  char text[INET6_ADDRSTRLEN] = "";
+  if (info == nullptr || info->client_addr == nullptr) return text;
+  const sockaddr* client = info->client_addr;
+  const bool isSix = client->sa_family == AF_INET6;
+  inet_ntop(
+      client->sa_family,
+      isSix ? static_cast<const void*>(&reinterpret_cast<const sockaddr_in6*>(client)->sin6_addr)
+            : &reinterpret_cast<const sockaddr_in*>(client)->sin_addr,
+      text, sizeof text);
+  return text;
+}
 
 MHD_Result takeHeader(void* request, MHD_ValueKind, const char* name, const char* value) {
   static_cast<HttpRequest*>(request)->headers[lower(name)] = value == nullptr ? "" : value;
@@ -208,6 +232,7 @@ class HttpServer::Daemon {
 
   HttpHandler* handler_;
   Watchdog watchdog_;
+  UploadLimit uploads_{kMostUploads};
   MHD_Daemon* daemon_ = nullptr;
 };
 
@@ -282,6 +307,7 @@ MHD_Result HttpServer::Daemon::access(void* self, MHD_Connection* connection, co
                                                                                       : MHD_YES;
   }
   exchange->file.reset();
+  daemon->uploads_.end(connection);
   return send(connection, exchange->failed ? daemon->handler_->tooLarge()
                                            : daemon->handler_->answer(&exchange->request));
 }
@@ -305,6 +331,8 @@ MHD_Result HttpServer::Daemon::begin(MHD_Connection* connection, const char* url
     exchange->file.reset(
         open(request.bodyFile.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
     exchange->failed = !exchange->file.isOpen();
+    const void* ended = uploads_.begin(connection, addressOf(connection));
+    if (ended != nullptr) watchdog_.close(ended);
   }
   *state = exchange.release();
   return refused ? send(connection, *refused) : MHD_YES;
@@ -334,7 +362,9 @@ void HttpServer::Daemon::completed(void* self, MHD_Connection* connection, void*
                                    MHD_RequestTerminationCode) {
   delete static_cast<Exchange*>(*state);
   *state = nullptr;
-  static_cast<Daemon*>(self)->watchdog_.allow(connection, kForHeaders);
+  auto* daemon = static_cast<Daemon*>(self);
+  daemon->uploads_.end(connection);
+  daemon->watchdog_.allow(connection, kForHeaders);
 }
 
 void HttpServer::Daemon::connected(void* self, MHD_Connection* connection, void**,

@@ -7,13 +7,13 @@ import { Browser } from '../../tests/studio/webdriver.mjs';
 
 const kSettled = "document.querySelector('#paper').dataset.ready && document.querySelector('#stage').getAttribute('aria-busy') === 'false'";
 const kPictures = [
-  { name: 'studio.png', file: 'label.pdf', queue: 'labels', size: { width: 1280, height: 860 }, scrollTo: '#picture-part' },
-  { name: 'studio-tablet.png', file: 'stencil.pdf', queue: 'stencils', size: { width: 820, height: 1180, touch: true }, place: true },
+  { path: 'docs/pictures/studio.png', file: 'label.pdf', queue: 'labels', size: { width: 1280, height: 860 }, scrollTo: '#picture-part' },
+  { path: 'docs/guide/screens/studio-tablet.png', file: 'stencil.pdf', queue: 'stencils', size: { width: 820, height: 1180, touch: true }, place: true },
 ];
 
 const studio = await startStudio(resolve(process.argv[2]));
 try {
-  for (const { name, file, queue, size, scrollTo, place } of kPictures) {
+  for (const { path, file, queue, size, scrollTo, place } of kPictures) {
     const browser = await Browser.start(size);
     try {
       await browser.open(studio.address);
@@ -27,7 +27,7 @@ try {
       await browser.until(`document.querySelectorAll('[data-painted]').length === ${samples}`, 'a sample of every halftone', 300);
       if (scrollTo) await browser.run('document.querySelector(args[0]).scrollIntoView();', scrollTo);
       await browser.run('await new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)));');
-      await browser.screenshot(join(kRoot, 'docs/pictures', name));
+      await browser.screenshot(join(kRoot, path));
     } finally {
       await browser.stop();
     }

@@ -40,6 +40,8 @@ export function follow(reasonText, attempt) {
 
   cancel.addEventListener('click', () => attempt(async () => show(await server.cancel(number))));
   return {
+    // The next job is another document's.
+    forget() { button.textContent = t('print'); },
     watch(job) {
       number = job;
       clearTimeout(timer);

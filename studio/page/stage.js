@@ -135,6 +135,11 @@ export class Stage {
     c.save();
     this.smooth(pixels);
     if (this.ghost) {
+      const { page } = this.shown;
+      const { zoom, x, y } = this.view;
+      c.beginPath();
+      c.rect(x, y, page.width * zoom, page.height * zoom);
+      c.clip();
       c.globalAlpha = 0.6;
       this.followGhost(c);
     }
@@ -307,13 +312,12 @@ export class Stage {
     this.pointers.set(event.pointerId, point);
     this.start();
     const near = (handle) => Math.hypot(handle.x - point.x, handle.y - point.y) < kHandle;
-    this.grip = 'all';
-    if (this.other && Math.abs(point.x - this.size.width * this.split) < kHandle) this.grip = 'split';
-    else if (this.mode === 'place' && this.pointers.size === 1) {
-      const { corners, turn } = this.handles();
-      if (near(turn)) this.grip = 'turn';
-      else if (corners.some(near)) this.grip = 'scale';
-    }
+    const { corners, turn } = this.handles();
+    const mayGrip = this.mode === 'place' && this.pointers.size === 1;
+    if (mayGrip && near(turn)) this.grip = 'turn';
+    else if (mayGrip && corners.some(near)) this.grip = 'scale';
+    else if (this.other && Math.abs(point.x - this.size.width * this.split) < kHandle) this.grip = 'split';
+    else this.grip = 'all';
   }
 
   // Remembers where all fingers and the document are.

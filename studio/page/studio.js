@@ -328,10 +328,13 @@ async function openFile(file) {
 }
 
 function useDocument(open) {
+  const inDrop = $('drop').contains(document.activeElement);
   state.document = open;
   state.past = [];
   state.future = [];
+  jobs.forget();
   showDocument();
+  if (inDrop) $('paper').focus({ preventScroll: true });
   showOrder();
   refresh();
 }
@@ -347,6 +350,7 @@ function closeDocument() {
   history.replaceState(null, '', location.pathname);
   stage.clear();
   showDocument();
+  $('file').focus({ preventScroll: true });
 }
 
 // After a reload the document is still there.
@@ -449,6 +453,7 @@ function connectFiles() {
   });
   addEventListener('paste', (event) => openFile(event.clipboardData.files[0]));
   on('close', 'click', closeDocument);
+  on('other-file', 'click', () => $('file').click());
   on('page', 'change', () => change('page', (order) => { order.page = Number($('page').value); }));
   addEventListener('pagehide', () => { if (state.document) server.leave(state.document.id); });
 }

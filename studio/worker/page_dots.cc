@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <bit>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 
 #include "studio/sentences.h"
+#include "tools/common/png_file.h"
 #include "tools/common/process.h"
 #include "tools/host/emulated_spooler.h"
 #include "tools/stream/page_picture.h"
@@ -34,9 +36,13 @@ std::string reasonOf(const SpoolerOutcome& outcome, const StreamDecoder& decoder
   return decoder.error();
 }
 
-size_t countDots(const PagePicture& page) {
+size_t countDots(const std::vector<uint8_t>& dots) {
   size_t count = 0;
-  for (const uint8_t byte : page.dots()) count += static_cast<size_t>(std::popcount(byte));
+  for (size_t at = 0; at < dots.size(); at += sizeof(uint64_t)) {
+    uint64_t bits = 0;
+    std::memcpy(&bits, &dots[at], std::min(sizeof bits, dots.size() - at));
+    count += static_cast<size_t>(std::popcount(bits));
+  }
   return count;
 }
 
@@ -114,8 +120,10 @@ Result<DotsSize> makeDots(const DotsJob& job) {
   const std::string reason = outcome ? reasonOf(outcome.value(), decoder) : outcome.sentence();
   if (!reason.empty()) logReason("filter", reason);
   if (!reason.empty() || pages != 1 || !page.checkShape()) return Failure{kNoDots.english};
-  if (!page.writePng(job.target, 0)) return Failure{kDiskFull.english};
-  return DotsSize{page.width(), page.height(), countDots(page)};
+  PngPicture picture = {page.width(), page.height(), page.rowBytes(), 1, 0, {}};
+  picture.quick = true;
+  if (!writePngFile(job.target, picture, page.dots().data())) return Failure{kDiskFull.english};
+  return DotsSize{picture.width, picture.height, countDots(page.dots())};
 }
 
 }  // namespace korvel

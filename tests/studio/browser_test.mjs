@@ -32,6 +32,8 @@ const settled = (browser) => browser.until(
   "document.querySelector('#paper').dataset.ready && document.querySelector('#stage').getAttribute('aria-busy') === 'false'", 'a preview');
 const textOf = (browser, selector) => browser.run('return document.querySelector(args[0]).textContent;', selector);
 const picture = (browser) => browser.run("return document.querySelector('#paper').dataset.picture;");
+const number = (browser, selector) => browser.run('return Number(document.querySelector(args[0]).value);', selector);
+const middleOf = (browser) => browser.run("const b = document.querySelector('#paper').getBoundingClientRect(); return [b.left + b.width / 2, b.top + b.height / 2];");
 const tellPrinter = (line) => new Promise((done, fault) => {
   const socket = createConnection(Number(LABEL_CONTROL), '127.0.0.1', () => socket.write(`${line}\n`));
   socket.on('data', () => { socket.end(); done(); });
@@ -127,7 +129,7 @@ const parts = {
       await browser.set('#compare', '');
       await settled(browser);
       await browser.click('label:has([name=mode][value=place])');
-      const box = await browser.run("const b = document.querySelector('#paper').getBoundingClientRect(); return [b.left + b.width / 2, b.top + b.height / 2];");
+      const box = await middleOf(browser);
       await browser.drag([box, [box[0] + 20, box[1]], [box[0] + 40, box[1] + 10]]);
       await settled(browser);
       expectTrue(await browser.run("return Number(document.querySelector('#right').value) > 1;"), 'dragging moves to the right');
@@ -186,6 +188,23 @@ const parts = {
       await give('drop', '<img src=x onerror=alert(1)>.png');
       await shows('<img src=x onerror=alert(1)>.png');
       expect(await browser.run("return document.querySelectorAll('#title *').length;"), 0, 'a name is no HTML');
+      // Two fingers turn by 40 degrees and scale by 0.7; one step back undoes it.
+      await browser.click('label:has([name=mode][value=place])');
+      const [x, y] = await middleOf(browser);
+      const wide = await number(browser, '#placed-width');
+      await browser.fingers(Array.from({ length: 9 }, (_, step) => {
+        const far = 100 * (1 - 0.3 * step / 8);
+        const angle = step * 5 * Math.PI / 180;
+        const [dx, dy] = [far * Math.cos(angle), far * Math.sin(angle)];
+        return [[x - dx, y - dy], [x + dx, y + dy]];
+      }));
+      await settled(browser);
+      expect(await number(browser, '#turn'), 40, 'two fingers turn');
+      expectTrue(Math.abs(await number(browser, '#placed-width') / wide - 0.7) < 0.01, 'two fingers scale');
+      expect([await number(browser, '#right'), await number(browser, '#down')], [0, 0], 'two fingers leave the middle where it is');
+      await browser.click('#undo');
+      await settled(browser);
+      expect([await number(browser, '#turn'), await number(browser, '#placed-width')], [0, wide], 'undo');
       const first = await browser.openTab();
       await openDocument(browser, 'label.pdf');
       await browser.show(first);
@@ -196,6 +215,38 @@ const parts = {
       await browser.until("!document.body.classList.contains('loaded')", 'a closed document');
       expect(await browser.run("return [location.hash, document.querySelector('#print').disabled];"), ['', true], 'nothing is left to print');
       expect(await browser.complaints(), [], 'the browser complains about nothing');
+    } finally {
+      await browser.stop();
+    }
+  },
+
+  // The tabulator reaches every control, and none is behind the preview, which stays in its place.
+  async keyboard() {
+    const browser = await Browser.start({ width: 390, height: 844 });
+    const kTab = '\uE004';
+    const kEnter = '\uE007';
+    const focused = () => browser.run("const e = document.activeElement; return e.closest('[data-option]')?.dataset.option || e.id || e.name;");
+    const walk = async (count) => {
+      const seen = [];
+      for (let i = 0; i < count; ++i) {
+        await browser.press(kTab);
+        seen.push(await focused());
+        expect(await browser.run(`
+          const box = document.activeElement.getBoundingClientRect();
+          const top = document.activeElement.closest('#panel') ? document.querySelector('#stage').getBoundingClientRect().bottom : 0;
+          return box.bottom <= top || box.top >= innerHeight;`), false, `${seen.at(-1)} is hidden`);
+      }
+      return seen;
+    };
+    try {
+      await openDocument(browser, 'label.pdf');
+      await browser.click('#language');
+      await browser.press('\uE00C');
+      expect(await walk(17), ['paper', 'mode', 'zoom-out', 'zoom-in', 'zoom-fit', 'zoom-dots', 'other-file', 'close', 'queue', 'size', 'fit', 'placed-width', 'turn', 'right', 'down', 'turn-left', 'turn-right'], 'the order of the controls');
+      expect(await walk(9), ['centre', 'Brightness', 'Contrast', 'MirrorImage', 'halftone', 'compare', 'CenterOfPixel', 'Darkness', 'Occurrence'], 'the order of the settings');
+      await browser.run("document.querySelector('#close').focus();");
+      await browser.press(kEnter);
+      expect(await focused(), 'file', 'a closed document leaves the focus where the next one is chosen');
     } finally {
       await browser.stop();
     }

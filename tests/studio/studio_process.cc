@@ -28,6 +28,17 @@ std::string lower(std::string text) {
   return text;
 }
 
+// The server may remove a folder meanwhile.
+void addFiles(const fs::path& folder, std::vector<std::string>* names) {
+  std::error_code gone;
+  fs::directory_iterator at(folder, gone);
+  for (; !gone && at != fs::directory_iterator(); at.increment(gone)) {
+    std::error_code unknown;
+    if (at->is_directory(unknown)) addFiles(at->path(), names);
+    if (at->is_regular_file(unknown)) names->push_back(at->path().filename());
+  }
+}
+
 Reply parseReply(const std::string& bytes) {
   Reply reply;
   const size_t end = bytes.find("\r\n\r\n");
@@ -123,11 +134,7 @@ Reply StudioProcess::request(const std::string& method, const std::string& targe
 
 std::vector<std::string> StudioProcess::privateFiles() const {
   std::vector<std::string> names;
-  std::error_code gone;
-  for (const fs::directory_entry& entry :
-       fs::recursive_directory_iterator(folder_.file("tmp"), gone)) {
-    if (entry.is_regular_file(gone)) names.push_back(entry.path().filename());
-  }
+  addFiles(folder_.file("tmp"), &names);
   std::sort(names.begin(), names.end());
   return names;
 }

@@ -88,6 +88,15 @@ export class Browser {
     await this.on('/actions', { actions: [{ type: 'pointer', id: kind, parameters: { pointerType: kind },
       actions: [at(first, 0), { type: 'pointerDown', button: 0 }, ...rest.map((p) => at(p)), { type: 'pointerUp', button: 0 }] }] });
   }
+  async press(key) {
+    await this.on('/actions', { actions: [{ type: 'key', id: 'keys', actions: [{ type: 'keyDown', value: key }, { type: 'keyUp', value: key }] }] });
+  }
+  // Moves fingers together: each step is where all of them are.
+  async fingers(steps) {
+    const touch = (type, points) => this.devtools('Input.dispatchTouchEvent', { type, touchPoints: points.map(([x, y], id) => ({ x, y, id })) });
+    for (const [i, points] of steps.entries()) await touch(i ? 'touchMove' : 'touchStart', points);
+    await touch('touchEnd', []);
+  }
   async screenshot(path) { writeFileSync(path, Buffer.from(await this.on('/screenshot'), 'base64')); }
   // What the browser complained about, but for answers that a test has asked for.
   async complaints(expected = /a pattern that matches nothing^/) {

@@ -59,6 +59,7 @@ bool encode(std::FILE* file, const PngPicture& picture, const PngRow& row) {
   }
   png_init_io(png, file);
   describe(png, info, picture);
+  if (picture.quick) png_set_compression_level(png, 1);
   mark(png, info);
   png_write_info(png, info);
   if (picture.palette.empty()) png_set_invert_mono(png);

@@ -23,6 +23,7 @@ struct PngPicture {
   int bitsPerDot;                               // leftmost dot in the top bits
   unsigned dpi;                                 // 0: unknown
   std::vector<std::array<uint8_t, 3>> palette;  // red, green, blue; empty: grey, set bits black
+  bool quick = false;                           // saves time rather than bytes
 };
 
 // The row `y`, valid until the next call.
