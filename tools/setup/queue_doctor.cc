@@ -9,6 +9,7 @@
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
 #include "tools/setup/device_choice.h"
+#include "tools/setup/preset.h"
 
 namespace korvel {
 
@@ -71,12 +72,13 @@ void checkFilter(const QueueFacts& facts, Findings* found) {
   }
 }
 
-constexpr char kLoopback[] = "socket://127.0.0.1:";
+constexpr char kLoopback[] = "korvel://127.0.0.1:";
 
 void reportNotReached(const QueueFacts& facts, Findings* found) {
   const std::string& uri = facts.queue.uri;
-  if (uri.starts_with(kLoopback)) {
-    const std::string port = uri.substr(sizeof kLoopback - 1);
+  const std::string device = addressWithTurns(uri);
+  if (device.starts_with(kLoopback)) {
+    const std::string port = device.substr(sizeof kLoopback - 1);
     found->push_back(
         {true, filled("Nothing listens at %s. Start the emulated printer again: "
                       "korvel-setup --emulated -p %s -m %s --port %s",
