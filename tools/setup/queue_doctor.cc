@@ -257,6 +257,12 @@ void checkJobs(const QueueFacts& facts, Findings* found) {
                         job.number, nameOf(facts), job.number, nameOf(facts), job.number)});
     }
   }
+  if (facts.interruptedJob != 0) {
+    found->push_back({false, filled("Job %d was interrupted when the print server stopped, and was "
+                                    "printed again from its first page; look for labels that were "
+                                    "printed twice.",
+                                    facts.interruptedJob)});
+  }
   if (facts.damagedJob == 0) return;
   found->push_back({true, filled("The pages of job %d are damaged; print the document again from "
                                  "its application.",

@@ -100,7 +100,8 @@ bool moves(const Queue& queue) { return addressWithTurns(queue.uri) != queue.uri
 std::string formerDevice(const PrintSystem& system, const Queue& queue, const std::string& uri) {
   if (uri.empty() || addressWithTurns(uri) != queue.uri) return "";
   for (const Queue& other : system.queues()) {
-    if (other.name != queue.name && deviceOf(other.uri) == deviceOf(uri)) return "";
+    const bool takesTurns = !moves(other) && deviceOf(other.uri) == deviceOf(uri);
+    if (other.name != queue.name && takesTurns) return "";
   }
   return uri;
 }
