@@ -82,6 +82,8 @@ TEST_F(Sharing, IsSharedProvedAndTakenBack) {
   EXPECT_EQ(lastLine(result.output),
             "Tablets and phones find it as \"Labels (Korvel K220) @ shop\".");
   const std::string open = spooler_->configuration();
+  const std::string address = "127.0.0.1:" + std::to_string(printer_->port());
+  EXPECT_NE(queueState("labels").find("device-uri=korvel://" + address), std::string::npos);
   room_.atThePhone([this] {
     Phone phone(room_.address());
     ASSERT_TRUE(phone.connected());
@@ -100,6 +102,7 @@ TEST_F(Sharing, IsSharedProvedAndTakenBack) {
   EXPECT_EQ(spooler_->configuration(), configuration);
   EXPECT_EQ(queueState("other"), other);
   EXPECT_NE(queueState("labels").find("printer-info=labels "), std::string::npos);
+  EXPECT_NE(queueState("labels").find("device-uri=socket://" + address), std::string::npos);
   room_.atThePhone([this] { EXPECT_FALSE(Phone(room_.address()).connected()); });
   result = setup({"--unshare", "labels"});
   EXPECT_EQ(result.status, 1);

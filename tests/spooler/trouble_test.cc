@@ -143,6 +143,26 @@ TEST_F(ReportingQueue, IsFreeAgainAtOnceWhenAJobOfALostPrinterIsCancelled) {
   EXPECT_EQ(sheetsOut(), 2u);  // the torso, and the whole one
 }
 
+TEST_F(ReportingQueue, ItsCheckReportsAJobThatWasPrintedAgain) {
+  spooler_.setDefault("m6", "printer-error-policy=retry-current-job");
+  const auto check = [this] {
+    return run({spooler_.toolPath("korvel-setup"), "--check", "m6"}, kSeconds,
+               spooler_.clientEnvironment())
+        .output;
+  };
+  printer_.command("out-of-paper");
+  const int job = print(1);
+  ASSERT_TRUE(waitForReason(kNoPaper, true));
+  EXPECT_EQ(check().find("interrupted"), std::string::npos);
+  spooler_.restart();
+  printer_.command("load");
+  ASSERT_TRUE(spooler_.waitForJob(job, kSeconds));
+  EXPECT_NE(check().find("Job 1 was interrupted when the print server stopped, and was printed "
+                         "again from its first page; look for labels"),
+            std::string::npos)
+      << check();
+}
+
 // The backend of shared printers ends with its connection; the queue then retries the job.
 TEST_F(ReportingQueue, PrintsAJobAgainWhoseConnectionWasLost) {
   spooler_.setDevice("m6", "korvel://127.0.0.1:" + std::to_string(printer_.port()));

@@ -150,6 +150,7 @@ const std::vector<const char*> kJobAttributes = {"job-id",
                                                  "job-printer-state-message",
                                                  "job-media-sheets-completed",
                                                  "job-printer-up-time",
+                                                 "time-at-creation",
                                                  "time-at-processing"};
 
 Job jobOf(const Group& group) {
@@ -159,10 +160,10 @@ Job jobOf(const Group& group) {
   job.message = text(group, "job-printer-state-message");
   job.format = text(group, "document-format-detected");
   job.sheets = integer(group, "job-media-sheets-completed");
-  const int begun = integer(group, "time-at-processing");
-  if (job.state == IPP_JSTATE_PROCESSING && begun > 0) {
-    job.seconds = integer(group, "job-printer-up-time") - begun;
-  }
+  job.created = integer(group, "time-at-creation");
+  job.begun = integer(group, "time-at-processing");
+  job.now = integer(group, "job-printer-up-time");
+  if (job.state == IPP_JSTATE_PROCESSING && job.begun > 0) job.seconds = job.now - job.begun;
   return job;
 }
 
@@ -244,7 +245,7 @@ std::vector<Queue> PrintSystem::queues() const {
   return all;
 }
 
-std::vector<Job> PrintSystem::jobsToExamine(const std::string& queue) const {
+std::vector<Job> PrintSystem::jobs(const std::string& queue) const {
   ipp_t* asked = request(IPP_OP_GET_JOBS, queue, kJobAttributes);
   ippAddString(asked, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, "all");
   const Answer answer(cupsDoRequest(CUPS_HTTP_DEFAULT, asked, "/"));
@@ -252,6 +253,11 @@ std::vector<Job> PrintSystem::jobsToExamine(const std::string& queue) const {
   answer.forEachGroup(IPP_TAG_JOB, [&all](const Group& group) { all.push_back(jobOf(group)); });
   std::sort(all.begin(), all.end(),
             [](const Job& one, const Job& other) { return one.number < other.number; });
+  return all;
+}
+
+std::vector<Job> PrintSystem::jobsToExamine(const std::string& queue) const {
+  std::vector<Job> all = jobs(queue);
   const int newest = all.empty() ? 0 : all.back().number;
   std::erase_if(all, [newest](const Job& job) {
     const bool failed = job.state == IPP_JSTATE_ABORTED;

@@ -61,6 +61,10 @@ struct Job {
   int seconds = 0;          // since its processing began; 0 when it is not being processed
   int sheets = 0;           // as counted so far
   std::string format = {};  // of its document: "application/pdf"
+  // The server's clock, in seconds since 1970.
+  int created = 0;
+  int begun = 0;  // its processing; 0: not yet
+  int now = 0;    // when the server was asked
 };
 
 // Every call asks the server. Lists and texts are empty when it has none.
@@ -72,7 +76,8 @@ class PrintSystem {
   std::vector<Device> devices() const;            // takes some seconds
   std::vector<Description> descriptions() const;  // of our printers only
   std::optional<Queue> queue(const std::string& name) const;
-  std::vector<Queue> queues() const;  // all, ours and others
+  std::vector<Queue> queues() const;                      // all, ours and others
+  std::vector<Job> jobs(const std::string& queue) const;  // all that it remembers, by number
   // The jobs that are not finished, and the newest one if it failed or had a raster file, which the
   // filter prints as far as it is whole; by their numbers.
   std::vector<Job> jobsToExamine(const std::string& queue) const;

@@ -9,6 +9,7 @@
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
 #include "tools/setup/device_choice.h"
+#include "tools/setup/preset.h"
 
 namespace korvel {
 
@@ -71,12 +72,13 @@ void checkFilter(const QueueFacts& facts, Findings* found) {
   }
 }
 
-constexpr char kLoopback[] = "socket://127.0.0.1:";
+constexpr char kLoopback[] = "korvel://127.0.0.1:";
 
 void reportNotReached(const QueueFacts& facts, Findings* found) {
   const std::string& uri = facts.queue.uri;
-  if (uri.starts_with(kLoopback)) {
-    const std::string port = uri.substr(sizeof kLoopback - 1);
+  const std::string device = addressWithTurns(uri);
+  if (device.starts_with(kLoopback)) {
+    const std::string port = device.substr(sizeof kLoopback - 1);
     found->push_back(
         {true, filled("Nothing listens at %s. Start the emulated printer again: "
                       "korvel-setup --emulated -p %s -m %s --port %s",
@@ -254,6 +256,12 @@ void checkJobs(const QueueFacts& facts, Findings* found) {
                         "it: cancel %s-%d)",
                         job.number, nameOf(facts), job.number, nameOf(facts), job.number)});
     }
+  }
+  if (facts.interruptedJob != 0) {
+    found->push_back({false, filled("Job %d was interrupted when the print server stopped, and was "
+                                    "printed again from its first page; look for labels that were "
+                                    "printed twice.",
+                                    facts.interruptedJob)});
   }
   if (facts.damagedJob == 0) return;
   found->push_back({true, filled("The pages of job %d are damaged; print the document again from "

@@ -27,6 +27,7 @@ struct QueueFacts {
   PrinterReply reply;                // only an idle printer is asked
   std::optional<int> silentSeconds;  // of the connection of a busy queue
   int damagedJob = 0;                // one that was printed from a raster file that is not whole
+  int interruptedJob = 0;            // one that the print server's end interrupted
   std::string dumpFolder;
   uint64_t dumpBytes = 0;
 };

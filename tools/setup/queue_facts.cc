@@ -12,6 +12,7 @@
 
 #include "tools/common/scratch_folder.h"
 #include "tools/host/raster_check.h"
+#include "tools/setup/server_start.h"
 
 namespace fs = std::filesystem;
 
@@ -64,6 +65,9 @@ QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,
   QueueFacts facts;
   facts.queue = queue;
   facts.jobs = system.jobsToExamine(queue.name);
+  if (system.isThisMachine()) {
+    facts.interruptedJob = interruptedJob(system.jobs(queue.name), printServerStart());
+  }
   facts.damagedJob = damagedJob(system, facts.jobs);
   facts.description = system.queueDescription(queue.name);
   const Description installed = system.installedFor(facts.description);

@@ -24,6 +24,7 @@
 #include "tools/description/description_text.h"
 #include "tools/setup/apple_raster.h"
 #include "tools/setup/network_proof.h"
+#include "tools/setup/preset.h"
 #include "tools/setup/queue_setup.h"
 #include "tools/setup/server_config.h"
 #include "tools/setup/sharing_state.h"
@@ -91,6 +92,20 @@ QueueRecord asItIs(const Queue& queue) {
   return {queue.name, queue.shared, queue.info, queue.location, {}, false};
 }
 
+// Clients send job after job: a lost connection must not hold the queue up, nor lose a label.
+bool moves(const Queue& queue) { return addressWithTurns(queue.uri) != queue.uri; }
+
+// Where the queue was before it was shared; empty when it is elsewhere by now, or when another
+// queue takes turns with it.
+std::string formerDevice(const PrintSystem& system, const Queue& queue, const std::string& uri) {
+  if (uri.empty() || addressWithTurns(uri) != queue.uri) return "";
+  for (const Queue& other : system.queues()) {
+    const bool takesTurns = !moves(other) && deviceOf(other.uri) == deviceOf(uri);
+    if (other.name != queue.name && takesTurns) return "";
+  }
+  return uri;
+}
+
 // The queue as people are to find it.
 QueueRecord asShared(const Queue& queue, const std::string& description,
                      const SharingRequest& request) {
@@ -106,12 +121,13 @@ QueueRecord asShared(const Queue& queue, const std::string& description,
   if (queue.location.empty()) wanted.location = hostName();
   if (!request.info.empty()) wanted.info = request.info;
   if (!request.location.empty()) wanted.location = request.location;
+  if (moves(queue)) wanted.uri = addressWithTurns(queue.uri);
   return wanted;
 }
 
 bool differs(const QueueRecord& wanted, const Queue& queue) {
   return wanted.wasShared != queue.shared || wanted.info != queue.info ||
-         wanted.location != queue.location;
+         wanted.location != queue.location || !wanted.uri.empty();
 }
 
 // Phones show the announced name only: two queues must not have the same.
@@ -128,6 +144,7 @@ void recordShared(const Queue& queue, const Sizes& sizes, SharingState* state) {
     state->queues.push_back(asItIs(queue));
     old = &state->queues.back();
   }
+  if (moves(queue)) old->uri = queue.uri;
   old->hidden = false;
   old->readySizes = sizes;
 }
@@ -180,8 +197,10 @@ void showEdit(const LineEdit& edit) {
 }
 
 void showQueue(const QueueRecord& queue) {
-  std::printf("  lpadmin -p %s -o printer-is-shared=%s -D '%s' -L '%s'\n", queue.name.c_str(),
+  std::printf("  lpadmin -p %s -o printer-is-shared=%s -D '%s' -L '%s'", queue.name.c_str(),
               queue.wasShared ? "true" : "false", queue.info.c_str(), queue.location.c_str());
+  if (!queue.uri.empty()) std::printf(" -v '%s'", queue.uri.c_str());
+  std::printf("\n");
 }
 
 void show(const Plan& plan) {
@@ -234,8 +253,10 @@ Result<void> waitForServer(const PrintSystem& system, const std::string& text) {
 
 Result<void> applyQueue(const QueueRecord& queue) {
   const std::string shared = queue.wasShared ? "true" : "false";
-  return runLpadmin({"-p", queue.name, "-o", "printer-is-shared=" + shared, "-D", queue.info, "-L",
-                     queue.location});
+  std::vector<std::string> arguments = {"-p", queue.name, "-o", "printer-is-shared=" + shared,
+                                        "-D", queue.info, "-L", queue.location};
+  if (!queue.uri.empty()) arguments.insert(arguments.end(), {"-v", queue.uri});
+  return runLpadmin(arguments);
 }
 
 Result<void> applyConfig(const PrintSystem& system, const ConfigChange& change) {
@@ -476,7 +497,8 @@ void planToClose(const PrintSystem& system, const std::string& text, Plan* plan)
   plan->state = {};
 }
 
-Result<Plan> planToUnshare(const PrintSystem& system, const SharingRequest& request) {
+Result<Plan> planToUnshare(const PrintSystem& system, const Queue& queue,
+                           const SharingRequest& request) {
   Plan plan;
   plan.state = loadState(request.stateFolder);
   const QueueRecord* record = plan.state.find(request.queue);
@@ -484,7 +506,9 @@ Result<Plan> planToUnshare(const PrintSystem& system, const SharingRequest& requ
   Result<std::string> text = readServerConfig();
   if (!text) return text.failure();
   plan.published.push_back(*record);
+  plan.published[0].uri = formerDevice(system, queue, record->uri);
   QueueRecord hidden = *record;
+  hidden.uri.clear();
   forget(request.queue, &plan.state);
   if (!plan.state.sharesAny()) {
     planToClose(system, *text, &plan);
@@ -510,7 +534,7 @@ Result<void> unshareQueue(const PrintSystem& system, const SharingRequest& reque
   const Result<Queue> queue = sharedCandidate(system, request.queue);
   if (!queue) return queue.failure();
   const bool startedAvahi = loadState(request.stateFolder).startedAvahi;
-  Result<Plan> plan = planToUnshare(system, request);
+  Result<Plan> plan = planToUnshare(system, queue.value(), request);
   if (!plan) return plan.failure();
   show(*plan);
   if (!mayChange(request)) return {};

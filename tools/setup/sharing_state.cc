@@ -66,9 +66,9 @@ std::string joined(const std::vector<std::string>& list) {
 }
 
 void readLine(const std::vector<std::string>& fields, SharingState* state) {
-  if (fields[0] == "queue" && fields.size() == 7) {
+  if (fields[0] == "queue" && fields.size() == 8) {
     state->queues.push_back({fields[1], fields[2] == "shared", fields[3], fields[4],
-                             listOf(fields[5]), fields[6] == "hidden"});
+                             listOf(fields[5]), fields[6] == "hidden", fields[7]});
   } else if (fields[0] == "edit" && fields.size() == 4) {
     state->edits.push_back({unescaped(fields[1]), unescaped(fields[2]), unescaped(fields[3])});
   } else if (fields[0] == "ready" && fields.size() == 2) {
@@ -114,7 +114,7 @@ std::string writeState(const SharingState& state) {
   for (const QueueRecord& one : state.queues) {
     out << "queue\t" << one.name << "\t" << (one.wasShared ? "shared" : "private") << "\t"
         << clean(one.info) << "\t" << clean(one.location) << "\t" << joined(one.readySizes) << "\t"
-        << (one.hidden ? "hidden" : "published") << "\n";
+        << (one.hidden ? "hidden" : "published") << "\t" << one.uri << "\n";
   }
   for (const LineEdit& edit : state.edits) {
     out << "edit\t" << escaped(edit.section) << "\t" << escaped(edit.before) << "\t"

@@ -18,6 +18,7 @@ struct QueueRecord {
   std::string info, location;
   std::vector<std::string> readySizes;  // that it added
   bool hidden = false;                  // not one that the user shared: kept from being shared too
+  std::string uri = {};                 // of its device; empty: stays as it is
   bool operator==(const QueueRecord&) const = default;
 };
 

@@ -100,6 +100,9 @@ TEST(QueueDoctor, FindsWhatIsWrongWithTheInstallation) {
        "The print service does not run filters that other users can change. As root: chown "
        "root:root /usr/lib/cups/filter/rastertokorvel && chmod 755 "
        "/usr/lib/cups/filter/rastertokorvel\n"},
+      {"a job that the server's end interrupted", [](QueueFacts* f) { f->interruptedJob = 12; },
+       "? Job 12 was interrupted when the print server stopped, and was printed again from its "
+       "first page; look for labels that were printed twice.\n"},
       {"many pictures", [](QueueFacts* f) { f->dumpBytes = 1234567890; },
        "The image dumps of the filter in /var/spool/cups/tmp take 1234 MB. As root: find "
        "/var/spool/cups/tmp -maxdepth 1 \\( -name 'origin_*.bmp' -o -name 'dithered_*.bmp' \\) "

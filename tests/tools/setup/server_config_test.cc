@@ -122,7 +122,7 @@ TEST(ServerConfig, SeesAdministrationFromTheNetwork) {
 
 TEST(SharingState, IsReadAsItWasWritten) {
   korvel::SharingState state;
-  state.queues = {{"labels", true, "Labels, 4 x 6", "", {"4x6", "A4"}, false},
+  state.queues = {{"labels", true, "Labels, 4 x 6", "", {"4x6", "A4"}, false, "socket://192.0.2.7"},
                   {"other", true, "", "Room 7", {}, true}};
   state.edits = {{"<Location />", "", "\tAllow\\ @LOCAL"}, {"", "Listen x", "Port 631"}};
   state.readyBase = {"A4"};
