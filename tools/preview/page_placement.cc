@@ -54,7 +54,7 @@ std::string boxText(const PageBox& box) {
 }
 
 // One filled rectangle per stripe. None is white, which is paper.
-std::string stripes(const PdfPage& page) {
+std::string stripes(const PdfBoxes& page) {
   const bool upright = page.rotation % 180 == 0;
   const bool fromTheEnd = page.rotation == 180 || page.rotation == 270;
   const PageBox& box = page.trim;
@@ -142,7 +142,7 @@ int firstPage(const std::string& options) {
   return first;
 }
 
-std::optional<PdfPage> readPdfPage(const RasteriserJob& job) {
+std::optional<PdfBoxes> readPdfPage(const RasteriserJob& job) {
   const std::string page = std::to_string(firstPage(job.options));
   Program program;
   program.arguments = {"pdfinfo", "-box", "-f", page, "-l", page, asOperand(job.document)};
@@ -154,12 +154,12 @@ std::optional<PdfPage> readPdfPage(const RasteriserJob& job) {
 
 }  // namespace
 
-double PdfPage::shownWidth() const {
+double PdfBoxes::shownWidth() const {
   return rotation % 180 == 0 ? trim[2] - trim[0] : trim[3] - trim[1];
 }
 
-std::optional<PdfPage> parsePdfInfo(const std::string& text) {
-  PdfPage page;
+std::optional<PdfBoxes> parsePdfInfo(const std::string& text) {
+  PdfBoxes page;
   int found = 0;
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
@@ -174,7 +174,7 @@ std::optional<PdfPage> parsePdfInfo(const std::string& text) {
   return page;
 }
 
-std::string stripedPdf(const PdfPage& page) {
+std::string stripedPdf(const PdfBoxes& page) {
   const std::string content = stripes(page);
   const std::string objects[] = {
       "<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
@@ -215,7 +215,7 @@ std::optional<PagePlacement> measureStripes(const RasterPage& raster, double sho
 }
 
 std::optional<PagePlacement> findPlacement(const RasteriserJob& job, const std::string& scratch) {
-  const std::optional<PdfPage> page = readPdfPage(job);
+  const std::optional<PdfBoxes> page = readPdfPage(job);
   if (!page) return {};
   std::ofstream file(scratch, std::ios::binary);
   file << stripedPdf(*page);

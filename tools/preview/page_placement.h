@@ -21,7 +21,7 @@ struct PagePlacement {
 // Left, bottom, right and top in points.
 using PageBox = std::array<double, 4>;
 
-struct PdfPage {
+struct PdfBoxes {
   PageBox media = {};
   PageBox crop = {};
   PageBox trim = {};
@@ -31,11 +31,11 @@ struct PdfPage {
 };
 
 // Reads the boxes from what pdfinfo prints about one page; nothing when they are not there.
-std::optional<PdfPage> parsePdfInfo(const std::string& text);
+std::optional<PdfBoxes> parsePdfInfo(const std::string& text);
 
 // A PDF file of one page with these boxes. Its stripes are parallel to the sides of the page as it
 // is shown, and darker from left to right.
-std::string stripedPdf(const PdfPage& page);
+std::string stripedPdf(const PdfBoxes& page);
 
 // Where the stripes of a page that is shown `shownWidth` points wide are in the raster; nothing
 // when too few of them are there.
