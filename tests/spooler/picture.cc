@@ -20,7 +20,7 @@ Picture Picture::part(size_t left, size_t top, size_t partWidth, size_t partHeig
   return part;
 }
 
-Picture readPicture(const std::string& path) {
+Picture readPicture(const std::string& path, const std::array<uint8_t, 3>& colour) {
   png_image image = {};
   image.version = PNG_IMAGE_VERSION;
   if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return {};
@@ -29,8 +29,8 @@ Picture readPicture(const std::string& path) {
   if (png_image_finish_read(&image, nullptr, rgb.data(), 0, nullptr) == 0) return {};
   Picture picture{image.width, image.height, {}};
   for (size_t i = 0; i < rgb.size(); i += 3) {
-    const bool black = rgb[i] == 0 && rgb[i + 1] == 0 && rgb[i + 2] == 0;
-    picture.dots.push_back(black ? 1 : 0);
+    const bool same = std::equal(colour.begin(), colour.end(), &rgb[i]);
+    picture.dots.push_back(same ? 1 : 0);
   }
   return picture;
 }

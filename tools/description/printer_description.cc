@@ -59,6 +59,14 @@ std::string knownDefaults(const std::string& queue, const std::string& path) {
   return text;
 }
 
+// Of a size in points, fractions cut off.
+DotSize dotsOf(float width, float height, unsigned dpi) {
+  const double dotsPerPoint = dpi / 72.0;
+  constexpr double kRounding = 0.001;  // sizes are single precision
+  return {static_cast<int>(width * dotsPerPoint + kRounding),
+          static_cast<int>(height * dotsPerPoint + kRounding)};
+}
+
 Failure noQueue(const std::string& queue) {
   if (cupsLastError() == IPP_STATUS_ERROR_NOT_FOUND) {
     return {filled("There is no queue %s. Show all queues: lpstat -e", queue.c_str())};
@@ -137,10 +145,13 @@ unsigned PrinterDescription::dpi() const {
 DotSize PrinterDescription::printableDots() const {
   const ppd_size_t* size = ppdPageSize(ppd_.get(), nullptr);
   if (size == nullptr) return {};
-  const double dotsPerPoint = dpi() / 72.0;
-  constexpr double kRounding = 0.001;  // sizes are single precision
-  return {static_cast<int>((size->right - size->left) * dotsPerPoint + kRounding),
-          static_cast<int>((size->top - size->bottom) * dotsPerPoint + kRounding)};
+  return dotsOf(size->right - size->left, size->top - size->bottom, dpi());
+}
+
+DotSize PrinterDescription::paperDots() const {
+  const ppd_size_t* size = ppdPageSize(ppd_.get(), nullptr);
+  if (size == nullptr || media() != Media::kSheet) return printableDots();
+  return dotsOf(size->width, size->length, dpi());
 }
 
 Media PrinterDescription::media() const {

@@ -39,6 +39,8 @@ class PrinterDescription {
   unsigned dpi() const;      // 0: unknown
   Media media() const;
   DotSize printableDots() const;  // of the marked page size, fractions cut off
+  // Of the marked page size: the label, all of which is printable, or the whole stencil sheet.
+  DotSize paperDots() const;
   std::string choice(const std::string& option) const;  // empty without such an option
 
  private:

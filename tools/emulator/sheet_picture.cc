@@ -24,8 +24,7 @@ SheetPicture::SheetPicture(PagePicture page, size_t headDots)
       width_(std::max(headDots, left_ + rowBytes_ * 8)) {}
 
 size_t SheetPicture::height() const {
-  const size_t paper = leadRows_ + pageRows_ + tailRows_;
-  return end_ == SheetEnd::kAttached ? paper : paper + kMarkRows;
+  return end_ == SheetEnd::kAttached ? paperRows() : paperRows() + kMarkRows;
 }
 
 bool SheetPicture::isBlank(size_t y) const {
@@ -34,7 +33,7 @@ bool SheetPicture::isBlank(size_t y) const {
 }
 
 SheetDot SheetPicture::at(size_t x, size_t y) const {
-  if (y >= leadRows_ + pageRows_ + tailRows_) {
+  if (y >= paperRows()) {
     const bool gap = end_ == SheetEnd::kTear && x / kDashDots % 2 != 0;
     return gap ? SheetDot::kPaper : SheetDot::kMark;
   }
@@ -48,23 +47,34 @@ SheetDot SheetPicture::at(size_t x, size_t y) const {
   return bit != 0 ? SheetDot::kDot : SheetDot::kPaper;
 }
 
-Result<void> SheetPicture::writePng(const std::string& path, unsigned dpi) const {
-  if (height() == 0) return Failure{"The sheet has no length, so there is no picture."};
-  const size_t stride = (width_ + kDotsPerByte - 1) / kDotsPerByte;
+Result<void> writeSheetPng(const std::string& path, const SheetSize& size, unsigned dpi,
+                           const SheetRow& row) {
+  if (size.height == 0) return Failure{"The sheet has no length, so there is no picture."};
+  const size_t stride = (size.width + kDotsPerByte - 1) / kDotsPerByte;
+  std::vector<SheetDot> dots(size.width);
   std::vector<uint8_t> packed(stride);
-  const auto row = [&](size_t y) -> const uint8_t* {
-    std::fill(packed.begin(), packed.end(), uint8_t{0});  // paper
-    if (isBlank(y)) return packed.data();
-    for (size_t x = 0; x < width_; ++x) {
-      const unsigned index = static_cast<unsigned>(at(x, y)) << (6 - x % kDotsPerByte * 2);
+  const auto packedRow = [&](size_t y) -> const uint8_t* {
+    std::fill(dots.begin(), dots.end(), SheetDot::kPaper);
+    row(y, &dots);
+    std::fill(packed.begin(), packed.end(), uint8_t{0});
+    for (size_t x = 0; x < size.width; ++x) {
+      const unsigned index = static_cast<unsigned>(dots[x]) << (6 - x % kDotsPerByte * 2);
       uint8_t& byte = packed[x / kDotsPerByte];
       byte = static_cast<uint8_t>(byte | index);
     }
     return packed.data();
   };
-  const PngPicture picture = {width_, height(), stride,
-                              2,      dpi,      {{255, 255, 255}, {0, 0, 0}, {255, 0, 0}}};
-  return writePngFile(path, picture, row);
+  const PngPicture picture = {
+      size.width, size.height, stride,
+      2,          dpi,         {{255, 255, 255}, {0, 0, 0}, {255, 0, 0}, {0, 102, 255}}};
+  return writePngFile(path, picture, packedRow);
+}
+
+Result<void> SheetPicture::writePng(const std::string& path, unsigned dpi) const {
+  return writeSheetPng(path, {width_, height()}, dpi, [this](size_t y, auto* dots) {
+    if (isBlank(y)) return;
+    for (size_t x = 0; x < width_; ++x) (*dots)[x] = at(x, y);
+  });
 }
 
 }  // namespace korvel

@@ -6,14 +6,16 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "tools/common/result.h"
 #include "tools/stream/page_picture.h"
 
 namespace korvel {
 
-enum class SheetDot { kPaper, kDot, kMark };
+enum class SheetDot { kPaper, kDot, kMark, kOutline };
 
 // How a sheet ends: joined to the next one, at the tear-off edge, or cut.
 enum class SheetEnd { kAttached, kTear, kCut };
@@ -24,6 +26,19 @@ inline constexpr size_t kDashDots = 8;
 
 // Some twelve metres at 203 dots per inch.
 inline constexpr size_t kMostBlankRows = 100'000;
+
+struct SheetSize {
+  size_t width;   // dots
+  size_t height;  // rows
+};
+
+// Sets the dots of row `y`, which are all paper before.
+using SheetRow = std::function<void(size_t y, std::vector<SheetDot>* dots)>;
+
+// White paper, black dots, red marks, blue outlines: two bits per dot, with a palette of these four
+// in this order. `dpi` must not be 0.
+Result<void> writeSheetPng(const std::string& path, const SheetSize& size, unsigned dpi,
+                           const SheetRow& row);
 
 class SheetPicture {
  public:
@@ -45,12 +60,12 @@ class SheetPicture {
     return left_ + rowBytes_ * 8;
   }                                        // first dot to the right of the page's rows
   size_t width() const { return width_; }  // dots
-  size_t height() const;                   // rows, including the mark's
-  SheetDot at(size_t x, size_t y) const;   // inside width and height
-  bool isBlank(size_t y) const;            // whether the row is paper that was fed
+  size_t paperRows() const { return leadRows_ + pageRows_ + tailRows_; }
+  size_t height() const;                  // rows, including the mark's
+  SheetDot at(size_t x, size_t y) const;  // inside width and height
+  bool isBlank(size_t y) const;           // whether the row is paper that was fed
 
-  // White paper, black dots, red marks: two bits per dot, with a palette of these three in this
-  // order. `dpi` must not be 0.
+  // `dpi` must not be 0.
   Result<void> writePng(const std::string& path, unsigned dpi) const;
 
  private:

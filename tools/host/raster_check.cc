@@ -49,18 +49,21 @@ bool readPixels(cups_raster_t* raster, const cups_page_header2_t& header) {
 
 }  // namespace
 
-Result<void> checkRaster(const std::string& path) {
+Result<void> checkRaster(const std::string& path,
+                         const std::function<void(const cups_page_header2_t&)>& page) {
   const File file(cupsFileOpen(path.c_str(), "r"));
   if (!file) return Failure{filled("Cannot open %s: %s.", path.c_str(), std::strerror(errno))};
   if (isAtEnd(file.get())) return {};
   const Raster raster(cupsRasterOpenIO(readPiece, file.get(), CUPS_RASTER_READ));
   cups_page_header2_t header = {};
-  for (unsigned page = 1;; ++page) {
+  for (unsigned number = 1;; ++number) {
     if (raster && isAtEnd(file.get())) return {};
     const bool known = raster && cupsRasterReadHeader2(raster.get(), &header) != 0;
     if (known && endsJob(header)) return {};
-    if (known && readPixels(raster.get(), header)) continue;
-    return Failure{filled("Page %u is damaged or incomplete.", page)};
+    if (!known || !readPixels(raster.get(), header)) {
+      return Failure{filled("Page %u is damaged or incomplete.", number)};
+    }
+    if (page) page(header);
   }
 }
 

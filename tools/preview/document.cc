@@ -95,12 +95,11 @@ Result<std::string> identifyDocument(const std::string& path) {
 
 // ---- The rasteriser ----
 
-namespace {
-
-// A file name that begins with a hyphen would be an option.
 std::string asOperand(const std::string& path) {
   return path.starts_with('-') ? "./" + path : path;
 }
+
+namespace {
 
 Program cupsfilter(const RasteriserJob& job) {
   Program program;

@@ -17,6 +17,9 @@ inline constexpr char kRasterType[] = "application/vnd.cups-raster";
 // The MIME type of a file that can be printed; kRasterType also for compressed raster.
 Result<std::string> identifyDocument(const std::string& path);
 
+// A file name for the arguments of a program: one that begins with a hyphen would be an option.
+std::string asOperand(const std::string& path);
+
 struct RasteriserJob {
   std::string document;
   std::string type;

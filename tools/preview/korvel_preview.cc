@@ -30,6 +30,8 @@
 #include "tools/host/raster_check.h"
 #include "tools/preview/contact_sheet.h"
 #include "tools/preview/document.h"
+#include "tools/preview/label_picture.h"
+#include "tools/preview/page_placement.h"
 #include "tools/preview/picture_file.h"
 #include "tools/preview/picture_scaling.h"
 #include "tools/preview/preview_arguments.h"
@@ -174,6 +176,7 @@ class Preview {
     if (done) done = createFolder();
     if (done) done = prepareRaster();
     if (done) warnOfPicture();
+    if (done) reportPlacement();
     if (done) done = arguments_.halftones ? compareHalftones() : showSheets();
     return done;
   }
@@ -266,7 +269,8 @@ class Preview {
       raster_ = scratch_.file("pages.ras");
       const Result<void> unpacked = korvel::unpackRaster(arguments_.file, raster_);
       if (!unpacked) return unpacked;
-      const Result<void> whole = korvel::checkRaster(raster_);
+      const Result<void> whole = korvel::checkRaster(
+          raster_, [this](const auto& header) { papers_.push_back(paperOf(header)); });
       if (!whole) return cannotShow(arguments_.file, whole.sentence());
       const Result<korvel::RasterPageInfo> info = korvel::readRasterPage(raster_);
       if (!info) return cannotShow(arguments_.file, info.sentence());
@@ -274,6 +278,29 @@ class Preview {
     }
     if (dpi_ >= 1 && dpi_ <= 9999) return {};
     return Failure{translated("The resolution of the pages is unknown.")};
+  }
+
+  // Of a page of a raster file, which need not have the size that is selected in the PPD.
+  korvel::DotSize paperOf(const cups_page_header2_t& header) const {
+    const bool isSheet = description_.media() == korvel::Media::kSheet;
+    const double dotsPerPoint = header.HWResolution[0] / 72.0;
+    if (isSheet && header.cupsPageSize[0] > 0 && header.cupsPageSize[1] > 0) {
+      return {static_cast<int>(header.cupsPageSize[0] * dotsPerPoint),
+              static_cast<int>(header.cupsPageSize[1] * dotsPerPoint)};
+    }
+    return {static_cast<int>(header.cupsWidth), static_cast<int>(header.cupsHeight)};
+  }
+  korvel::DotSize paperOfPage(unsigned number) const {
+    if (!isRaster()) return description_.paperDots();
+    return number <= papers_.size() ? papers_[number - 1] : korvel::DotSize();
+  }
+
+  void reportPlacement() {
+    if (type_ != "application/pdf") return;
+    const auto placement = korvel::findPlacement(rasteriserJob(), scratch_.file("stripes.pdf"));
+    if (!placement) return;
+    const std::string sentence = korvel::placementSentence(arguments_.file, *placement);
+    if (!sentence.empty()) warn(sentence);
   }
 
   void warnOfPicture() const {
@@ -326,6 +353,7 @@ class Preview {
   Result<void> showSheets() {
     korvel::PreviewJob preview = previewJob(options_);
     std::vector<std::string> paths;
+    size_t dotsOutside = 0;
     Result<void> written = checkPlace(out(pictureName(1)));
     if (!written) return written;
     const auto write = [&](const auto& picture, unsigned number) {
@@ -337,13 +365,18 @@ class Preview {
       preview.page = [&](unsigned number, const korvel::PagePicture& page) { write(page, number); };
     } else {
       preview.sheet = [&](unsigned number, const korvel::SheetPicture& sheet) {
-        write(sheet, number);
+        const korvel::LabelPicture picture(sheet, paperOfPage(number));
+        dotsOutside += picture.dotsOutside();
+        write(picture, number);
       };
     }
     const Result<unsigned> pages = runJob(&preview);
     if (!pages) return pages.failure();
     if (!written) return written;
     removeOlder(pages.value());
+    if (dotsOutside != 0) {
+      warn(filled("Dots outside the label: %zu. Check the page size.", dotsOutside));
+    }
     if (arguments_.stream) describeStream(pages.value());
     showNames(paths);
     return {};
@@ -531,7 +564,8 @@ class Preview {
   std::string type_;
   std::string ppd_;
   std::string options_;
-  std::string raster_;  // of a raster file, and of the one page that is compared
+  std::string raster_;                   // of a raster file, and of the one page that is compared
+  std::vector<korvel::DotSize> papers_;  // of the pages of a raster file
   unsigned dpi_ = 0;
   bool noPages_ = false;  // there was nothing to print
 };

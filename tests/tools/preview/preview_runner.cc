@@ -8,6 +8,7 @@
 #include <map>
 #include <sstream>
 
+#include "tests/spooler/picture.h"
 #include "tests/support/raster_maker.h"
 
 namespace {
@@ -69,6 +70,27 @@ std::string PreviewRunner::print(const std::string& document, const std::string&
       run({"bash", "-c", "set -o pipefail; " + script.str()}, kSeconds, environment(files_));
   EXPECT_EQ(result.status, 0) << result.output;
   return folder;
+}
+
+void expectCropped(const std::string& shownPath, const std::string& printedPath,
+                   const LabelColumns& label) {
+  constexpr size_t kOutline = 2;
+  for (const auto& colour : {kBlack, kRed}) {
+    const Picture printed = readPicture(printedPath, colour);
+    const Picture shown = readPicture(shownPath, colour);
+    const Picture want = printed.part(label.left, 0, label.width, printed.height);
+    const Picture have = shown.part(kOutline, kOutline, label.width, printed.height);
+    EXPECT_EQ(difference(have, want), "") << shownPath;
+    if (colour != kBlack) continue;  // marks reach across the whole paper
+    EXPECT_GT(want.printed(), 0u);
+    EXPECT_EQ(printed.printed(), want.printed()) << "dots beside the label";
+    EXPECT_EQ(shown.printed(), want.printed());
+  }
+  const Picture outline = readPicture(shownPath, kBlue);
+  EXPECT_EQ(outline.width, label.width + 2 * kOutline);
+  const size_t rows = outline.part(0, 0, kOutline, outline.height).printed() / kOutline;
+  EXPECT_GT(rows, 2 * kOutline);
+  EXPECT_EQ(outline.printed(), 2 * kOutline * (outline.width + rows - 2 * kOutline));
 }
 
 std::string ppdOf(const std::string& name) { return KORVEL_PPD_DIR "/" + name + ".ppd"; }

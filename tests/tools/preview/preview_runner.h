@@ -36,6 +36,17 @@ class PreviewRunner {
   int prints_ = 0;
 };
 
+// The label's columns on a printed sheet, which is as wide as the head.
+struct LabelColumns {
+  size_t left;
+  size_t width;
+};
+
+// The picture of a preview has all dots and marks of the printed sheet below the label's columns,
+// at their places; there are no dots elsewhere; and around the label is an outline.
+void expectCropped(const std::string& shownPath, const std::string& printedPath,
+                   const LabelColumns& label);
+
 std::string ppdOf(const std::string& name);          // "korvel-label-203"
 std::string exampleFile(const std::string& name);    // "label.pdf"
 std::string rasterOf(const std::string& pageWords);  // one line per page, see raster_maker.h
