@@ -311,6 +311,10 @@ class Preview {
                   arguments_.file.c_str()));
     }
     if (description_.media() != korvel::Media::kSheet) warnOfScaling(picture.size);
+    if (korvel::isTurnedOnPage(picture.size, description_.printableDots(),
+                               korvel::parseOptions(options_))) {
+      warn(korvel::placementSentence(arguments_.file, {1, true}));
+    }
   }
 
   // Bars of a scaled picture are no longer whole dots. Stencils have none.

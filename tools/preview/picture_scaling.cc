@@ -27,18 +27,29 @@ bool dependsOnDensity(const Options& options) {
          (printScaling != nullptr && *printScaling == "none");
 }
 
+bool hasArea(const DotSize& size) { return size.width > 0 && size.height > 0; }
+
+double turnedFactor(const DotSize& picture, const DotSize& area) {
+  return factor(picture, {area.height, area.width});
+}
+
 }  // namespace
 
 DotSize sizeOnPage(const DotSize& picture, const DotSize& printable, const Options& options) {
-  if (picture.width <= 0 || picture.height <= 0) return picture;
-  if (printable.width <= 0 || printable.height <= 0 || dependsOnDensity(options)) return picture;
-  double scale =
-      std::max(factor(picture, printable), factor(picture, {printable.height, printable.width}));
+  if (!hasArea(picture) || !hasArea(printable) || dependsOnDensity(options)) return picture;
+  double scale = std::max(factor(picture, printable), turnedFactor(picture, printable));
   const std::string* percent = valueOf(options, "scaling");
   if (percent != nullptr) scale *= std::atof(percent->c_str()) / 100;
   constexpr double kRounding = 0.001;
   return {static_cast<int>(picture.width * scale + kRounding),
           static_cast<int>(picture.height * scale + kRounding)};
+}
+
+bool isTurnedOnPage(const DotSize& picture, const DotSize& printable, const Options& options) {
+  if (!hasArea(picture) || !hasArea(printable) || dependsOnDensity(options)) return false;
+  if (valueOf(options, "orientation-requested") != nullptr) return false;
+  if (valueOf(options, "landscape") != nullptr) return false;
+  return turnedFactor(picture, printable) > factor(picture, printable);
 }
 
 }  // namespace korvel

@@ -15,6 +15,9 @@ namespace korvel {
 // `picture` when nothing is scaled, and where an option makes that depend on the file's density.
 DotSize sizeOnPage(const DotSize& picture, const DotSize& printable, const Options& options);
 
+// Whether it is turned because it fits better lying; false where an option decides.
+bool isTurnedOnPage(const DotSize& picture, const DotSize& printable, const Options& options);
+
 }  // namespace korvel
 
 #endif

@@ -38,5 +38,28 @@ TEST(PictureOnPage, IsScaledUnlessItFillsThePage) {
   }
 }
 
+TEST(PictureOnPage, IsTurnedWhenItFitsBetterLying) {
+  constexpr DotSize kPage = {812, 1218};
+  const struct {
+    const char* sentence;
+    DotSize picture;
+    const char* options;
+    bool want;
+  } kCases[] = {
+      {"as large as the page", {812, 1218}, "", false},
+      {"lying", {1218, 812}, "", true},
+      {"small and upright", {400, 600}, "", false},
+      {"small and lying", {600, 400}, "", true},
+      {"a square", {500, 500}, "", false},
+      {"by the density in the file", {1218, 812}, "print-scaling=none", false},
+      {"as the user wants it", {1218, 812}, "orientation-requested=3", false},
+      {"lying as the user wants it", {1218, 812}, "landscape", false},
+      {"no picture", {0, 0}, "", false},
+  };
+  for (const auto& c : kCases) {
+    EXPECT_EQ(isTurnedOnPage(c.picture, kPage, parseOptions(c.options)), c.want) << c.sentence;
+  }
+}
+
 }  // namespace
 }  // namespace korvel

@@ -30,6 +30,7 @@ struct SheetCase {
   size_t head, printedHeight;
   LabelColumns label;
   size_t shownHeight;
+  const char* placement = "";  // reported after the name of the document
 };
 
 const SheetCase kSheetCases[] = {
@@ -101,7 +102,8 @@ const SheetCase kSheetCases[] = {
      2592,
      1535,
      {672, 1240},
-     1752},
+     1752,
+     ": turned."},
 };
 
 TEST(Preview, ShowsTheSheetsOfTheEmulatedPrinter) {
@@ -126,8 +128,10 @@ TEST(Preview, ShowsTheSheetsOfTheEmulatedPrinter) {
       if (i <= c.sheets) expectCropped(shown + name, printed + name, c.label);
     }
     const std::string lastName = "/sheet-" + std::to_string(c.sheets) + ".png";
-    EXPECT_EQ(result.output,
-              shown + "/sheet-1.png" + (c.sheets == 1 ? "" : " to " + shown + lastName) + "\n");
+    const std::string line =
+        *c.placement == '\0' ? "" : "korvel-preview: " + document + c.placement + "\n";
+    EXPECT_EQ(result.output, line + shown + "/sheet-1.png" +
+                                 (c.sheets == 1 ? "" : " to " + shown + lastName) + "\n");
     const Picture wanted = readPicture(printed + lastName);
     EXPECT_EQ(wanted.width, c.head);
     EXPECT_EQ(wanted.height, c.printedHeight);
@@ -186,6 +190,16 @@ TEST(Preview, ShowsATiffAsItIsPrinted) {
   EXPECT_NE(result.output.find("half.tiff is 16 x 8 dots and will be scaled to 1218 x 609"),
             std::string::npos)
       << result.output;
+  // The black half is at the left of the file, and at the top or the bottom of the label.
+  EXPECT_NE(result.output.find("half.tiff: turned.\n"), std::string::npos) << result.output;
+  const Picture sheet = readPicture(shown + "/sheet-1.png");
+  // Enlarging blends its edge, one pixel of eight.
+  const auto percent = [&sheet](size_t width, size_t height) {
+    return sheet.part(0, 0, width, height).printed() * 100 / sheet.printed();
+  };
+  const size_t above = percent(sheet.width, sheet.height / 2);
+  EXPECT_TRUE(above < 10 || above > 90) << above;
+  EXPECT_NEAR(static_cast<double>(percent(sheet.width / 2, sheet.height)), 50, 5);
   const std::string printed = runner.print(document, ppdOf("korvel-label-203"), "", 1, {});
   expectCropped(shown + "/sheet-1.png", printed + "/sheet-1.png", {456, 812});
 }
