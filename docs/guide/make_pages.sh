@@ -62,7 +62,9 @@ make_edition() {
 make_card() {
   card=$(folder "$1")/quick-card
   [ -f "$card.html" ] || return 0
-  SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-0} "$weasyprint" --quiet "$card.html" "$card.pdf"
+  # Without links: on paper they lead nowhere, and in the file they would name this build's folder.
+  sed -e 's/<a [^>]*>//g' -e 's|</a>||g' "$card.html" |
+    SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-0} "$weasyprint" --quiet --base-url "$card.html" - "$card.pdf"
 }
 
 languages=$(cat "$source/po/LINGUAS")
