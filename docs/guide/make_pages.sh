@@ -63,7 +63,7 @@ make_card() {
   card=$(folder "$1")/quick-card
   [ -f "$card.html" ] || return 0
   # Without links: on paper they lead nowhere, and in the file they would name this build's folder.
-  sed -e 's/<a [^>]*>//g' -e 's|</a>||g' "$card.html" |
+  sed 's/ href="[^"#]*\.\(html\|pdf\)[^"]*"//g; s/\(<a [^>]*\)href="#[^"]*"/\1/g' "$card.html" |
     SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-0} "$weasyprint" --quiet --base-url "$card.html" - "$card.pdf"
 }
 
