@@ -212,6 +212,7 @@ Result<Api::Json> Api::answerApi(HttpRequest* request) {
     if (request->method != "POST") return Failure{kWrongMethod.english};
     return printUpload(request);
   }
+  if (kind == "feed" && parts.size() == 2) return feed(*request);
   return Failure{kNotFound.english};
 }
 
@@ -258,6 +259,23 @@ Result<Api::Json> Api::answerJobs(const HttpRequest& request) {
               {"message", job.value().message},
               {"sheets", job.value().sheets},
               {"printer", describe(printer.value())}};
+}
+
+Result<Api::Json> Api::feed(const HttpRequest& request) {
+  if (request.method != "POST") return Failure{kWrongMethod.english};
+  std::map<std::string, std::string> query = request.query;
+  query.erase("move");
+  const Result<PrintOrder> asked = orderFromQuery(query);
+  if (!asked) return asked.failure();
+  const Result<Order> order = prepare(asked.value());
+  if (!order) return order.failure();
+  const Result<std::string> commands = order.value().queue.driver->feedJob(
+      request.parameter("move"), order.value().settings.choices);
+  if (!commands) return commands.failure();
+  const Result<int> job =
+      parts_.queues->sendCommands(asked.value().queue, "Media feed", commands.value());
+  if (!job) return job.failure();
+  return Json{{"job", job.value()}, {"queue", asked.value().queue}};
 }
 
 // ---- Documents ----

@@ -71,6 +71,7 @@ class Api : public HttpHandler {
   Result<Json> barcodes(const std::shared_ptr<Document>& document, const PrintOrder& order);
   Result<Json> print(const std::shared_ptr<Document>& document, const PrintOrder& order);
   Result<Json> printUpload(HttpRequest* request);
+  Result<Json> feed(const HttpRequest& request);
   Result<std::shared_ptr<Document>> import(HttpRequest* request);
   std::optional<HttpResponse> dotsPicture(const HttpRequest& request);
   HttpResponse asset(const HttpRequest& request) const;

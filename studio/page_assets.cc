@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -26,16 +27,28 @@ std::string typeOf(const std::string& extension) {
 }
 
 // Without indentation and without comments on lines of their own or behind two blanks: fewer bytes
-// for every visitor. The page's sources have no text that goes over a line's end.
+// for every visitor. The page's sources have no text that goes over a line's end. Scripts
+// and style sheets need no line's end after some characters and before others, markup none before
+// tags.
 std::string withoutLayout(const std::string& source) {
   std::string compact;
   std::istringstream in(source);
   for (std::string line; std::getline(in, line);) {
     line.erase(0, std::min(line.find_first_not_of(' '), line.size()));
     line.erase(std::min(line.find("  // "), line.size()));
-    if (!line.empty() && !line.starts_with("//")) compact += line + "\n";
+    if (line.empty() || line.starts_with("//")) continue;
+    const bool closes = std::string_view("})].<").find(line.front()) != std::string_view::npos;
+    if (closes && compact.ends_with('\n')) compact.pop_back();
+    compact += line;
+    if (std::string_view(",;{").find(line.back()) == std::string_view::npos) compact += '\n';
   }
   return compact;
+}
+
+void replaceAll(std::string* text, const std::string& longer, const std::string& shorter) {
+  for (size_t at = text->find(longer); at != std::string::npos; at = text->find(longer, at)) {
+    text->replace(at, longer.size(), shorter);
+  }
 }
 
 // Style sheets need no comments, and no blanks beside their punctuation.
@@ -46,11 +59,7 @@ std::string withoutBlanks(std::string style) {
   constexpr std::pair<const char*, const char*> kShorter[] = {
       {": ", ":"}, {"; ", ";"}, {", ", ","},  {" {", "{"},  {"{ ", "{"},
       {" }", "}"}, {";}", "}"}, {";\n", ";"}, {"{\n", "{"}, {"}\n", "}"}};
-  for (const auto& [longer, shorter] : kShorter) {
-    for (size_t at = style.find(longer); at != std::string::npos; at = style.find(longer, at)) {
-      style.replace(at, 2, shorter);
-    }
-  }
+  for (const auto& [longer, shorter] : kShorter) replaceAll(&style, longer, shorter);
   return style;
 }
 
@@ -62,10 +71,10 @@ Result<void> PageAssets::load(const std::string& folder) {
     const std::string type = typeOf(entry.path().extension());
     if (type.empty() || !entry.is_regular_file(fault)) continue;
     std::ifstream in(entry.path(), std::ios::binary);
-    const std::string source = withoutLayout({std::istreambuf_iterator<char>(in), {}});
-    const bool isStyle = entry.path().extension() == ".css";
-    assets_["/" + entry.path().lexically_relative(folder).string()] = {
-        type, isStyle ? withoutBlanks(source) : source};
+    std::string source = withoutLayout({std::istreambuf_iterator<char>(in), {}});
+    if (entry.path().extension() == ".css") source = withoutBlanks(source);
+    if (entry.path().extension() == ".js") replaceAll(&source, " => ", "=>");
+    assets_["/" + entry.path().lexically_relative(folder).string()] = {type, source};
   }
   if (!assets_.contains("/index.html")) {
     return Failure{filled("The page is not in %s; install korvel-studio again.", folder.c_str())};

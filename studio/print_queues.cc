@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -163,6 +164,31 @@ bool writePages(http_t* http, const PrintJob& job) {
   return true;
 }
 
+struct JobHead {
+  const std::string& queue;
+  const std::string& title;
+  const char* type;  // MIME type
+};
+
+// `write` sends the document and returns whether all of it has arrived.
+Result<int> sendJob(const JobHead& job, const Choices& choices,
+                    const std::function<bool(http_t*)>& write) {
+  const Connection http = connectToSpooler();
+  if (!http) return Failure{kNoSpooler.english};
+  const Options options(choices);
+  const char* queue = job.queue.c_str();
+  const int number =
+      cupsCreateJob(http.get(), queue, job.title.c_str(), options.count(), options.list());
+  if (number == 0) return Failure{kRefused.english};
+  const bool sent = cupsStartDocument(http.get(), queue, number, job.title.c_str(), job.type, 1) ==
+                        HTTP_STATUS_CONTINUE &&
+                    write(http.get()) &&
+                    cupsFinishDocument(http.get(), queue) < IPP_STATUS_REDIRECTION_OTHER_SITE;
+  if (sent) return number;
+  cupsCancelJob2(CUPS_HTTP_DEFAULT, queue, number, 0);
+  return Failure{kRefused.english};
+}
+
 std::string readAll(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
@@ -242,20 +268,15 @@ Result<Queue> PrintQueues::keep(const std::string& name, const std::string& path
 }
 
 Result<int> PrintQueues::print(const PrintJob& job) {
-  const Connection http = connectToSpooler();
-  if (!http) return Failure{kNoSpooler.english};
-  const Options options(job.choices);
-  const int number = cupsCreateJob(http.get(), job.queue.c_str(), job.title.c_str(),
-                                   options.count(), options.list());
-  if (number == 0) return Failure{kRefused.english};
-  const bool sent =
-      cupsStartDocument(http.get(), job.queue.c_str(), number, job.title.c_str(), kRasterType, 1) ==
-          HTTP_STATUS_CONTINUE &&
-      writePages(http.get(), job) &&
-      cupsFinishDocument(http.get(), job.queue.c_str()) < IPP_STATUS_REDIRECTION_OTHER_SITE;
-  if (sent) return number;
-  cupsCancelJob2(CUPS_HTTP_DEFAULT, job.queue.c_str(), number, 0);
-  return Failure{kRefused.english};
+  return sendJob({job.queue, job.title, kRasterType}, job.choices,
+                 [&job](http_t* http) { return writePages(http, job); });
+}
+
+Result<int> PrintQueues::sendCommands(const std::string& queue, const std::string& title,
+                                      const std::string& commands) {
+  return sendJob({queue, title, CUPS_FORMAT_RAW}, {}, [&commands](http_t* http) {
+    return cupsWriteRequestData(http, commands.data(), commands.size()) == HTTP_STATUS_CONTINUE;
+  });
 }
 
 Result<JobState> PrintQueues::job(int number) {

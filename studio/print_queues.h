@@ -68,6 +68,9 @@ class PrintQueues {
 
   // Returns the job's number.
   Result<int> print(const PrintJob& job);
+  // Sends commands that no filter changes; returns the job's number.
+  Result<int> sendCommands(const std::string& queue, const std::string& title,
+                           const std::string& commands);
   Result<JobState> job(int number);
   Result<void> cancel(int number);  // one of our own
 

@@ -124,7 +124,8 @@ nlohmann::json QueueDriver::describe(const std::string& language) const {
                               {"options", nlohmann::json::array()},
                               {"sizes", describeSizes(language)},
                               {"custom", nullptr},
-                              {"conflicts", nlohmann::json::array()}};
+                              {"conflicts", nlohmann::json::array()},
+                              {"feeds", nlohmann::json::array()}};
   forEachOption(ppd_.get(), [&](const ppd_option_t* option) {
     described["options"].push_back(describeOption(*option, language));
   });
@@ -137,7 +138,25 @@ nlohmann::json QueueDriver::describe(const std::string& language) const {
     described["conflicts"].push_back(
         {conflict.option1, conflict.choice1, conflict.option2, conflict.choice2});
   }
+  for (const auto& [name, feed] : feeds()) described["feeds"].push_back(name);
   return described;
+}
+
+// Single sheets are not fed; only some models have a cutter.
+std::map<std::string, Feed> QueueDriver::feeds() const {
+  if (takesSingleSheets(text_)) return {};
+  std::map<std::string, Feed> feeds = {{"edge", Feed::kToEdge}, {"back", Feed::kBack}};
+  ppd_option_t* action = ppdFindOption(ppd_.get(), "PostAction");
+  if (action != nullptr && ppdFindChoice(action, "Cut") != nullptr) feeds["cut"] = Feed::kCut;
+  return feeds;
+}
+
+Result<std::string> QueueDriver::feedJob(const std::string& feed, const Choices& choices) const {
+  const std::map<std::string, Feed> offered = feeds();
+  const auto found = offered.find(feed);
+  if (found == offered.end()) return Failure{kBadSetting.english};
+  const auto paper = choices.find("PaperType");
+  return feedCommands(found->second, paper != choices.end() && paper->second == "LabelMark");
 }
 
 // Marks are kept in the description itself, so a check opens one of its own.

@@ -13,6 +13,7 @@
 #include "studio/placement.h"
 #include "tools/common/result.h"
 #include "tools/description/description_text.h"
+#include "tools/stream/feed_commands.h"
 
 namespace korvel {
 
@@ -23,13 +24,17 @@ class QueueDriver {
   // `text` is the whole printer description (PPD).
   static Result<std::shared_ptr<const QueueDriver>> open(const std::string& text);
 
-  // {"dpi", "options": [...], "sizes": [...], "custom": {...} or null, "conflicts": [...]}. Lengths
+  // {"dpi", "options": [...], "sizes": [...], "custom": {...} or null, "conflicts": [...], "feeds":
+  // [...]: how the media can be moved without printing, of "edge", "back" and "cut"}. Lengths
   // are millimetres. `language` as in de or zh_CN; English where a text is missing.
   nlohmann::json describe(const std::string& language) const;
 
   // Every option of the driver, with the queue's defaults where `chosen` has none. Refuses unknown
   // options and choices, and combinations that the driver forbids.
   Result<Choices> complete(const Choices& chosen) const;
+
+  // The printer's commands for one of the feeds; `choices` are complete.
+  Result<std::string> feedJob(const std::string& feed, const Choices& choices) const;
 
   // Of a size that complete() has let through.
   PageGeometry geometry(const std::string& pageSize) const;
@@ -40,6 +45,7 @@ class QueueDriver {
   std::string inLanguage(const std::string& language, const std::string& keyword,
                          const std::string& english) const;
   nlohmann::json describeOption(const ppd_option_t& option, const std::string& language) const;
+  std::map<std::string, Feed> feeds() const;
   nlohmann::json describeSizes(const std::string& language) const;
 
   std::string text_;

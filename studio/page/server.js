@@ -38,6 +38,8 @@ export const preview = (id, order, signal) =>
   json('POST', `/api/documents/${id}/preview`, JSON.stringify(order), { signal });
 export const barcodes = (id, order) => json('POST', `/api/documents/${id}/barcodes`, JSON.stringify(order));
 export const print = (id, order) => json('POST', `/api/documents/${id}/print`, JSON.stringify(order));
+export const feed = (queue, move, paper) =>
+  json('POST', `/api/feed?${new URLSearchParams({ queue, move, ...paper })}`);
 export const job = (number) => json('GET', `/api/jobs/${number}`);
 export const cancel = (number) => json('DELETE', `/api/jobs/${number}`);
 export const dots = async (address, signal) =>

@@ -104,11 +104,24 @@ async function chooseQueue(name) {
     placement: state.order?.placement ?? { ...kPlain, fit: fit || 'fit' }, page: state.order?.page ?? 1,
   };
   buildSizes();
+  buildFeeds();
   controls.build(queue, state.order.options, (option, value) => change(option, (order) => {
     order.options = controls.resolve(state.queue, order.options, option, value);
   }));
   showOrder();
   showPrinter(queue);
+}
+
+function buildFeeds() {
+  $('feeds').replaceChildren(...state.queue.feeds.reverse().map((move) => {
+    const button = Object.assign(document.createElement('button'), { type: 'button', name: `feed-${move}`, textContent: t(`feed-${move}`) });
+    button.addEventListener('click', () => {
+      const { queue, options: { PaperType } } = state.order;
+      attempt(() => server.feed(queue, move, PaperType && { PaperType }));
+    });
+    return button;
+  }));
+  $('feeds').hidden = state.queue.feeds.length === 0;
 }
 
 function buildSizes() {

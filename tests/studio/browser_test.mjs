@@ -242,7 +242,7 @@ const parts = {
       await openDocument(browser, 'label.pdf');
       await browser.click('#language');
       await browser.press('\uE00C');
-      expect(await walk(17), ['paper', 'mode', 'zoom-out', 'zoom-in', 'zoom-fit', 'zoom-dots', 'other-file', 'close', 'queue', 'size', 'fit', 'placed-width', 'turn', 'right', 'down', 'turn-left', 'turn-right'], 'the order of the controls');
+      expect(await walk(20), ['paper', 'mode', 'zoom-out', 'zoom-in', 'zoom-fit', 'zoom-dots', 'other-file', 'close', 'queue', 'feed-edge', 'feed-cut', 'feed-back', 'size', 'fit', 'placed-width', 'turn', 'right', 'down', 'turn-left', 'turn-right'], 'the order of the controls');
       expect(await walk(9), ['centre', 'Brightness', 'Contrast', 'MirrorImage', 'halftone', 'compare', 'CenterOfPixel', 'Darkness', 'Occurrence'], 'the order of the settings');
       await browser.run("document.querySelector('#close').focus();");
       await browser.press(kEnter);

@@ -36,8 +36,8 @@ TEST_P(StudioPage, InTheBrowser) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Parts, StudioPage,
-                         testing::Values("controls", "input", "keyboard", "barcodes", "dots", "printing",
-                                         "languages", "accessibility"),
+                         testing::Values("controls", "input", "keyboard", "barcodes", "dots",
+                                         "printing", "languages", "accessibility"),
                          [](const auto& part) { return std::string(part.param); });
 
 }  // namespace

@@ -180,6 +180,49 @@ TEST(StudioServer, TellsWhatThePrinterWaitsForAndCancels) {
   EXPECT_EQ(shop.spooler.jobState(unwanted), IPP_JSTATE_CANCELED);
 }
 
+TEST(StudioServer, FeedsTheMediaWithoutPrinting) {
+  const struct {
+    const char* query;
+    std::vector<std::string> events;
+  } kCases[] = {
+      {"queue=labels&move=edge", {"feed mode 3 lines 0"}},
+      {"queue=labels&move=back", {"feed mode 4 lines 0"}},
+      {"queue=labels&move=edge&PaperType=LabelMark", {"feed mode 5 lines 0"}},
+      {"queue=labels&move=cut", {"feed mode 3 lines 0", "cut", "feed mode 4 lines 0"}},
+  };
+  Shop shop("korvel-k220-203");
+  ASSERT_FALSE(HasFatalFailure());
+  const json feeds = {"back", "cut", "edge"};
+  EXPECT_EQ(shop.studio->get("/api/queues/labels").json()["feeds"], feeds);
+  EXPECT_EQ(shop.studio->get("/api/queues/stencils").json()["feeds"], json::array());
+  std::vector<std::string> expected;
+  for (const auto& c : kCases) {
+    const Reply sent = shop.studio->post(std::string("/api/feed?") + c.query, "");
+    ASSERT_EQ(sent.status, 200) << c.query << ": " << sent.body;
+    EXPECT_EQ(shop.waitForJob(sent.json()["job"])["state"], "done") << c.query;
+    expected.insert(expected.end(), c.events.begin(), c.events.end());
+    const auto moves = [&] { return shop.labelPrinter.events({"feed mode", "cut", "sheet"}); };
+    EXPECT_TRUE(waitUntil(kJobSeconds, [&] { return moves().size() >= expected.size(); }));
+    EXPECT_EQ(moves(), expected) << c.query;
+  }
+  const struct {
+    const char* method;
+    const char* query;
+    const char* code;
+  } kRefused[] = {
+      {"POST", "queue=stencils&move=edge", "bad-setting"},  // single sheets
+      {"POST", "queue=labels&move=far", "bad-setting"},
+      {"POST", "queue=labels", "bad-setting"},
+      {"POST", "move=edge", "bad-request"},
+      {"POST", "queue=nothing&move=edge", "no-queue"},
+      {"GET", "queue=labels&move=edge", "wrong-method"},
+  };
+  for (const auto& c : kRefused) {
+    EXPECT_EQ(shop.studio->request(c.method, std::string("/api/feed?") + c.query).code(), c.code)
+        << c.query;
+  }
+}
+
 // ---- Limits ----
 
 TEST(StudioServer, AnswersWrongRequestsWithACodeAndASentence) {

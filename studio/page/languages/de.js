@@ -9,6 +9,7 @@ export default {
   picture: 'Bild', halftone: 'Rasterung', compare: 'Vergleichen mit', compareNone: 'Kein Vergleich', paper: 'Papier', copies: 'Exemplare', print: 'Drucken', printAgain: 'Nochmals drucken', cancel: 'Abbrechen',
   Brightness: 'Heller – dunkler', Contrast: 'Kontrast', MirrorImage: 'Spiegeln', NegativeImage: 'Negativ', negativeNeedsTattoo: 'Nur mit einer Stencil-Rasterung',
   facts: '{0} × {1} Punkte bei {2} dpi, {3} % schwarz', codeReadable: 'Barcode lesbar: {0}', codeUnreadable: 'Barcode im Druck nicht lesbar: {0}',
+  feed: 'Vorschub', 'feed-edge': 'Zur Abrisskante', 'feed-back': 'Zurückziehen', 'feed-cut': 'Schneiden',
   noPrinter: 'Kein Drucker: mit korvel-setup einrichten.', printerStopped: 'Der Drucker ist angehalten.', 'printer-idle': 'Bereit', 'printer-printing': 'Druckt', 'printer-stopped': 'Der Drucker ist angehalten.',
   'reason-media-empty': 'Kein Papier: Blatt einlegen.', 'reason-media-needed': 'Kein Papier: Blatt einlegen.',
   'reason-cover-open': 'Die Abdeckung ist offen: bitte schließen.', 'reason-offline': 'Der Drucker ist aus oder nicht verbunden.',

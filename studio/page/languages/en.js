@@ -9,6 +9,7 @@ export default {
   picture: 'Picture', halftone: 'Halftone', compare: 'Compare with', compareNone: 'No comparison', paper: 'Paper', copies: 'Copies', print: 'Print', printAgain: 'Print again', cancel: 'Cancel',
   Brightness: 'Lighter – darker', Contrast: 'Contrast', MirrorImage: 'Mirror', NegativeImage: 'Negative', negativeNeedsTattoo: 'Only with a stencil halftone',
   facts: '{0} × {1} dots at {2} dpi, {3} % black', codeReadable: 'Barcode readable: {0}', codeUnreadable: 'Barcode not readable in print: {0}',
+  feed: 'Media feed', 'feed-edge': 'Feed to edge', 'feed-back': 'Feed back', 'feed-cut': 'Cut',
   noPrinter: 'No printer: set one up with korvel-setup.', printerStopped: 'The printer is stopped.', 'printer-idle': 'Ready', 'printer-printing': 'Printing', 'printer-stopped': 'The printer is stopped.',
   'reason-media-empty': 'No paper: load a sheet.', 'reason-media-needed': 'No paper: load a sheet.',
   'reason-cover-open': 'The cover is open: close it.', 'reason-offline': 'The printer is off or not connected.',

@@ -9,6 +9,7 @@ export default {
   picture: 'Imagen', halftone: 'Tramado', compare: 'Comparar con', compareNone: 'Sin comparación', paper: 'Papel', copies: 'Copias', print: 'Imprimir', printAgain: 'Imprimir otra vez', cancel: 'Cancelar',
   Brightness: 'Más claro – más oscuro', Contrast: 'Contraste', MirrorImage: 'Espejo', NegativeImage: 'Negativo', negativeNeedsTattoo: 'Solo con un tramado de esténcil',
   facts: '{0} × {1} puntos a {2} ppp, {3} % negro', codeReadable: 'Código de barras legible: {0}', codeUnreadable: 'Código de barras ilegible al imprimir: {0}',
+  feed: 'Avance del papel', 'feed-edge': 'Avanzar al borde', 'feed-back': 'Retroceder', 'feed-cut': 'Cortar',
   noPrinter: 'No hay impresora: configure una con korvel-setup.', printerStopped: 'La impresora está detenida.', 'printer-idle': 'Lista', 'printer-printing': 'Imprimiendo', 'printer-stopped': 'La impresora está detenida.',
   'reason-media-empty': 'Sin papel: cargue una hoja.', 'reason-media-needed': 'Sin papel: cargue una hoja.',
   'reason-cover-open': 'La tapa está abierta: ciérrela.', 'reason-offline': 'La impresora está apagada o sin conexión.',

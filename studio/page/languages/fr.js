@@ -9,6 +9,7 @@ export default {
   picture: 'Image', halftone: 'Trame', compare: 'Comparer avec', compareNone: 'Pas de comparaison', paper: 'Papier', copies: 'Copies', print: 'Imprimer', printAgain: 'Réimprimer', cancel: 'Annuler',
   Brightness: 'Plus clair – plus foncé', Contrast: 'Contraste', MirrorImage: 'Miroir', NegativeImage: 'Négatif', negativeNeedsTattoo: 'Seulement avec une trame de stencil',
   facts: '{0} × {1} points à {2} ppp, {3} % de noir', codeReadable: 'Code-barres lisible : {0}', codeUnreadable: 'Code-barres illisible à l’impression : {0}',
+  feed: 'Avance du papier', 'feed-edge': 'Avancer au bord', 'feed-back': 'Reculer', 'feed-cut': 'Couper',
   noPrinter: 'Aucune imprimante : configurez-en une avec korvel-setup.', printerStopped: 'L’imprimante est arrêtée.', 'printer-idle': 'Prête', 'printer-printing': 'Impression en cours', 'printer-stopped': 'L’imprimante est arrêtée.',
   'reason-media-empty': 'Plus de papier : chargez une feuille.', 'reason-media-needed': 'Plus de papier : chargez une feuille.',
   'reason-cover-open': 'Le capot est ouvert : fermez-le.', 'reason-offline': 'L’imprimante est éteinte ou déconnectée.',

@@ -9,6 +9,7 @@ export default {
   picture: 'Immagine', halftone: 'Retino', compare: 'Confronta con', compareNone: 'Nessun confronto', paper: 'Carta', copies: 'Copie', print: 'Stampa', printAgain: 'Stampa di nuovo', cancel: 'Annulla',
   Brightness: 'Più chiaro – più scuro', Contrast: 'Contrasto', MirrorImage: 'Specchia', NegativeImage: 'Negativo', negativeNeedsTattoo: 'Solo con un retino per stencil',
   facts: '{0} × {1} punti a {2} dpi, {3} % nero', codeReadable: 'Codice a barre leggibile: {0}', codeUnreadable: 'Codice a barre non leggibile in stampa: {0}',
+  feed: 'Avanzamento', 'feed-edge': 'Avanza al bordo', 'feed-back': 'Riavvolgi', 'feed-cut': 'Taglia',
   noPrinter: 'Nessuna stampante: configurane una con korvel-setup.', printerStopped: 'La stampante è ferma.', 'printer-idle': 'Pronta', 'printer-printing': 'In stampa', 'printer-stopped': 'La stampante è ferma.',
   'reason-media-empty': 'Carta esaurita: inserisci un foglio.', 'reason-media-needed': 'Carta esaurita: inserisci un foglio.',
   'reason-cover-open': 'Il coperchio è aperto: chiudilo.', 'reason-offline': 'La stampante è spenta o scollegata.',

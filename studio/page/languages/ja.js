@@ -9,6 +9,7 @@ export default {
   picture: '画像', halftone: 'ハーフトーン', compare: '比較', compareNone: '比較しない', paper: '用紙', copies: '部数', print: '印刷', printAgain: 'もう一度印刷', cancel: 'キャンセル',
   Brightness: '明るく – 暗く', Contrast: 'コントラスト', MirrorImage: '左右反転', NegativeImage: 'ネガ', negativeNeedsTattoo: 'ステンシル用ハーフトーンのみ',
   facts: '{0} × {1} ドット、{2} dpi、黒 {3} %', codeReadable: 'バーコード読取可: {0}', codeUnreadable: '印刷ではバーコードを読み取れません: {0}',
+  feed: '用紙送り', 'feed-edge': 'カット位置まで送る', 'feed-back': '戻す', 'feed-cut': 'カット',
   noPrinter: 'プリンターがありません。korvel-setup で設定してください。', printerStopped: 'プリンターは停止しています。', 'printer-idle': '準備完了', 'printer-printing': '印刷中', 'printer-stopped': 'プリンターは停止しています。',
   'reason-media-empty': '用紙切れ: 用紙を入れてください。', 'reason-media-needed': '用紙切れ: 用紙を入れてください。', 'reason-cover-open': 'カバーが開いています。閉じてください。',
   'reason-offline': 'プリンターの電源が切れているか、未接続です。', 'reason-connecting-to-device': 'プリンターに接続中…', 'reason-paused': 'プリンターは停止しています。',

@@ -9,6 +9,7 @@ export default {
   picture: 'Afbeelding', halftone: 'Rastermethode', compare: 'Vergelijken met', compareNone: 'Niet vergelijken', paper: 'Papier', copies: 'Aantal', print: 'Afdrukken', printAgain: 'Nogmaals', cancel: 'Annuleren',
   Brightness: 'Lichter – donkerder', Contrast: 'Contrast', MirrorImage: 'Spiegelen', NegativeImage: 'Negatief', negativeNeedsTattoo: 'Alleen met een stencilraster',
   facts: '{0} × {1} punten bij {2} dpi, {3} % zwart', codeReadable: 'Barcode leesbaar: {0}', codeUnreadable: 'Barcode in druk niet leesbaar: {0}',
+  feed: 'Papierdoorvoer', 'feed-edge': 'Naar scheurrand', 'feed-back': 'Terugtrekken', 'feed-cut': 'Afsnijden',
   noPrinter: 'Geen printer: stel er een in met korvel-setup.', printerStopped: 'De printer is gestopt.', 'printer-idle': 'Gereed', 'printer-printing': 'Drukt af', 'printer-stopped': 'De printer is gestopt.',
   'reason-media-empty': 'Geen papier: plaats een vel.', 'reason-media-needed': 'Geen papier: plaats een vel.',
   'reason-cover-open': 'De klep is open: sluit deze.', 'reason-offline': 'De printer staat uit of is niet verbonden.',

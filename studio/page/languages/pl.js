@@ -9,6 +9,7 @@ export default {
   picture: 'Obraz', halftone: 'Rastrowanie', compare: 'Porównaj z', compareNone: 'Bez porównania', paper: 'Papier', copies: 'Kopie', print: 'Drukuj', printAgain: 'Drukuj ponownie', cancel: 'Anuluj',
   Brightness: 'Jaśniej – ciemniej', Contrast: 'Kontrast', MirrorImage: 'Odbicie lustrzane', NegativeImage: 'Negatyw', negativeNeedsTattoo: 'Tylko z rastrem do kalki',
   facts: '{0} × {1} punktów przy {2} dpi, {3} % czerni', codeReadable: 'Kod kreskowy czytelny: {0}', codeUnreadable: 'Kod kreskowy nieczytelny w druku: {0}',
+  feed: 'Przesuw nośnika', 'feed-edge': 'Do krawędzi', 'feed-back': 'Wsuń z powrotem', 'feed-cut': 'Odetnij',
   noPrinter: 'Brak drukarki: skonfiguruj ją za pomocą korvel-setup.', printerStopped: 'Drukarka jest zatrzymana.', 'printer-idle': 'Gotowa', 'printer-printing': 'Drukuje', 'printer-stopped': 'Drukarka jest zatrzymana.',
   'reason-media-empty': 'Brak papieru: włóż arkusz.', 'reason-media-needed': 'Brak papieru: włóż arkusz.',
   'reason-cover-open': 'Pokrywa jest otwarta: zamknij ją.', 'reason-offline': 'Drukarka jest wyłączona lub niepodłączona.',

@@ -9,6 +9,7 @@ export default {
   picture: 'Imagem', halftone: 'Meios-tons', compare: 'Comparar com', compareNone: 'Sem comparação', paper: 'Papel', copies: 'Cópias', print: 'Imprimir', printAgain: 'Imprimir de novo', cancel: 'Cancelar',
   Brightness: 'Mais claro – mais escuro', Contrast: 'Contraste', MirrorImage: 'Espelhar', NegativeImage: 'Negativo', negativeNeedsTattoo: 'Só com meios-tons de stencil',
   facts: '{0} × {1} pontos a {2} ppp, {3} % de preto', codeReadable: 'Código de barras legível: {0}', codeUnreadable: 'Código de barras ilegível na impressão: {0}',
+  feed: 'Avanço do papel', 'feed-edge': 'Avançar até à borda', 'feed-back': 'Recuar', 'feed-cut': 'Cortar',
   noPrinter: 'Sem impressora: configure uma com korvel-setup.', printerStopped: 'A impressora está parada.', 'printer-idle': 'Pronta', 'printer-printing': 'A imprimir', 'printer-stopped': 'A impressora está parada.',
   'reason-media-empty': 'Sem papel: coloque uma folha.', 'reason-media-needed': 'Sem papel: coloque uma folha.',
   'reason-cover-open': 'A tampa está aberta: feche-a.', 'reason-offline': 'A impressora está desligada ou sem ligação.',

@@ -9,6 +9,7 @@ export default {
   picture: '图像', halftone: '半色调', compare: '对比', compareNone: '不对比', paper: '纸张', copies: '份数', print: '打印', printAgain: '再次打印', cancel: '取消',
   Brightness: '变浅 – 变深', Contrast: '对比度', MirrorImage: '镜像', NegativeImage: '负片', negativeNeedsTattoo: '仅用于转印纸半色调',
   facts: '{0} × {1} 点，{2} dpi，黑色 {3} %', codeReadable: '条码可读：{0}', codeUnreadable: '打印后条码无法读取：{0}',
+  feed: '进纸', 'feed-edge': '进纸到撕纸边', 'feed-back': '退回', 'feed-cut': '切纸',
   noPrinter: '没有打印机：请用 korvel-setup 设置。', printerStopped: '打印机已停止。', 'printer-idle': '就绪', 'printer-printing': '正在打印', 'printer-stopped': '打印机已停止。',
   'reason-media-empty': '缺纸：请装入纸张。', 'reason-media-needed': '缺纸：请装入纸张。', 'reason-cover-open': '盖子已打开：请合上。', 'reason-offline': '打印机已关机或未连接。', 'reason-connecting-to-device': '正在连接打印机…', 'reason-paused': '打印机已停止。', 'reason-cups-missing-filter': '驱动程序已损坏：请重新安装。',
   job: '作业 {0}：{1}', 'job-waiting': '等待中', 'job-held': '已保留', 'job-printing': '正在打印', 'job-stopped': '已停止', 'job-canceled': '已取消', 'job-aborted': '失败；请查看打印系统日志', 'job-done': '已打印',
