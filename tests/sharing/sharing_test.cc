@@ -238,9 +238,10 @@ const char* const kStencilModels[] = {"m6", "m6-oneway", "z4", "z4-oneway", "ste
 
 // The attributes that the spooler's conformance test misses or finds wrong. It needs a compressed
 // copy of the document.
-std::set<std::string> faults(const std::string& queue, const std::string& document) {
+std::set<std::string> faults(const std::string& queue, const std::string& document,
+                             const std::string& test = "ipp-2.0.test") {
   const CommandResult result = run({KORVEL_IPPTOOL, "-V", "2.0", "-I", "-tf", document,
-                                    "ipp://127.0.0.1:631/printers/" + queue, "ipp-2.0.test"},
+                                    "ipp://127.0.0.1:631/printers/" + queue, test},
                                    240);
   EXPECT_NE(result.output.find("[PASS]"), std::string::npos) << result.output;
   std::set<std::string> found;
@@ -268,6 +269,41 @@ TEST_F(Sharing, ConformsToIppButForTheSpoolersNamesOfSizes) {
     SCOPED_TRACE(model);
     makeQueue(model, model);
     EXPECT_EQ(faults(model, document), std::set<std::string>());
+  }
+}
+
+// What no driver can add; see docs/platforms.md.
+const std::set<std::string> kNotOfDrivers = {
+    "operations-supported",  // Identify-Printer
+    "identify-actions-default",
+    "identify-actions-supported",
+    "ipp-features-supported",
+    "overrides-supported",
+    "preferred-attributes-supported",
+    "print-content-optimize-default",
+    "print-content-optimize-supported",
+    "print-rendering-intent-default",
+    "print-rendering-intent-supported",
+    "printer-device-id",
+    "printer-supply",
+    "printer-supply-description",
+    "printer-supply-info-uri",
+    "pwg-raster-document-sheet-back",
+};
+
+TEST_F(Sharing, ConformsToTheOtherTestsButForWhatTheSpoolerLacks) {
+  if (std::string(KORVEL_IPPTOOL).empty()) GTEST_SKIP() << "ipptool is not installed";
+  const TemporaryFolder files;
+  const std::string document = files.write("label.pdf", makePdf({barLabel(2)}));
+  ASSERT_EQ(run({"gzip", "-k", document}).status, 0);
+  for (const char* model : {"k220-203", "m6"}) {
+    SCOPED_TRACE(model);
+    makeQueue(model, model);
+    ASSERT_EQ(setup({"--share", model}).status, 0);
+    EXPECT_EQ(faults(model, document, "ipp-1.1.test"), std::set<std::string>());
+    std::set<std::string> want = kNotOfDrivers;
+    if (std::string(model) == "k220-203") want.insert("media-supported");
+    EXPECT_EQ(faults(model, document, "ipp-everywhere.test"), want);
   }
 }
 
