@@ -64,9 +64,9 @@ Result<void> writeSheetPng(const std::string& path, const SheetSize& size, unsig
     }
     return packed.data();
   };
-  const PngPicture picture = {
-      size.width, size.height, stride,
-      2,          dpi,         {{255, 255, 255}, {0, 0, 0}, {255, 0, 0}, {0, 102, 255}}};
+  const PngPicture picture = {size.width, size.height,
+                              stride,     2,
+                              dpi,        {{255, 255, 255}, {0, 0, 0}, {255, 0, 0}, {0, 102, 255}}};
   return writePngFile(path, picture, packedRow);
 }
 
