@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
-#include <fstream>
-#include <iterator>
 #include <utility>
 #include <vector>
 
+#include "studio/parse_number.h"
 #include "studio/sentences.h"
+#include "tools/common/file_content.h"
 
 namespace korvel {
 namespace {
@@ -46,12 +45,6 @@ std::vector<std::string> partsOf(const std::string& path) {
     at = end + 1;
   }
   return parts;
-}
-
-bool parseNumber(const std::string& text, int* number) {
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, *number);
-  return result.ec == std::errc() && result.ptr == end && *number > 0;
 }
 
 // A document's name becomes the job's title: one line, no control characters, not too long.
@@ -121,11 +114,6 @@ json describe(const PageShape& shape, const Placement& placement) {
           {"right", placement.right},
           {"down", placement.down},
           {"turn", placement.turn}};
-}
-
-std::string readAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 bool isUpload(const HttpRequest& request) {
@@ -241,7 +229,7 @@ Result<Api::Json> Api::answerQueues(const HttpRequest& request) {
 Result<Api::Json> Api::answerJobs(const HttpRequest& request) {
   const std::vector<std::string> parts = partsOf(request.path);
   int number = 0;
-  if (parts.size() != 3 || !parseNumber(parts[2], &number)) return Failure{kNotFound.english};
+  if (parts.size() != 3 || !parseCount(parts[2], &number)) return Failure{kNotFound.english};
   if (request.method == "DELETE") {
     const Result<void> cancelled = parts_.queues->cancel(number);
     if (!cancelled) return cancelled.failure();
@@ -337,35 +325,34 @@ Result<Api::Order> Api::prepare(const PrintOrder& order) {
 }
 
 Result<Api::Made> Api::make(Document* document, const Order& order, Ticket* ticket) {
+  const Result<PageShape> shape = parts_.renderer->shape(*document, order.queue, order.settings);
+  if (!shape) return shape.failure();
   const Result<MadeFile> raster =
-      parts_.renderer->page(document, order.queue, order.settings, ticket);
+      parts_.renderer->page(document, order.queue, order.settings, shape.value(), ticket);
   if (!raster) return raster.failure();
   const Result<MadeFile> dots =
-      parts_.renderer->dots(document, order.queue, order.settings, ticket);
+      parts_.renderer->dots(document, order.queue, order.settings, raster.value(), ticket);
   if (!dots) return dots.failure();
-  return Made{raster.value(), dots.value()};
+  return Made{shape.value(), raster.value(), dots.value()};
 }
 
 Result<Api::Json> Api::preview(const std::shared_ptr<Document>& document, const PrintOrder& asked) {
   const std::shared_ptr<Ticket> ticket = document->begin(asked.view);
   const Result<Order> order = prepare(asked);
   if (!order) return order.failure();
-  const Queue& queue = order.value().queue;
-  const Result<PageShape> shape = parts_.renderer->shape(*document, queue, order.value().settings);
-  if (!shape) return shape.failure();
   const Result<Made> made = make(document.get(), order.value(), ticket.get());
   if (!made) return made.failure();
-  const MadeFile& dots = made.value().dots;
-  const unsigned dpi = queue.driver->dpi();
+  const auto& [shape, raster, dots] = made.value();
+  const unsigned dpi = order.value().queue.driver->dpi();
   return Json{{"picture", dots.name},
               {"image", "/api/documents/" + document->id() + "/dots/" + dots.name},
               {"width", dots.width},
               {"height", dots.height},
               {"printed", dots.printed},
               {"dpi", dpi},
-              {"page", describe(shape.value().geometry)},
-              {"area", areaOf(dots, made.value().raster, shape.value().geometry, dpi)},
-              {"placed", describe(shape.value(), asked.placement)}};
+              {"page", describe(shape.geometry)},
+              {"area", areaOf(dots, raster, shape.geometry, dpi)},
+              {"placed", describe(shape, asked.placement)}};
 }
 
 Result<Api::Json> Api::barcodes(const std::shared_ptr<Document>& document,
@@ -382,10 +369,12 @@ Result<Api::Json> Api::barcodes(const std::shared_ptr<Document>& document,
 Result<Api::Json> Api::print(const std::shared_ptr<Document>& document, const PrintOrder& asked) {
   const Result<Order> order = prepare(asked);
   if (!order) return order.failure();
-  const PageSettings& settings = order.value().settings;
+  const auto& [queue, settings] = order.value();
+  const Result<PageShape> shape = parts_.renderer->shape(*document, queue, settings);
+  if (!shape) return shape.failure();
   Ticket ticket;
   const Result<MadeFile> raster =
-      parts_.renderer->page(document.get(), order.value().queue, settings, &ticket);
+      parts_.renderer->page(document.get(), queue, settings, shape.value(), &ticket);
   if (!raster) return raster.failure();
   const Result<int> job = parts_.queues->print(
       {asked.queue, document->title, settings.choices, *raster.value().path, asked.copies});
@@ -413,7 +402,7 @@ std::optional<HttpResponse> Api::dotsPicture(const HttpRequest& request) {
   if (!dots) return refusal(kNoDocument);
   HttpResponse response;
   response.type = "image/png";
-  response.body = readAll(*dots->path);
+  response.body = contentOf(*dots->path);
   response.headers = {{"Cache-Control", "private, max-age=3600, immutable"}};
   return response;
 }

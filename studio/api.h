@@ -55,6 +55,7 @@ class Api : public HttpHandler {
     PageSettings settings;
   };
   struct Made {
+    PageShape shape;
     MadeFile raster;
     MadeFile dots;
   };

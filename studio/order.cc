@@ -1,10 +1,10 @@
 // Orders from JSON and from a query, checked for kind and range. Whether the printer offers a
 // choice is checked by its driver. SPDX-License-Identifier: Apache-2.0
-#include <charconv>
 #include <cmath>
 #include <limits>
 
 #include "studio/api.h"
+#include "studio/parse_number.h"
 
 namespace korvel {
 namespace {
@@ -55,18 +55,6 @@ bool isInRange(const PrintOrder& order) {
 Result<PrintOrder> checked(const PrintOrder& order) {
   if (!isInRange(order)) return Failure{kBadRequest.english};
   return order;
-}
-
-bool parseNumber(const std::string& text, double* number) {
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, *number);
-  return result.ec == std::errc() && result.ptr == end;
-}
-
-bool parseCount(const std::string& text, int* number) {
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, *number);
-  return result.ec == std::errc() && result.ptr == end && *number > 0;
 }
 
 }  // namespace

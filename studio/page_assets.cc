@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
+#include "tools/common/file_content.h"
 #include "tools/common/translation.h"
 
 namespace fs = std::filesystem;
@@ -70,8 +69,7 @@ Result<void> PageAssets::load(const std::string& folder) {
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder, fault)) {
     const std::string type = typeOf(entry.path().extension());
     if (type.empty() || !entry.is_regular_file(fault)) continue;
-    std::ifstream in(entry.path(), std::ios::binary);
-    std::string source = withoutLayout({std::istreambuf_iterator<char>(in), {}});
+    std::string source = withoutLayout(contentOf(entry.path()));
     if (entry.path().extension() == ".css") source = withoutBlanks(source);
     if (entry.path().extension() == ".js") replaceAll(&source, " => ", "=>");
     assets_["/" + entry.path().lexically_relative(folder).string()] = {type, source};

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "studio/sentences.h"
+#include "tools/common/file_content.h"
 #include "tools/description/driver_names.h"
 #include "tools/description/printer_description.h"
 #include "tools/preview/document.h"
@@ -189,11 +190,6 @@ Result<int> sendJob(const JobHead& job, const Choices& choices,
   return Failure{kRefused.english};
 }
 
-std::string readAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 }  // namespace
 
 std::string ownUser() {
@@ -258,7 +254,7 @@ Result<Queue> PrintQueues::queue(const std::string& name) {
 }
 
 Result<Queue> PrintQueues::keep(const std::string& name, const std::string& path, time_t modified) {
-  Result<std::shared_ptr<const QueueDriver>> driver = QueueDriver::open(readAll(path));
+  Result<std::shared_ptr<const QueueDriver>> driver = QueueDriver::open(contentOf(path));
   if (!driver) return driver.failure();
   const std::string version = std::to_string(++fileNumber_);
   const std::string copy = folder_ + "/queue-" + version + ".ppd";

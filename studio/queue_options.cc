@@ -146,8 +146,7 @@ nlohmann::json QueueDriver::describe(const std::string& language) const {
 std::map<std::string, Feed> QueueDriver::feeds() const {
   if (takesSingleSheets(text_)) return {};
   std::map<std::string, Feed> feeds = {{"edge", Feed::kToEdge}, {"back", Feed::kBack}};
-  ppd_option_t* action = ppdFindOption(ppd_.get(), "PostAction");
-  if (action != nullptr && ppdFindChoice(action, "Cut") != nullptr) feeds["cut"] = Feed::kCut;
+  if (hasCutter(text_)) feeds["cut"] = Feed::kCut;
   return feeds;
 }
 

@@ -230,32 +230,30 @@ Result<MadeFile> Renderer::drawPdf(Document* document, const Queue& queue,
 }
 
 Result<MadeFile> Renderer::page(Document* document, const Queue& queue,
-                                const PageSettings& settings, Ticket* ticket) {
-  const Result<PageShape> found = shape(*document, queue, settings);
-  if (!found) return found.failure();
-  MadeFile planned = plannedPage(queue, settings, found.value());
+                                const PageSettings& settings, const PageShape& shape,
+                                Ticket* ticket) {
+  MadeFile planned = plannedPage(queue, settings, shape);
   const std::lock_guard<std::mutex> lock(document->rasterising);
   if (const auto known = document->findPage(planned.key)) return *known;
   planned = newFile(document, planned, ".ras");
   const Result<MadeFile> made =
-      document->isPdf ? drawPdf(document, queue, settings, found.value(), planned, ticket)
-                      : drawPicture(document, queue, settings, found.value(), planned, ticket);
+      document->isPdf ? drawPdf(document, queue, settings, shape, planned, ticket)
+                      : drawPicture(document, queue, settings, shape, planned, ticket);
   if (made) document->keepPage(made.value());
   return made;
 }
 
 Result<MadeFile> Renderer::dots(Document* document, const Queue& queue,
-                                const PageSettings& settings, Ticket* ticket) {
-  const Result<MadeFile> raster = page(document, queue, settings, ticket);
-  if (!raster) return raster.failure();
+                                const PageSettings& settings, const MadeFile& raster,
+                                Ticket* ticket) {
   const std::string options = optionText(settings.choices);
-  const std::string key = raster.value().key + "/" + options;
+  const std::string key = raster.key + "/" + options;
   if (const auto known = document->findDots(key)) return *known;
   MadeFile picture;
   picture.key = key;
   picture = newFile(document, picture, ".png");
   const Result<nlohmann::json> made =
-      run({"dots", filter_, *raster.value().path, queue.ppd, options, *picture.path}, ticket);
+      run({"dots", filter_, *raster.path, queue.ppd, options, *picture.path}, ticket);
   if (!made) return made.failure();
   const MadeFile dots = measured(picture, made.value());
   document->keepDots(dots);

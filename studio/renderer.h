@@ -39,10 +39,12 @@ class Renderer {
 
   Result<PageShape> shape(const Document& document, const Queue& queue,
                           const PageSettings& settings) const;
+  // `shape` is what shape() returns for the same settings.
   Result<MadeFile> page(Document* document, const Queue& queue, const PageSettings& settings,
-                        Ticket* ticket);
+                        const PageShape& shape, Ticket* ticket);
+  // `raster` is what page() returns for the same settings.
   Result<MadeFile> dots(Document* document, const Queue& queue, const PageSettings& settings,
-                        Ticket* ticket);
+                        const MadeFile& raster, Ticket* ticket);
   Result<nlohmann::json> barcodes(const MadeFile& raster, const MadeFile& dots);
 
  private:

@@ -15,13 +15,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string_view>
 #include <utility>
 
 #include "studio/sentences.h"
 #include "studio/worker/worker_answer.h"
+#include "tools/common/file_content.h"
 
 namespace korvel {
 namespace {
@@ -193,8 +193,7 @@ GreyPicture readJpeg(std::FILE* file) {
 // ---- WebP and TIFF ----
 
 GreyPicture readWebp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+  const std::string bytes = contentOf(path);
   const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
   int width = 0;
   int height = 0;

@@ -39,6 +39,10 @@ bool sameDescription(const std::string& one, const std::string& other) {
   }
 }
 
+bool hasCutter(const std::string& description) {
+  return description.find("\n*PostAction Cut") != std::string::npos;
+}
+
 bool takesSingleSheets(const std::string& description) {
   return description.find("*OpenUI *AntiWrinkle") != std::string::npos;
 }

@@ -17,6 +17,9 @@ std::string keyword(const std::string& description, const std::string& name);
 // Whether two PPDs differ in nothing but the queue's own defaults.
 bool sameDescription(const std::string& one, const std::string& other);
 
+// Whether a PPD is for a printer with a cutter.
+bool hasCutter(const std::string& description);
+
 // Whether a PPD is for a stencil printer, which takes single sheets. The others have none.
 bool takesSingleSheets(const std::string& description);
 

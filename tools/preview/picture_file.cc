@@ -3,10 +3,10 @@
 #include "tools/preview/picture_file.h"
 
 #include <cstdint>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 #include <vector>
+
+#include "tools/common/file_content.h"
 
 namespace korvel {
 namespace {
@@ -130,8 +130,7 @@ PictureFile tiffFile(std::string_view bytes) {
 }  // namespace
 
 PictureFile readPictureFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  const std::string bytes = contentOf(path);
   if (bytes.starts_with("\x89PNG")) return pngFile(bytes);
   if (bytes.starts_with("\xFF\xD8")) return jpegFile(bytes);
   if (bytes.starts_with(std::string("II*\0", 4)) || bytes.starts_with(std::string("MM\0*", 4))) {

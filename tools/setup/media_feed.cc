@@ -17,10 +17,6 @@ namespace {
 constexpr std::chrono::seconds kPatience(10);
 constexpr std::chrono::milliseconds kBetweenLooks(100);
 
-bool hasCutter(const std::string& description) {
-  return description.find("\n*PostAction Cut") != std::string::npos;
-}
-
 Result<void> checkMedia(const std::string& queue, const std::string& description, Feed feed) {
   if (takesSingleSheets(description)) {
     return Failure{

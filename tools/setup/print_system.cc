@@ -11,9 +11,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 
+#include "tools/common/file_content.h"
 #include "tools/common/process.h"
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
@@ -170,8 +169,7 @@ Job jobOf(const Group& group) {
 // The content of a temporary file of the library, which is then removed.
 std::string taken(const char* path) {
   if (path == nullptr) return "";
-  std::ifstream file(path, std::ios::binary);
-  std::string all{std::istreambuf_iterator<char>(file), {}};
+  std::string all = contentOf(path);
   unlink(path);
   return all;
 }
@@ -256,8 +254,7 @@ std::vector<Job> PrintSystem::jobs(const std::string& queue) const {
   return all;
 }
 
-std::vector<Job> PrintSystem::jobsToExamine(const std::string& queue) const {
-  std::vector<Job> all = jobs(queue);
+std::vector<Job> jobsToExamine(std::vector<Job> all) {
   const int newest = all.empty() ? 0 : all.back().number;
   std::erase_if(all, [newest](const Job& job) {
     const bool failed = job.state == IPP_JSTATE_ABORTED;

@@ -67,6 +67,10 @@ struct Job {
   int now = 0;    // when the server was asked
 };
 
+// Of all jobs of a queue, by number: those that are not finished, and the newest one if it failed
+// or had a raster file, which the filter prints as far as it is whole.
+std::vector<Job> jobsToExamine(std::vector<Job> all);
+
 // Every call asks the server. Lists and texts are empty when it has none.
 class PrintSystem {
  public:
@@ -78,9 +82,6 @@ class PrintSystem {
   std::optional<Queue> queue(const std::string& name) const;
   std::vector<Queue> queues() const;                      // all, ours and others
   std::vector<Job> jobs(const std::string& queue) const;  // all that it remembers, by number
-  // The jobs that are not finished, and the newest one if it failed or had a raster file, which the
-  // filter prints as far as it is whole; by their numbers.
-  std::vector<Job> jobsToExamine(const std::string& queue) const;
   // Writes the job's document to a new file, as it was sent. Fails when it is no longer kept or
   // when this user may not read it.
   bool fetchDocument(int job, const std::string& path) const;

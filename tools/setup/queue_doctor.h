@@ -18,7 +18,7 @@ enum class FilterFile { kFine, kMissing, kNotExecutable, kUnsafe, kNotLookedAt }
 
 struct QueueFacts {
   Queue queue;
-  std::vector<Job> jobs;      // as PrintSystem::jobsToExamine() lists them
+  std::vector<Job> jobs;      // as jobsToExamine() selects them
   std::string description;    // the queue's PPD
   std::string installed;      // the installed PPD of the same model
   std::string installedName;  // its bare name; empty: none

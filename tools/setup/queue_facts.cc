@@ -64,10 +64,9 @@ QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,
                        const std::string& dumpFolder) {
   QueueFacts facts;
   facts.queue = queue;
-  facts.jobs = system.jobsToExamine(queue.name);
-  if (system.isThisMachine()) {
-    facts.interruptedJob = interruptedJob(system.jobs(queue.name), printServerStart());
-  }
+  const std::vector<Job> jobs = system.jobs(queue.name);
+  if (system.isThisMachine()) facts.interruptedJob = interruptedJob(jobs, printServerStart());
+  facts.jobs = jobsToExamine(jobs);
   facts.damagedJob = damagedJob(system, facts.jobs);
   facts.description = system.queueDescription(queue.name);
   const Description installed = system.installedFor(facts.description);

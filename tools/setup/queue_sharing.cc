@@ -83,6 +83,7 @@ struct Plan {
   ConfigChange config;
   std::vector<QueueRecord> published, hidden;  // queues as they are to be
   bool startAvahi = false;
+  bool stopAvahi = false;
   bool empty() const {
     return config.edits.empty() && published.empty() && hidden.empty() && !startAvahi;
   }
@@ -268,6 +269,13 @@ Result<void> applyConfig(const PrintSystem& system, const ConfigChange& change) 
   return waitForServer(system, change.text);
 }
 
+// Whether it worked is seen by the check that follows.
+void switchAvahi(const char* verb) {
+  Program systemctl;
+  systemctl.arguments = {"systemctl", verb, "--now", "avahi-daemon"};
+  (void)runProgram(systemctl, kWithOutput);
+}
+
 // The server is opened last: by then every queue has the name, and the mark, that it is to have.
 Result<void> apply(const PrintSystem& system, const Plan& plan) {
   for (const std::vector<QueueRecord>* queues : {&plan.hidden, &plan.published}) {
@@ -275,11 +283,7 @@ Result<void> apply(const PrintSystem& system, const Plan& plan) {
       if (Result<void> done = applyQueue(queue); !done) return done;
     }
   }
-  if (plan.startAvahi) {
-    Program systemctl;
-    systemctl.arguments = {"systemctl", "enable", "--now", "avahi-daemon"};
-    (void)runProgram(systemctl, kWithOutput);  // the check that follows sees whether it runs
-  }
+  if (plan.startAvahi) switchAvahi("enable");
   return applyConfig(system, plan.config);
 }
 
@@ -494,6 +498,7 @@ void planToClose(const PrintSystem& system, const std::string& text, Plan* plan)
       plan->config.edits.push_back({edit.section, edit.after, edit.before});
     }
   }
+  plan->stopAvahi = plan->state.startedAvahi;
   plan->state = {};
 }
 
@@ -533,7 +538,6 @@ Result<Plan> planToUnshare(const PrintSystem& system, const Queue& queue,
 Result<void> unshareQueue(const PrintSystem& system, const SharingRequest& request) {
   const Result<Queue> queue = sharedCandidate(system, request.queue);
   if (!queue) return queue.failure();
-  const bool startedAvahi = loadState(request.stateFolder).startedAvahi;
   Result<Plan> plan = planToUnshare(system, queue.value(), request);
   if (!plan) return plan.failure();
   show(*plan);
@@ -544,11 +548,7 @@ Result<void> unshareQueue(const PrintSystem& system, const SharingRequest& reque
   for (const QueueRecord& hidden : plan->hidden) {
     if (Result<void> done = applyQueue(hidden); !done) return done;
   }
-  if (startedAvahi && !plan->state.sharesAny()) {
-    Program systemctl;
-    systemctl.arguments = {"systemctl", "disable", "--now", "avahi-daemon"};
-    (void)runProgram(systemctl, kWithOutput);
-  }
+  if (plan->stopAvahi) switchAvahi("disable");
   if (Result<void> saved = saveState(request.stateFolder, plan->state); !saved) return saved;
   std::printf("%s\n", filled("Queue %s is no longer shared.", request.queue.c_str()).c_str());
   return {};

@@ -7,11 +7,10 @@
 
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 
+#include "tools/common/file_content.h"
 #include "tools/common/process.h"
 
 namespace korvel {
@@ -22,8 +21,7 @@ constexpr int64_t kStartSeconds = 10;  // until the server has read its queues a
 constexpr int64_t kDay = 24 * 60 * 60;
 
 std::string textOf(pid_t process, const char* file) {
-  std::ifstream in("/proc/" + std::to_string(process) + "/" + file);
-  return {std::istreambuf_iterator<char>(in), {}};
+  return contentOf("/proc/" + std::to_string(process) + "/" + file);
 }
 
 pid_t serviceProcess() {

@@ -7,10 +7,10 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <system_error>
 
+#include "tools/common/file_content.h"
 #include "tools/common/translation.h"
 
 namespace fs = std::filesystem;
@@ -132,10 +132,7 @@ SharingState readState(const std::string& text) {
   return state;
 }
 
-SharingState loadState(const std::string& folder) {
-  std::ifstream file(folder + kFile);
-  return readState({std::istreambuf_iterator<char>(file), {}});
-}
+SharingState loadState(const std::string& folder) { return readState(contentOf(folder + kFile)); }
 
 Result<void> saveState(const std::string& folder, const SharingState& state) {
   const std::string path = folder + kFile;
