@@ -127,7 +127,7 @@ json rasterise(const std::string& composed, const std::string& ppd, const std::s
   auto size = korvel::rasterisePage(composed, ppd, options, raster);
   std::remove(composed.c_str());
   const korvel::RasterPageInfo made = must(std::move(size));
-  return {{"width", made.width}, {"height", made.height}, {"dpi", made.dpi}};
+  return {{"width", made.width}, {"height", made.height}};
 }
 
 // blank MEDIAWIDTH MEDIAHEIGHT PPD OPTIONS RASTER

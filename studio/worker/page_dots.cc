@@ -84,12 +84,18 @@ Result<RasterPageInfo> rasterisePage(const std::string& page, const std::string&
   return info;
 }
 
-Result<GreyPicture> readGreyPage(const std::string& raster) {
+Result<RasterPage> loadRasterPage(const std::string& raster) {
   const Descriptor file(open(raster.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file.isOpen()) return Failure{kNoRaster.english};
-  const Result<RasterPage> read = readFirstPage(file.get());
-  if (!read || read.value().header.cupsBitsPerPixel != 8) return Failure{kNoRaster.english};
-  const RasterPage& page = read.value();
+  Result<RasterPage> page = readFirstPage(file.get());
+  if (!page || page->header.cupsBitsPerPixel != 8) return Failure{kNoRaster.english};
+  return page;
+}
+
+Result<GreyPicture> readGreyPage(const std::string& raster) {
+  const Result<RasterPage> loaded = loadRasterPage(raster);
+  if (!loaded) return Failure{loaded.sentence()};
+  const RasterPage& page = loaded.value();
   GreyPicture picture = {page.header.cupsWidth, page.header.cupsHeight, 0, {}};
   picture.grey.reserve(picture.width * picture.height);
   for (size_t y = 0; y < picture.height; ++y) {

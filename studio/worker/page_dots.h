@@ -17,7 +17,10 @@ namespace korvel {
 Result<RasterPageInfo> rasterisePage(const std::string& page, const std::string& ppd,
                                      const std::string& options, const std::string& target);
 
-// The page that is printed, before it becomes dots.
+// The first page of a raster file, 8 bits of ink per pixel.
+Result<RasterPage> loadRasterPage(const std::string& raster);
+
+// The same page as a picture: 255 is white.
 Result<GreyPicture> readGreyPage(const std::string& raster);
 
 struct DotsJob {

@@ -2,8 +2,6 @@
 // fine as the dots. All sums are integers. SPDX-License-Identifier: Apache-2.0
 #include "studio/worker/picture_placer.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -11,7 +9,7 @@
 #include <utility>
 
 #include "studio/sentences.h"
-#include "tools/common/process.h"
+#include "studio/worker/page_dots.h"
 #include "tools/preview/document.h"
 
 namespace korvel {
@@ -35,7 +33,7 @@ struct Axis {
   size_t dots = 0;
 };
 
-// The mean of what lies below the dot; rounded so that whole pixels leave no rest.
+// The mean of the pixels below the dot; the weights of a dot that they cover add up to kWhole.
 Share meanShare(const Axis& axis, double from, double to) {
   Share share;
   const double last = static_cast<double>(axis.pixels);
@@ -211,12 +209,6 @@ unsigned orientationOf(const Matrix& onto) {
   return onto[1] > 0 ? 6 : 8;
 }
 
-Result<RasterPage> loadPage(const std::string& path) {
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.isOpen()) return Failure{kNoDocument.english};
-  return readFirstPage(file.get());
-}
-
 Result<void> savePage(const std::string& target, RasterPage* page) {
   if (!writePage(target, page)) return Failure{kDiskFull.english};
   return {};
@@ -241,18 +233,17 @@ void placePicture(GreyPicture picture, const Matrix& onto, const InkPage& page) 
 
 Result<void> drawPicture(GreyPicture picture, const Matrix& onto, const std::string& blank,
                          const std::string& target) {
-  Result<RasterPage> page = loadPage(blank);
-  if (!page) return Failure{kNoRaster.english};
+  Result<RasterPage> page = loadRasterPage(blank);
+  if (!page) return Failure{page.sentence()};
   const cups_page_header2_t& header = page->header;
-  if (header.cupsBitsPerPixel != 8) return Failure{kNoRaster.english};
   placePicture(std::move(picture), onto,
                {header.cupsWidth, header.cupsHeight, header.cupsBytesPerLine, page->pixels.data()});
   return savePage(target, &*page);
 }
 
 Result<void> movePage(const std::string& source, long right, long down, const std::string& target) {
-  Result<RasterPage> page = loadPage(source);
-  if (!page || page->header.cupsBitsPerPixel != 8) return Failure{kNoRaster.english};
+  Result<RasterPage> page = loadRasterPage(source);
+  if (!page) return Failure{page.sentence()};
   const long width = page->header.cupsWidth;
   const long height = page->header.cupsHeight;
   const size_t stride = page->header.cupsBytesPerLine;

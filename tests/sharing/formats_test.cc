@@ -325,7 +325,7 @@ constexpr char kWithoutMargins[] =
     "media-col={media-size={x-dimension=21000 y-dimension=29700} media-top-margin=0 "
     "media-bottom-margin=0 media-left-margin=0 media-right-margin=0}";
 
-// What lies in the margins is not printed, and nothing is made smaller for that.
+// Nothing is scaled down to make room for the margins: what lies in them is cut off.
 TEST_F(Wishes, BorderlessStencilsKeepTheirSize) {
   const Place page = {2362, 3248, 0, 0, 767, 748, Corner::kTopLeft};
   const Place fitted = {2362, 3248, 33, 0, 2329, 3248, Corner::kTopLeft};

@@ -32,7 +32,7 @@ TEST(Gatekeeper, OnLoopbackLetsInWhatComesFromHereAndFromPrograms) {
        {"POST", "/api/documents", "127.0.0.1:8631", "http://127.0.0.1:8631", "same-origin", true,
         "", ""},
        ""},
-      {"our page behind a proxy with encryption",
+      {"our page behind a proxy that adds TLS",
        {"POST", "/api/documents", "localhost", "https://localhost", "same-origin", true, "", ""},
        ""},
       {"our page's address without our header",

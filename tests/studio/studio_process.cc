@@ -63,8 +63,8 @@ bool has(const std::vector<std::string>& headers, const std::string& name) {
 }  // namespace
 
 std::string Reply::code() const {
-  const nlohmann::json told = json();
-  return told.is_object() && told.contains("code") ? told["code"].get<std::string>() : "";
+  const nlohmann::json parsed = json();
+  return parsed.is_object() && parsed.contains("code") ? parsed["code"].get<std::string>() : "";
 }
 
 StudioProcess::StudioProcess(const std::string& program, const std::vector<std::string>& arguments,
