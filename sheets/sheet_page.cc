@@ -9,12 +9,12 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tools/common/units.h"
 #include "tools/description/option_check.h"
 
 namespace korvel {
 namespace {
 
-constexpr double kPointsPerInch = 72;
 constexpr double kLeastCap = 7;  // dots of a capital letter
 
 const char* textOf(ppd_file_t* ppd, const char* size) {

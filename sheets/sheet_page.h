@@ -9,6 +9,7 @@
 
 #include "drawing/dot_canvas.h"
 #include "sheets/barcode.h"
+#include "tools/common/units.h"
 
 namespace korvel {
 
@@ -52,7 +53,7 @@ struct SheetCode {
 class SheetPage {
  public:
   explicit SheetPage(const SheetSize& size)
-      : size_(size), dotsPerMm_(size.dpi / 25.4), canvas_(size.width, size.height) {}
+      : size_(size), dotsPerMm_(size.dpi / kMmPerInch), canvas_(size.width, size.height) {}
 
   const SheetSize& size() const { return size_; }
   DotCanvas* canvas() { return &canvas_; }

@@ -10,6 +10,7 @@
 #include "studio/parse_number.h"
 #include "studio/sentences.h"
 #include "tools/common/file_content.h"
+#include "tools/common/units.h"
 
 namespace korvel {
 namespace {
@@ -19,7 +20,6 @@ using nlohmann::json;
 constexpr size_t kMostUpload = size_t{40} << 20;
 constexpr size_t kMostJson = size_t{64} << 10;
 constexpr size_t kMostTitle = 100;
-constexpr double kMmPerInch = 25.4;
 
 std::string dump(const json& value) {
   return value.dump(-1, ' ', false, json::error_handler_t::replace);

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "tools/common/units.h"
+
 namespace korvel {
 namespace {
 

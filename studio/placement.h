@@ -8,9 +8,6 @@
 
 namespace korvel {
 
-inline constexpr double kPointsPerInch = 72;
-inline constexpr double kPointsPerMm = kPointsPerInch / 25.4;
-
 enum class Fit { kFit, kFill, kTrueSize, kOwn };
 
 struct Placement {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "studio/sentences.h"
+#include "tools/common/units.h"
 #include "tools/description/description_text.h"
 #include "tools/description/option_check.h"
 

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "studio/sentences.h"
+#include "tools/common/units.h"
 
 namespace korvel {
 namespace {

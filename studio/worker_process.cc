@@ -64,14 +64,12 @@ bool RunningWorker::start(const std::string& program, const std::vector<std::str
 }
 
 bool RunningWorker::readAnswer(std::string* answer) {
-  using Clock = std::chrono::steady_clock;
-  const auto end = Clock::now() + std::chrono::milliseconds(kStepMilliseconds);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kStepMilliseconds);
   for (;;) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
+    const int left = millisecondsUntil(end);
     pollfd watched = {output_.get(), POLLIN, 0};
-    if (left <= 0 || answer->size() > kMostAnswer) return false;
-    if (::poll(&watched, 1, static_cast<int>(left)) <= 0) continue;
+    if (left == 0 || answer->size() > kMostAnswer) return false;
+    if (poll(&watched, 1, left) <= 0) continue;
     char bytes[16384];
     const ssize_t count = read(output_.get(), bytes, sizeof bytes);
     if (count < 0 && errno == EINTR) continue;

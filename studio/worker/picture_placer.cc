@@ -17,6 +17,7 @@ namespace {
 
 constexpr double kWhole = 1024;  // the weight of a pixel that covers a dot
 constexpr uint32_t kHalf = 1U << 19;
+constexpr float kHalfLevel = 0.5F;  // rounds what is truncated next, as ink is never negative
 
 // ---- Upright ----
 
@@ -153,7 +154,7 @@ class Sampler {
     const float down = edge(static_cast<float>(v - 0.5 - y));
     const float upper = ink(x, y) + right * (ink(x + 1, y) - ink(x, y));
     const float lower = ink(x, y + 1) + right * (ink(x + 1, y + 1) - ink(x, y + 1));
-    return static_cast<unsigned char>(upper + down * (lower - upper) + 0.5F);
+    return static_cast<unsigned char>(upper + down * (lower - upper) + kHalfLevel);
   }
 
  private:

@@ -22,13 +22,13 @@
 #include "studio/sentences.h"
 #include "studio/worker/worker_answer.h"
 #include "tools/common/file_content.h"
+#include "tools/common/units.h"
 
 namespace korvel {
 namespace {
 
 constexpr uint64_t kMostPixels = 64'000'000;
 constexpr size_t kMostKeptPixels = 16'000'000;
-constexpr double kMillimetresPerInch = 25.4;
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -81,7 +81,7 @@ GreyPicture readPng(std::FILE* file) {
   png_read_info(png, info);
   GreyPicture picture;
   reserve(&picture, png_get_image_width(png, info), png_get_image_height(png, info));
-  picture.dpi = png_get_pixels_per_meter(png, info) * kMillimetresPerInch / 1000;
+  picture.dpi = png_get_pixels_per_meter(png, info) * kMmPerInch / 1000;
   if (png_get_color_type(png, info) == PNG_COLOR_TYPE_GRAY &&
       png_get_valid(png, info, PNG_INFO_tRNS) == 0) {
     png_set_expand(png);
@@ -160,7 +160,7 @@ void readJpegRows(jpeg_decompress_struct* jpeg, GreyPicture* picture) {
 double densityOf(const jpeg_decompress_struct& jpeg) {
   if (jpeg.saw_JFIF_marker == 0 || jpeg.X_density < 10) return 0;
   if (jpeg.density_unit == 1) return jpeg.X_density;
-  return jpeg.density_unit == 2 ? jpeg.X_density * kMillimetresPerInch / 10 : 0;
+  return jpeg.density_unit == 2 ? jpeg.X_density * kMmPerInch / 10 : 0;
 }
 
 GreyPicture readJpeg(std::FILE* file) {
@@ -216,7 +216,7 @@ double tiffDpi(TIFF* tiff) {
   if (TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &density) == 0) return 0;
   TIFFGetFieldDefaulted(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
   const double dpi = static_cast<double>(density);
-  return unit == RESUNIT_CENTIMETER ? dpi * kMillimetresPerInch / 10 : dpi;
+  return unit == RESUNIT_CENTIMETER ? dpi * kMmPerInch / 10 : dpi;
 }
 
 GreyPicture readTiff(const std::string& path) {

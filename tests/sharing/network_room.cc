@@ -39,7 +39,9 @@ bool did(const std::string& words) { return run({"sh", "-c", words}).status == 0
 
 NetworkRoom::NetworkRoom() {
   missing_ = enter();
-  if (missing_.empty()) startResponder();
+  if (!missing_.empty()) return;
+  startBus();
+  startResponder();
 }
 
 std::string NetworkRoom::enter() {
@@ -63,7 +65,7 @@ std::string NetworkRoom::enter() {
   return "";
 }
 
-void NetworkRoom::startResponder() {
+void NetworkRoom::startBus() {
   const std::string socket = folder_.file("bus");
   std::string bus = kBus;
   const std::string mark = "@SOCKET@";
@@ -74,7 +76,11 @@ void NetworkRoom::startResponder() {
               folder_.file("bus.log"),
               {}});
   ASSERT_TRUE(waitUntil(kSeconds, [&] { return fs::exists(socket); })) << folder_.read("bus.log");
+}
+
+void NetworkRoom::startResponder() {
   fs::create_directories("/run/avahi-daemon");
+  fs::remove(folder_.file("avahi.log"));
   responder_.start({{KORVEL_AVAHI_DAEMON, "-f", folder_.write("avahi.conf", kResponder),
                      "--no-drop-root", "--no-chroot", "--no-rlimits"},
                     folder_.file("avahi.log"),
@@ -84,6 +90,8 @@ void NetworkRoom::startResponder() {
   };
   ASSERT_TRUE(waitUntil(kSeconds, isUp)) << folder_.read("avahi.log");
 }
+
+void NetworkRoom::stopResponder() { responder_.stop(); }
 
 // A thread may be in another network than its process, and its sockets stay there.
 void NetworkRoom::atThePhone(const std::function<void()>& deed) const {

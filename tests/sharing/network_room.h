@@ -27,9 +27,13 @@ class NetworkRoom {
   // Gives the phone an address that belongs to none of this computer's networks.
   void movePhoneElsewhere() const;
 
+  // Without the responder nothing is announced.
+  void startResponder();
+  void stopResponder();
+
  private:
   std::string enter();
-  void startResponder();
+  void startBus();
 
   TemporaryFolder folder_;
   GuardedProcess bus_, responder_;

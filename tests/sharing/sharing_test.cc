@@ -3,6 +3,7 @@
 // Apache-2.0
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr double kSeconds = 60;
+constexpr char kUnpublished[] = "printer-is-shared=false";
 
 std::string lastLine(const std::string& output) {
   const std::string text = output.substr(0, output.find_last_not_of('\n') + 1);
@@ -229,6 +231,70 @@ TEST_F(Sharing, SharesAPresetAsAPrinterOfItsOwn) {
   const std::string device = "device-uri=korvel://127.0.0.1:" + std::to_string(printer_->port());
   EXPECT_NE(queueState("m6").find(device), std::string::npos) << queueState("m6");
   EXPECT_NE(queueState("m6-stencil-mirrored").find(device), std::string::npos);
+}
+
+// Spoils one thing after the other on the living server, looks, and mends it.
+TEST_F(Sharing, TheDoctorSaysWhatKeepsTabletsAway) {
+  makeQueue("labels", "label-203");
+  makeQueue("tags", "r57-203-oneway");
+  ASSERT_EQ(setup({"--share", "labels", "-D", "Labels"}).status, 0);
+  ASSERT_EQ(setup({"--share", "tags", "-D", "Tags"}).status, 0);
+  const auto client = [this](const Words& words) {
+    return [this, words] {
+      const CommandResult result = run(words, kSeconds, spooler_->clientEnvironment());
+      EXPECT_EQ(result.status, 0) << result.output;
+    };
+  };
+  const auto check = [this] { return setup({"--check", "-p", "labels"}); };
+  const std::string open = spooler_->configuration();
+  const auto edit = [this, open](const std::string& from, const std::string& to) {
+    return [this, open, from, to] {
+      std::string text = open;
+      ASSERT_NE(text.find(from), std::string::npos) << text;
+      spooler_->restartWith(text.replace(text.find(from), from.size(), to));
+    };
+  };
+  const auto reopen = [this, open] { spooler_->restartWith(open); };
+  ASSERT_EQ(check().status, 0) << check().output;
+  const struct {
+    const char* description;
+    std::function<void()> spoil;
+    const char* finding;
+    std::function<void()> mend;
+  } kCases[] = {
+      {"a queue that is not published", client({"lpadmin", "-p", "labels", "-o", kUnpublished}),
+       "Queue labels was shared, but the print server or the queue no longer lets",
+       client({"lpadmin", "-p", "labels", "-o", "printer-is-shared=true"})},
+      {"a server that listens to this machine only", edit("Port 631", "Listen localhost:631"),
+       "Queue labels was shared, but the print server or the queue no longer lets", reopen},
+      {"administration from the network",
+       edit("<Location /admin>", "<Location /admin>\n  Allow @LOCAL"),
+       "The print server can be administered from the network", reopen},
+      {"a size that is not ready", client({"lpadmin", "-p", "labels", "-o", "PageSize=2x2"}),
+       "Tablets and phones are not offered the size 2x2 of queue labels",
+       client({"lpadmin", "-p", "labels", "-o", "PageSize=4x6"})},
+      {"two printers of one name", client({"lpadmin", "-p", "tags", "-D", "Labels"}),
+       "Queues labels and tags have the same name",
+       client({"lpadmin", "-p", "tags", "-D", "Tags"})},
+      {"no responder", [this] { room_.stopResponder(); },
+       "Queue labels is shared, but not announced; install and start avahi-daemon.",
+       [this] { room_.startResponder(); }},
+  };
+  for (const auto& one : kCases) {
+    SCOPED_TRACE(one.description);
+    one.spoil();
+    const CommandResult result = check();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find(one.finding), std::string::npos) << result.output;
+    one.mend();
+    EXPECT_TRUE(waitUntil(kSeconds, [&] { return check().status == 0; })) << check().output;
+  }
+  for (const char* queue : {"labels", "tags"})
+    spooler_->setDevice(queue, "usb://Korvel/R57?serial=1");
+  const std::string output = check().output;
+  EXPECT_NE(output.find("Queues labels and tags use the same USB printer; a job waits"),
+            std::string::npos)
+      << output;
 }
 
 const char* const kLabelModels[] = {

@@ -171,6 +171,11 @@ void PrivateSpooler::restart() {
   startDaemon();
 }
 
+void PrivateSpooler::restartWith(const std::string& configuration) {
+  folder_.write("etc/cupsd.conf", configuration);
+  restart();
+}
+
 void PrivateSpooler::killAndRestart() {
   disconnect();
   daemon_.killProgram();

@@ -28,6 +28,7 @@ class PrivateSpooler {
   // Ends the spooler with everything that it started, by the signal that a system stops it with, or
   // at once, as a crash or a power cut does; then starts it again.
   void restart();
+  void restartWith(const std::string& configuration);  // the whole cupsd.conf, as configuration()
   void killAndRestart();
 
   // What leads the spooler's own clients, and ours, to it; in English.

@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "studio/sentences.h"
+#include "tools/common/units.h"
 
 namespace {
 

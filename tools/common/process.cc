@@ -13,9 +13,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
@@ -187,6 +189,12 @@ Result<void> openSocketPair(Descriptor* one, Descriptor* other) {
     return {};
   }
   return Failure{filled("Cannot open a pipe: %s.", std::strerror(errno))};
+}
+
+int millisecondsUntil(std::chrono::steady_clock::time_point end) {
+  const auto left = end - std::chrono::steady_clock::now();
+  return static_cast<int>(
+      std::max<long>(0, std::chrono::duration_cast<std::chrono::milliseconds>(left).count()));
 }
 
 std::vector<char*> execPointers(std::vector<std::string>& strings) {

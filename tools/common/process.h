@@ -6,6 +6,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <map>
 #include <optional>
 #include <string>
@@ -40,6 +41,9 @@ class Descriptor {
 // Both ends are closed on exec, and numbered above those that a filter starts with.
 Result<void> openPipe(Descriptor* readEnd, Descriptor* writeEnd);
 Result<void> openSocketPair(Descriptor* one, Descriptor* other);
+
+// For poll(); 0 when `end` has passed.
+int millisecondsUntil(std::chrono::steady_clock::time_point end);
 
 // The strings as the exec functions expect them; the pointers point into `strings`.
 std::vector<char*> execPointers(std::vector<std::string>& strings);

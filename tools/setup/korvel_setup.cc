@@ -247,7 +247,7 @@ void showExamination(const korvel::Examination& examination) {
 }
 
 Result<std::vector<korvel::Queue>> queuesToCheck(const PrintSystem& system,
-                                                 std::vector<std::string> names) {
+                                                 const std::vector<std::string>& names) {
   std::vector<korvel::Queue> queues;
   for (const std::string& name : names) {
     const auto queue = system.queue(name);

@@ -94,12 +94,6 @@ void askFrom(const std::string& address, const std::string& question, Descriptor
   if (!sent) socketEnd->reset();
 }
 
-int millisecondsUntil(std::chrono::steady_clock::time_point end) {
-  const auto left = end - std::chrono::steady_clock::now();
-  return static_cast<int>(
-      std::max<long>(0, std::chrono::duration_cast<std::chrono::milliseconds>(left).count()));
-}
-
 }  // namespace
 
 std::vector<std::string> networkAddresses() {

@@ -69,9 +69,8 @@ Addresses resolve(const Address& address) {
 
 // False when `fd` does not become ready for `events` in time.
 bool ready(int fd, short events, Clock::time_point end) {
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
   pollfd watched = {fd, events, 0};
-  return poll(&watched, 1, std::max(0, static_cast<int>(left.count()))) == 1;
+  return poll(&watched, 1, millisecondsUntil(end)) == 1;
 }
 
 // Returns a closed descriptor when there is no connection.

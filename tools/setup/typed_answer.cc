@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <regex>
 
+#include "tools/common/units.h"
 #include "tools/description/description_text.h"
 #include "tools/description/option_check.h"
 #include "tools/setup/device_choice.h"
@@ -19,8 +20,6 @@ namespace korvel {
 
 namespace {
 
-constexpr double kPointsPerInch = 72;
-constexpr double kPointsPerMm = 72 / 25.4;
 constexpr double kSamePoints = 1.5;  // half a millimetre; no two sizes are so close
 constexpr size_t kFewSizes = 8;
 
