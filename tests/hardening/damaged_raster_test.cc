@@ -129,8 +129,8 @@ void flipBits(const GoldenRaster& golden, int jobs) {
     std::string flipped;
     for (unsigned flips = 1 + dice() % 4; flips > 0 && !plan.input.empty(); --flips) {
       const size_t headers = kRasterHeaderBytes * golden.pageStarts.size();
-      const size_t range =
-          dice() % 2 == 0 ? std::min(headers, plan.input.size()) : plan.input.size();
+      const bool inHeaders = dice() % 2 == 0 && headers != 0;
+      const size_t range = inHeaders ? std::min(headers, plan.input.size()) : plan.input.size();
       const size_t at = dice() % range;
       const unsigned bit = dice() % 8;
       plan.input[at] = static_cast<char>(plan.input[at] ^ (1 << bit));

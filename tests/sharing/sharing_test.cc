@@ -233,6 +233,41 @@ TEST_F(Sharing, SharesAPresetAsAPrinterOfItsOwn) {
   EXPECT_NE(queueState("m6-stencil-mirrored").find(device), std::string::npos);
 }
 
+// The server takes the first size that is nearly as large as the one that a client asks for.
+TEST_F(Sharing, OffersTheSizeThatThePrinterHolds) {
+  makeQueue("labels", "r57-203-oneway");
+  const auto hold = [this](const char* size) {
+    const Words words = {"lpadmin", "-p", "labels", "-o", std::string("PageSize=") + size};
+    EXPECT_EQ(run(words, kSeconds, spooler_->clientEnvironment()).status, 0);
+  };
+  hold("100x100mm");
+  const std::string description = spooler_->queueDescription("labels");
+  CommandResult result = setup({"--share", "labels"});
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_NE(result.output.find("Queue labels: 100x100mm becomes the first size; tablets and phones "
+                               "that ask for it would get 4x4."),
+            std::string::npos)
+      << result.output;
+  EXPECT_EQ(setup({"--check", "-p", "labels"}).status, 0);
+  room_.atThePhone([this] {
+    EXPECT_EQ(Phone(room_.address()).ask("labels", "media-ready"),
+              Words{"custom_100.1x100.2mm_100.1x100.2mm"});
+  });
+
+  hold("50x100mmRotated");  // other labels are loaded
+  result = setup({"--check", "-p", "labels"});
+  EXPECT_NE(result.output.find("that ask for the size 50x100mmRotated of queue labels get "
+                               "2x4Rotated: korvel-setup --share labels"),
+            std::string::npos)
+      << result.output;
+  EXPECT_EQ(setup({"--share", "labels"}).status, 0);
+  EXPECT_EQ(setup({"--check", "-p", "labels"}).status, 0);
+
+  hold("100x100mm");
+  EXPECT_EQ(setup({"--unshare", "labels"}).status, 0);
+  EXPECT_EQ(spooler_->queueDescription("labels"), description);
+}
+
 // Spoils one thing after the other on the living server, looks, and mends it.
 TEST_F(Sharing, TheDoctorSaysWhatKeepsTabletsAway) {
   makeQueue("labels", "label-203");

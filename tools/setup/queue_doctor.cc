@@ -8,6 +8,7 @@
 
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
+#include "tools/description/size_order.h"
 #include "tools/setup/device_choice.h"
 #include "tools/setup/preset.h"
 
@@ -39,7 +40,8 @@ void checkDescription(const QueueFacts& facts, Findings* found) {
         {true, filled("Queue %s has an old driver, which prints the bars of barcodes too wide. "
                       "Update it: korvel-setup -p %s -m %s",
                       nameOf(facts), nameOf(facts), facts.installedName.c_str())});
-  } else if (!sameDescription(facts.description, facts.installed)) {
+  } else if (!sameDescription(withSizesFirst(facts.description, sizeNames(facts.installed)),
+                              facts.installed)) {
     found->push_back(
         {true, filled("The driver of queue %s is not the installed version. Update it: "
                       "korvel-setup -p %s -m %s",

@@ -22,6 +22,7 @@
 #include "tools/common/process.h"
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
+#include "tools/description/size_order.h"
 #include "tools/setup/apple_raster.h"
 #include "tools/setup/network_proof.h"
 #include "tools/setup/preset.h"
@@ -77,15 +78,24 @@ Sizes merged(Sizes base, const SharingState& state) {
   return base;
 }
 
+// Another order of a queue's sizes: where two are close, the server takes the first one.
+struct SizeChange {
+  std::string queue;
+  std::string description;  // the PPD to be; empty: it stays
+  std::vector<std::string> notes;
+};
+
 // What a command is about to change.
 struct Plan {
   SharingState state;  // after the change
   ConfigChange config;
+  SizeChange sizes;
   std::vector<QueueRecord> published, hidden;  // queues as they are to be
   bool startAvahi = false;
   bool stopAvahi = false;
   bool empty() const {
-    return config.edits.empty() && published.empty() && hidden.empty() && !startAvahi;
+    return config.edits.empty() && published.empty() && hidden.empty() && !startAvahi &&
+           sizes.description.empty();
   }
 };
 
@@ -162,6 +172,32 @@ void planHidden(const PrintSystem& system, const std::string& shared, Plan* plan
   }
 }
 
+// Clients get the sizes that the printer holds, not others that are nearly as large.
+SizeChange planSizes(const std::string& queue, const std::string& description, const Sizes& held) {
+  SizeChange change = {queue, "", {}};
+  for (const std::string& size : held) {
+    const std::string taken = sizeTakenFor(description, size);
+    if (std::find(held.begin(), held.end(), taken) != held.end()) continue;
+    change.notes.push_back(
+        filled("Queue %s: %s becomes the first size; tablets and phones that ask for it would "
+               "get %s.",
+               queue.c_str(), size.c_str(), taken.c_str()));
+  }
+  if (!change.notes.empty()) change.description = withSizesFirst(description, held);
+  return change;
+}
+
+// The driver's own order.
+SizeChange planSizesBack(const PrintSystem& system, const std::string& queue) {
+  const std::string description = system.queueDescription(queue);
+  const std::string driver = system.installedDescription(system.installedFor(description).name);
+  SizeChange change = {queue, withSizesFirst(description, sizeNames(driver)), {}};
+  if (change.description == description) return {};
+  change.notes.push_back(
+      filled("Queue %s: the sizes get the order of the driver again.", queue.c_str()));
+  return change;
+}
+
 Result<Plan> planToShare(const PrintSystem& system, const Queue& queue,
                          const SharingRequest& request) {
   Result<std::string> text = readServerConfig();
@@ -177,6 +213,7 @@ Result<Plan> planToShare(const PrintSystem& system, const Queue& queue,
   const bool closed = !config.listens || !config.admitsNetwork || !config.browsing;
   if (closed) planHidden(system, queue.name, &plan);
   recordShared(queue, sizes, &plan.state);
+  plan.sizes = planSizes(queue.name, description, sizes);
   Result<ConfigChange> change = planSharing(*text, merged(plan.state.readyBase, plan.state));
   if (!change) return change.failure();
   plan.config = *change;
@@ -214,6 +251,7 @@ void show(const Plan& plan) {
     for (const QueueRecord& queue : plan.published) showQueue(queue);
     for (const QueueRecord& queue : plan.hidden) showQueue(queue);
   }
+  for (const std::string& note : plan.sizes.notes) std::printf("%s\n", note.c_str());
   if (plan.startAvahi) {
     std::printf("%s\n  systemctl enable --now avahi-daemon\n",
                 translated("Announcing printers needs the service avahi-daemon:"));
@@ -260,6 +298,36 @@ Result<void> applyQueue(const QueueRecord& queue) {
   return runLpadmin(arguments);
 }
 
+// The bytes in a file that the owner removes; empty on failure.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const std::string& bytes) {
+    char path[1024];
+    const Descriptor file(cupsTempFd(path, sizeof path));
+    if (!file.isOpen()) return;
+    path_ = path;
+    isWritten_ = write(file.get(), bytes.data(), bytes.size()) == ssize(bytes);
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile() {
+    if (!path_.empty()) unlink(path_.c_str());
+  }
+  bool isWritten() const { return isWritten_; }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+  bool isWritten_ = false;
+};
+
+Result<void> applySizes(const SizeChange& change) {
+  if (change.description.empty()) return {};
+  const TemporaryFile file(change.description);
+  if (!file.isWritten()) return notAllowed();
+  return runLpadmin({"-p", change.queue, "-P", file.path()});
+}
+
 Result<void> applyConfig(const PrintSystem& system, const ConfigChange& change) {
   if (change.edits.empty()) return {};
   // The server keeps what it knows about a queue when that is not older, by seconds, than its
@@ -283,6 +351,7 @@ Result<void> apply(const PrintSystem& system, const Plan& plan) {
       if (Result<void> done = applyQueue(queue); !done) return done;
     }
   }
+  if (Result<void> done = applySizes(plan.sizes); !done) return done;
   if (plan.startAvahi) switchAvahi("enable");
   return applyConfig(system, plan.config);
 }
@@ -463,13 +532,9 @@ Result<int> printSharedTestSheet(const PrintSystem& system, const std::string& q
     return Failure{filled("A test sheet for queue %s cannot be made.", queue.c_str())};
   }
   const std::string page = appleRaster(testSheet(size, queue), size.dpi);
-  char path[1024];
-  const Descriptor file(cupsTempFd(path, sizeof path));
-  const bool written = write(file.get(), page.data(), page.size()) == ssize(page);
-  Result<int> job = written ? printOverNetwork(addresses[0], queue, path, "image/urf", "Test sheet")
-                            : Result<int>(notAllowed());
-  unlink(path);
-  return job;
+  const TemporaryFile file(page);
+  if (!file.isWritten()) return notAllowed();
+  return printOverNetwork(addresses[0], queue, file.path(), "image/urf", "Test sheet");
 }
 
 // ---- Unshare ----
@@ -512,6 +577,7 @@ Result<Plan> planToUnshare(const PrintSystem& system, const Queue& queue,
   if (!text) return text.failure();
   plan.published.push_back(*record);
   plan.published[0].uri = formerDevice(system, queue, record->uri);
+  plan.sizes = planSizesBack(system, request.queue);
   QueueRecord hidden = *record;
   hidden.uri.clear();
   forget(request.queue, &plan.state);
@@ -544,6 +610,7 @@ Result<void> unshareQueue(const PrintSystem& system, const SharingRequest& reque
   if (!mayChange(request)) return {};
   // The queue stops being published before the server closes; hidden ones come back after it.
   if (Result<void> done = applyQueue(plan->published[0]); !done) return done;
+  if (Result<void> done = applySizes(plan->sizes); !done) return done;
   if (Result<void> done = applyConfig(system, plan->config); !done) return done;
   for (const QueueRecord& hidden : plan->hidden) {
     if (Result<void> done = applyQueue(hidden); !done) return done;

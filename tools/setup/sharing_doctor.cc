@@ -9,6 +9,7 @@
 
 #include "tools/common/translation.h"
 #include "tools/description/description_text.h"
+#include "tools/description/size_order.h"
 #include "tools/setup/network_proof.h"
 #include "tools/setup/preset.h"
 #include "tools/setup/queue_sharing.h"
@@ -63,6 +64,12 @@ void lookAtSize(const SharingFacts& facts, Findings* found) {
   const auto same = [&facts](const std::string& one) {
     return strcasecmp(one.c_str(), facts.defaultSize.c_str()) == 0;
   };
+  if (facts.takenSize != facts.defaultSize) {
+    found->push_back({true, filled("Tablets and phones that ask for the size %s of queue %s get "
+                                   "%s: korvel-setup --share %s",
+                                   facts.defaultSize.c_str(), nameOf(facts),
+                                   facts.takenSize.c_str(), nameOf(facts))});
+  }
   if (std::any_of(ready.begin(), ready.end(), same)) return;
   found->push_back({true, filled("Tablets and phones are not offered the size %s of queue %s: "
                                  "korvel-setup --share %s",
@@ -105,7 +112,9 @@ SharingFacts gatherSharingFacts(const PrintSystem& system, const Queue& queue,
   facts.knowsConfig = config.ok();
   if (config) facts.config = readSharingConfig(config.value());
   facts.avahiRuns = access(kAvahiSocket, F_OK) == 0;
-  facts.defaultSize = keyword(system.queueDescription(queue.name), "DefaultPageSize");
+  const std::string description = system.queueDescription(queue.name);
+  facts.defaultSize = keyword(description, "DefaultPageSize");
+  facts.takenSize = sizeTakenFor(description, facts.defaultSize);
   const std::vector<std::string> addresses = networkAddresses();
   if (addresses.empty()) return facts;
   const Result<SharedQueue> shared = askOverNetwork(addresses[0], queue.name);

@@ -20,6 +20,7 @@ struct SharingFacts {
   SharingConfig config;
   bool avahiRuns = true;
   std::string defaultSize;  // of the driver; a custom one is never offered
+  std::string takenSize;    // that a client gets who asks for the default
   bool announced = false;
 };
 

@@ -23,7 +23,7 @@ SharingFacts wellShared() {
   facts.others[0].shared = true;
   facts.wanted = facts.knowsConfig = facts.announced = true;
   facts.config = {true, true, true, true, false, {"A4", "4x6"}, "0"};
-  facts.defaultSize = "4x6";
+  facts.defaultSize = facts.takenSize = "4x6";
   return facts;
 }
 
@@ -52,8 +52,10 @@ const Case kCases[] = {
     {"administration from the network",
      [](SharingFacts* facts) { facts->config.adminIsLocal = false; }, true,
      "The print server can be administered from the network"},
-    {"another size", [](SharingFacts* facts) { facts->defaultSize = "2x2"; }, true,
-     "Tablets and phones are not offered the size 2x2 of queue labels"},
+    {"another size", [](SharingFacts* facts) { facts->defaultSize = facts->takenSize = "2x2"; },
+     true, "Tablets and phones are not offered the size 2x2 of queue labels"},
+    {"a size that becomes another one", [](SharingFacts* facts) { facts->takenSize = "100x150mm"; },
+     true, "Tablets and phones that ask for the size 4x6 of queue labels get 100x150mm"},
     {"no responder", [](SharingFacts* facts) { facts->avahiRuns = false; }, true,
      "Queue labels is shared, but not announced; install and start avahi-daemon."},
     {"not announced", [](SharingFacts* facts) { facts->announced = false; }, true,
