@@ -39,14 +39,14 @@ std::string dotsOf(const SheetPage& page, const SheetCode& code) {
 
 // A grey picture file of the code on white paper, with room around it for the decoders.
 std::string pictureOf(const SheetCode& code, const std::string& dots) {
-  constexpr int kBorder = 20;
-  const int width = code.width + 2 * kBorder;
-  const int height = code.height + 2 * kBorder;
-  std::string rows(static_cast<size_t>(width * height), '\xff');
-  for (int y = 0; y < code.height; ++y) {
-    for (int x = 0; x < code.width; ++x) {
-      if (dots[static_cast<size_t>(y * code.width + x)] != '#') continue;
-      rows[static_cast<size_t>((y + kBorder) * width + x + kBorder)] = '\0';
+  constexpr size_t kBorder = 20;
+  const size_t codeWidth = static_cast<size_t>(code.width);
+  const size_t width = codeWidth + 2 * kBorder;
+  const size_t height = static_cast<size_t>(code.height) + 2 * kBorder;
+  std::string rows(width * height, '\xff');
+  for (size_t y = 0; y + 2 * kBorder < height; ++y) {
+    for (size_t x = 0; x < codeWidth; ++x) {
+      if (dots[y * codeWidth + x] == '#') rows[(y + kBorder) * width + x + kBorder] = '\0';
     }
   }
   return "P5 " + std::to_string(width) + " " + std::to_string(height) + " 255\n" + rows;

@@ -65,7 +65,8 @@ RasterPage pageWith(const Stripes& stripes) {
     for (int x = stripes.left; x < stripes.right; ++x) {
       const int stripe = (stripes.down ? y - stripes.top : x - stripes.left) / stripes.step;
       const int level = stripes.paler ? 240 - 15 * stripe : 15 + 15 * stripe;
-      page.pixels[static_cast<size_t>(y * 200 + x)] = static_cast<unsigned char>(level);
+      const size_t at = static_cast<size_t>(y) * 200 + static_cast<size_t>(x);
+      page.pixels[at] = static_cast<unsigned char>(level);
     }
   }
   return page;
