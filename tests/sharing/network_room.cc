@@ -54,6 +54,8 @@ std::string NetworkRoom::enter() {
   const bool made =
       mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
       mount("none", "/run", "tmpfs", 0, nullptr) == 0 &&
+      // Names that are looked up are unknown at once: no name server can be reached.
+      mount("/dev/null", "/etc/resolv.conf", nullptr, MS_BIND, nullptr) == 0 &&
       did("ip netns add phone && ip link set lo up && "
           "ip link add lan0 type veth peer name lan1 netns phone && "
           "ip addr add 10.77.0.1/24 dev lan0 && ip link set lan0 up && "
