@@ -7,7 +7,7 @@ const kElement = 'element-6066-11e4-a52e-4f735466cecf';
 
 export class Browser {
   // Ends with `stop()`; chromedriver ends the browser.
-  static async start({ width = 1280, height = 900, dark = false, language = 'en-US', touch = false } = {}) {
+  static async start({ width = 1280, height = 900, dark = false, language = 'en-US', touch = false, headless = true } = {}) {
     const browser = new Browser();
     process.on('exit', () => browser.driver?.kill());
     browser.driver = spawn('chromedriver', ['--port=0'], { stdio: ['ignore', 'pipe', 'ignore'] });
@@ -20,7 +20,7 @@ export class Browser {
         if (port) found(`http://127.0.0.1:${port[1]}`);
       });
     });
-    const args = ['--headless=new', '--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage', `--window-size=${width},${height}`,
+    const args = [...(headless ? ['--headless=new'] : []), '--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage', `--window-size=${width},${height}`,
       `--lang=${language}`, `--accept-lang=${language}`, '--hide-scrollbars', '--no-proxy-server', '--disable-background-networking', '--disable-component-update', '--no-first-run'];
     const options = { args, prefs: { 'intl.accept_languages': language } };
     const { sessionId } = await browser.command('POST', '/session', {
