@@ -683,6 +683,7 @@ TEST_F(Doctor, ReportsWhatTheQueueWaitsForAndWhyAJobFailed) {
   spooler_.addQueue("label", "korvel-label-203", other.port());
   const int job = spooler_.print("label", {"-o", "PageSize=Custom.0.9x0.9mm", document});
   ASSERT_TRUE(waitUntil(kSeconds, [&] { return spooler_.jobState(job) == IPP_JSTATE_STOPPED; }));
+  // The spooler's message of the job is the reason, or "Filter failed" if it notices that first.
   const CommandResult result = setup({"--check", "-d", "label"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.output, "label: Job " + std::to_string(job) +

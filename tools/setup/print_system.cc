@@ -7,6 +7,7 @@
 #include <cups/cups.h>
 #include <cups/ppd.h>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -166,6 +167,19 @@ Job jobOf(const Group& group) {
   return job;
 }
 
+// While there is one, who may not read something is refused and not asked for a password.
+class WithoutPassword {
+ public:
+  WithoutPassword() {
+    cupsSetPasswordCB2([](const char*, http_t*, const char*, const char*,
+                          void*) -> const char* { return nullptr; },
+                       nullptr);
+  }
+  WithoutPassword(const WithoutPassword&) = delete;
+  WithoutPassword& operator=(const WithoutPassword&) = delete;
+  ~WithoutPassword() { cupsSetPasswordCB2(nullptr, nullptr); }
+};
+
 // The content of a temporary file of the library, which is then removed.
 std::string taken(const char* path) {
   if (path == nullptr) return "";
@@ -272,13 +286,21 @@ bool PrintSystem::fetchDocument(int job, const std::string& path) const {
   ippAddString(asked, IPP_TAG_OPERATION, IPP_TAG_URI, "job-uri", nullptr, uri.c_str());
   ippAddString(asked, IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, cupsUser());
   ippAddInteger(asked, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "document-number", 1);
-  // Who may not read it is not asked for a password.
-  cupsSetPasswordCB2(
-      [](const char*, http_t*, const char*, const char*, void*) -> const char* { return nullptr; },
-      nullptr);
+  const WithoutPassword asksNobody;
   const Answer answer(cupsDoIORequest(CUPS_HTTP_DEFAULT, asked, "/", -1, file.get()));
-  cupsSetPasswordCB2(nullptr, nullptr);
   return cupsLastError() == IPP_STATUS_OK;
+}
+
+Result<std::string> PrintSystem::administratorsFile(const char* path) const {
+  const Descriptor file(memfd_create("answer", MFD_CLOEXEC));
+  const HttpConnection connection = connectToPrintService();
+  const WithoutPassword asksNobody;
+  if (cupsGetFd(connection.get(), path, file.get()) != HTTP_STATUS_OK) {
+    return Failure{
+        translated("The print server's configuration cannot be read; run the command as "
+                   "root.")};
+  }
+  return contentOf("/proc/self/fd/" + std::to_string(file.get()));
 }
 
 std::string PrintSystem::queueDescription(const std::string& queue) const {

@@ -12,6 +12,7 @@
 
 #include "tools/common/scratch_folder.h"
 #include "tools/host/raster_check.h"
+#include "tools/setup/error_log.h"
 #include "tools/setup/server_start.h"
 
 namespace fs = std::filesystem;
@@ -53,6 +54,15 @@ int damagedJob(const PrintSystem& system, const std::vector<Job>& jobs) {
   return checkRaster(path) ? 0 : jobs.back().number;
 }
 
+// The server may notice that a filter has ended before it reads why. Then only its log says it.
+void explainFailures(const PrintSystem& system, std::vector<Job>* jobs) {
+  for (Job& job : *jobs) {
+    if (job.message.find("Filter failed") == std::string::npos) continue;
+    const Result<std::string> log = system.administratorsFile("/admin/log/error_log");
+    if (log) job.message = loggedErrors(log.value(), job.number) + job.message;
+  }
+}
+
 }  // namespace
 
 std::string filterPath() {
@@ -67,6 +77,7 @@ QueueFacts gatherFacts(const PrintSystem& system, const Queue& queue,
   const std::vector<Job> jobs = system.jobs(queue.name);
   if (system.isThisMachine()) facts.interruptedJob = interruptedJob(jobs, printServerStart());
   facts.jobs = jobsToExamine(jobs);
+  explainFailures(system, &facts.jobs);
   facts.damagedJob = damagedJob(system, facts.jobs);
   facts.description = system.queueDescription(queue.name);
   const Description installed = system.installedFor(facts.description);

@@ -200,7 +200,7 @@ SizeChange planSizesBack(const PrintSystem& system, const std::string& queue) {
 
 Result<Plan> planToShare(const PrintSystem& system, const Queue& queue,
                          const SharingRequest& request) {
-  Result<std::string> text = readServerConfig();
+  Result<std::string> text = readServerConfig(system);
   if (!text) return text.failure();
   const std::string description = system.queueDescription(queue.name);
   const Sizes sizes = request.readySizes.empty() ? sizesHeld(description) : request.readySizes;
@@ -282,7 +282,7 @@ Result<void> waitForServer(const PrintSystem& system, const std::string& text) {
   for (int i = 0; i < kRestartSeconds * 10; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     if (!system.isThere()) continue;
-    Result<std::string> now = readServerConfig();
+    Result<std::string> now = readServerConfig(system);
     if (now && *now == text) return {};
   }
   return Failure{
@@ -389,22 +389,8 @@ Result<Queue> sharedCandidate(const PrintSystem& system, const std::string& name
 
 // ---- Ask ----
 
-Result<std::string> readServerConfig() {
-  const Descriptor file(memfd_create("cupsd.conf", MFD_CLOEXEC));
-  const HttpConnection connection = connectToPrintService();
-  if (cupsGetFd(connection.get(), kServerConfig, file.get()) != HTTP_STATUS_OK) {
-    return Failure{
-        translated("The print server's configuration cannot be read; run the command as "
-                   "root.")};
-  }
-  std::string text;
-  char bytes[4096];
-  ssize_t count = 0;
-  lseek(file.get(), 0, SEEK_SET);
-  while ((count = read(file.get(), bytes, sizeof bytes)) > 0) {
-    text.append(bytes, static_cast<size_t>(count));
-  }
-  return text;
+Result<std::string> readServerConfig(const PrintSystem& system) {
+  return system.administratorsFile(kServerConfig);
 }
 
 bool isSharedByUs(const std::string& stateFolder, const std::string& queue) {
@@ -573,7 +559,7 @@ Result<Plan> planToUnshare(const PrintSystem& system, const Queue& queue,
   plan.state = loadState(request.stateFolder);
   const QueueRecord* record = plan.state.find(request.queue);
   if (record == nullptr || record->hidden) return notShared(request.queue);
-  Result<std::string> text = readServerConfig();
+  Result<std::string> text = readServerConfig(system);
   if (!text) return text.failure();
   plan.published.push_back(*record);
   plan.published[0].uri = formerDevice(system, queue, record->uri);

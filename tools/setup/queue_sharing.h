@@ -44,7 +44,7 @@ std::vector<std::string> sizesHeld(const std::string& description);
 std::vector<std::string> parseSizes(const std::string& text);
 
 // cupsd.conf as the server keeps it; a failure when this user may not read it.
-Result<std::string> readServerConfig();
+Result<std::string> readServerConfig(const PrintSystem& system);
 
 }  // namespace korvel
 

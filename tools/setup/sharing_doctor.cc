@@ -108,7 +108,7 @@ SharingFacts gatherSharingFacts(const PrintSystem& system, const Queue& queue,
   }
   facts.wanted = isSharedByUs(stateFolder, queue.name);
   if (!facts.wanted || !system.isThisMachine()) return facts;
-  const Result<std::string> config = readServerConfig();
+  const Result<std::string> config = readServerConfig(system);
   facts.knowsConfig = config.ok();
   if (config) facts.config = readSharingConfig(config.value());
   facts.avahiRuns = access(kAvahiSocket, F_OK) == 0;
