@@ -85,9 +85,9 @@ class PrintSystem {
   // Writes the job's document to a new file, as it was sent. Fails when it is no longer kept or
   // when this user may not read it.
   bool fetchDocument(int job, const std::string& path) const;
-  // A file that the server shows to administrators: "/admin/log/error_log". A failure when this
-  // user may not read it.
-  Result<std::string> administratorsFile(const char* path) const;
+  // A file that the server shows to administrators: "/admin/log/error_log". Nothing when this user
+  // may not read it.
+  std::optional<std::string> administratorsFile(const char* path) const;
 
   // The texts of PPDs.
   std::string queueDescription(const std::string& queue) const;

@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include "tools/common/scratch_folder.h"
@@ -56,10 +57,11 @@ int damagedJob(const PrintSystem& system, const std::vector<Job>& jobs) {
 
 // The server may notice that a filter has ended before it reads why. Then only its log says it.
 void explainFailures(const PrintSystem& system, std::vector<Job>* jobs) {
+  std::optional<std::string> log;  // for all jobs
   for (Job& job : *jobs) {
     if (job.message.find("Filter failed") == std::string::npos) continue;
-    const Result<std::string> log = system.administratorsFile("/admin/log/error_log");
-    if (log) job.message = loggedErrors(log.value(), job.number) + job.message;
+    if (!log) log = system.administratorsFile("/admin/log/error_log").value_or("");
+    job.message = loggedErrors(*log, job.number) + job.message;
   }
 }
 

@@ -390,7 +390,11 @@ Result<Queue> sharedCandidate(const PrintSystem& system, const std::string& name
 // ---- Ask ----
 
 Result<std::string> readServerConfig(const PrintSystem& system) {
-  return system.administratorsFile(kServerConfig);
+  const std::optional<std::string> text = system.administratorsFile(kServerConfig);
+  if (text) return *text;
+  return Failure{
+      translated("The print server's configuration cannot be read; run the command as "
+                 "root.")};
 }
 
 bool isSharedByUs(const std::string& stateFolder, const std::string& queue) {
