@@ -55,7 +55,11 @@ using korvel::endWorker;
 using nlohmann::json;
 using Words = std::vector<std::string>;
 
+#ifdef KORVEL_ADDRESS_SANITIZER  // it reserves terabytes
+constexpr rlim_t kMemoryBytes = RLIM_INFINITY;
+#else
 constexpr rlim_t kMemoryBytes = rlim_t{1} << 30;
+#endif
 constexpr rlim_t kProcessorSeconds = 30;
 constexpr rlim_t kFileBytes = rlim_t{512} << 20;
 constexpr rlim_t kOpenFiles = 256;
@@ -80,9 +84,7 @@ void limit(int resource, rlim_t most) {
 // Inherited by everything that the worker starts.
 void setLimits() {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-#ifndef KORVEL_WITHOUT_MEMORY_LIMIT  // the address sanitizer reserves terabytes
   limit(RLIMIT_AS, kMemoryBytes);
-#endif
   limit(RLIMIT_CPU, kProcessorSeconds);
   limit(RLIMIT_FSIZE, kFileBytes);
   limit(RLIMIT_NOFILE, kOpenFiles);

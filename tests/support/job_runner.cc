@@ -29,14 +29,8 @@ constexpr int kBackChannel = 3;
 constexpr int kSideChannel = 4;
 constexpr auto kBetweenReads = std::chrono::milliseconds(250);
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef KORVEL_ADDRESS_SANITIZER
 constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
 #else
 constexpr bool kSanitized = false;
 #endif

@@ -7,7 +7,7 @@ extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_options();
 
 extern "C" const char* __lsan_default_suppressions() {
-  return "leak:libcups.so\nleak:__argz_add_sep\n";
+  return "leak:libcups.so\nleak:argz_add_sep\n";
 }
 
 extern "C" const char* __lsan_default_options() { return "print_suppressions=0"; }

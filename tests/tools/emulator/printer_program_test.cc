@@ -319,7 +319,7 @@ TEST(PrinterProgram, AtTheEndPagesWithoutPaperAreNamedAndLeft) {
 
 // 30 packets of 65,535 lines each: 246 m of paper, which as one picture were 850 MB.
 TEST(PrinterProgram, FeedsWithoutEndTakeLittleMemory) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef KORVEL_ADDRESS_SANITIZER
   GTEST_SKIP() << "the sanitizer maps more than the limit";
 #endif
   const TemporaryFolder folder;
