@@ -140,8 +140,8 @@ TEST(HostileDescription, NumbersOutOfAllRangesEndInOrder) {
   }
 }
 
-// The spooler's library compares each option with all before it: a hundred thousand take it a
-// minute.
+// The spooler's library compares each option with all before it: thirty thousand take it ten
+// seconds.
 void printWithOptions(int count) {
   std::string lines = kPpdPageSizes;
   for (int i = 0; i < count; ++i) {
@@ -159,6 +159,6 @@ void printWithOptions(int count) {
 
 TEST(HostileDescription, ThousandsOfOptionsAreRead) { printWithOptions(5000); }
 
-TEST(LongHostileDescription, AHundredThousandOptionsAreRead) { printWithOptions(100000); }
+TEST(LongHostileDescription, ThirtyThousandOptionsAreRead) { printWithOptions(30000); }
 
 }  // namespace
