@@ -3,6 +3,8 @@
 // Disks look large and half empty, whatever the machine's are; KORVEL_SANDBOX_DISK sets another
 // size as "FREE/TOTAL" in MiB, or "real" for the real one.
 // SPDX-License-Identifier: Apache-2.0
+#undef _FILE_OFFSET_BITS  // either would give functions other names than those written here
+#undef _TIME_BITS
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -83,13 +85,23 @@ FILE* fopen(const char* path, const char* mode) {
 
 FILE* fopen64(const char* path, const char* mode) { return fopen(path, mode); }
 
-typedef int (*Lstat)(const char* path, struct stat* found);
+typedef int (*Lstat)(const char* path, void* found);
 
-int lstat(const char* path, struct stat* found) {
+static int lstatMapped(const char* name, const char* path, void* found) {
   Lstat real = NULL;
-  *(void**)&real = dlsym(RTLD_NEXT, "lstat");
+  *(void**)&real = dlsym(RTLD_NEXT, name);
   char room[kRoom];
   return real(mapped(path, room), found);
+}
+
+int lstat(const char* path, struct stat* found) { return lstatMapped("lstat", path, found); }
+
+int lstat64(const char* path, struct stat64* found) { return lstatMapped("lstat64", path, found); }
+
+// Called where `long` has 32 bits and times have 64.
+int __lstat64_time64(const char* path, void* found);
+int __lstat64_time64(const char* path, void* found) {
+  return lstatMapped("__lstat64_time64", path, found);
 }
 
 int unlink(const char* path) {

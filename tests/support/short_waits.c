@@ -17,7 +17,8 @@ unsigned int sleep(unsigned int seconds) {
 int select(int count, fd_set* in, fd_set* out, fd_set* other, struct timeval* wait) {
   typedef int (*Select)(int, fd_set*, fd_set*, fd_set*, struct timeval*);
   Select real = NULL;
-  *(void**)&real = dlsym(RTLD_NEXT, "select");
+  // The header gives the function this other name where `long` has 32 bits and times have 64.
+  *(void**)&real = dlsym(RTLD_NEXT, sizeof(time_t) > sizeof(long) ? "__select64" : "select");
   struct timeval shorter = {0, 50000};
   const int second = wait != NULL && wait->tv_sec == 1 && wait->tv_usec == 0;
   return real(count, in, out, other, second ? &shorter : wait);
