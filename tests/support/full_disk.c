@@ -1,5 +1,5 @@
-// Preloaded into the filter: every file that it opens to write, which are the diagnostic ones, is on a
-// full disk. Libraries may read files, for example about the processor.
+// Preloaded into the filter: every file that it opens to write, which are the diagnostic ones, is
+// on a full disk. Libraries may read files, for example about the processor.
 // SPDX-License-Identifier: Apache-2.0
 #define _GNU_SOURCE
 #include <dlfcn.h>
